@@ -1,0 +1,5 @@
+#pragma once
+
+#include "pch-core.h"
+
+#include <QImage>

@@ -1,0 +1,5 @@
+#pragma once
+
+#include "pch-gui.h"
+
+#include <QtWidgets>

@@ -1,0 +1,141 @@
+#include "DirectoryWalk.h"
+
+#include "NativePath.h"
+#include "OpenFile.h"
+#include "PosixSupport.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cstring>
+
+DirectoryWalk::DirectoryWalk(Visitor visitor, Limits limits)
+    : m_visitor(std::move(visitor))
+    , m_limits(std::move(limits))
+    , m_room(128 * 1024)
+{}
+
+DirectoryWalk::End DirectoryWalk::readFolder(const QByteArray &path)
+{
+    Names subfolders;
+    const End end = visitFolder({path, {}}, subfolders);
+    if (!subfolders.empty())
+        m_readAlone.insert(m_current, std::move(subfolders));
+    return end;
+}
+
+DirectoryWalk::End DirectoryWalk::walk(const QByteArray &path)
+{
+    m_pending.insert(m_pending.begin(), {path, {}});
+    while (!m_pending.empty()) {
+        const Pending pending = std::move(m_pending.back());
+        m_pending.pop_back();
+        Names subfolders;
+        const End end = visitFolder(pending, subfolders);
+        const Names earlier = m_readAlone.take(m_current);
+        for (const Names *names : {&earlier, &std::as_const(subfolders)})
+            for (const QByteArray &name : *names)
+                m_pending.push_back({NativePath::join(pending.path, name), m_current.first});
+        if (end != End::Complete)
+            return end;
+    }
+    return End::Complete;
+}
+
+bool DirectoryWalk::isCutShort()
+{
+    m_cutShort = m_cutShort || m_limits.stop.stop_requested() || m_walked.size() >= m_limits.maxFolders ||
+                 std::chrono::steady_clock::now() >= m_limits.deadline;
+    return m_cutShort;
+}
+
+/// Leaves the folder's key in m_current, also when it has been read before.
+DirectoryWalk::End DirectoryWalk::visitFolder(const Pending &pending, Names &subfolders)
+{
+    m_current = {};
+    if (isCutShort())
+        return End::CutShort;
+    const FileDescriptor descriptor(Posix::retry([&] {
+        return ::open(pending.path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    }));
+    struct stat status = {};
+    if (!descriptor.isValid() || ::fstat(descriptor.number(), &status) != 0) {
+        ++m_unreadableFolders;
+        return End::Complete;
+    }
+    if (pending.device.value_or(status.st_dev) != status.st_dev)
+        return End::Complete;
+    m_current = {status.st_dev, status.st_ino};
+    if (m_walked.contains(m_current))
+        return End::Complete;
+    m_walked.insert(m_current);
+    ++m_foldersRead;
+    return readOpenFolder({pending.path, descriptor.number(), status.st_dev}, subfolders);
+}
+
+DirectoryWalk::End DirectoryWalk::readOpenFolder(const Folder &folder, Names &subfolders)
+{
+    End end = End::Complete;
+    for (;;) {
+        const ssize_t got = ::getdents64(folder.descriptor, m_room.data(), m_room.size());
+        if (got < 0)
+            ++m_unreadableFolders;
+        if (got <= 0)
+            return end;
+        if (visitPiece(folder, {m_room.data(), static_cast<std::size_t>(got)}, subfolders) == Visit::Stop)
+            end = End::Stopped;
+        if (isCutShort())
+            return End::CutShort;
+    }
+}
+
+DirectoryWalk::Visit DirectoryWalk::visitPiece(const Folder &folder, std::span<const char> piece, Names &subfolders)
+{
+    m_entries.clear();
+    collect(folder, piece, subfolders);
+    m_entriesSeen += static_cast<qsizetype>(m_entries.size());
+    return m_visitor(folder, m_entries);
+}
+
+namespace {
+
+EntryType typeFromMode(mode_t mode)
+{
+    if (S_ISREG(mode))
+        return EntryType::File;
+    if (S_ISDIR(mode))
+        return EntryType::Folder;
+    return S_ISLNK(mode) ? EntryType::Link : EntryType::Other;
+}
+
+EntryType typeOf(unsigned char reported, int folder, const char *name)
+{
+    if (reported != DT_UNKNOWN)
+        return typeFromMode(static_cast<mode_t>(DTTOIF(reported)));
+    struct stat status = {};
+    if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return EntryType::Other;
+    return typeFromMode(status.st_mode);
+}
+
+bool isSelfOrParent(const char *name)
+{
+    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
+}
+
+void DirectoryWalk::collect(const Folder &folder, std::span<const char> piece, Names &subfolders)
+{
+    for (std::size_t at = 0; at < piece.size();) {
+        const auto *record = reinterpret_cast<const dirent64 *>(piece.data() + at);
+        at += record->d_reclen;
+        if (isSelfOrParent(record->d_name))
+            continue;
+        const EntryType type = typeOf(record->d_type, folder.descriptor, record->d_name);
+        m_entries.push_back({record->d_name, record->d_ino, type});
+        if (type == EntryType::Folder)
+            subfolders.emplace_back(record->d_name);
+    }
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QString>
+
+/// Writing files of which none may be lost. Every call is checked, and success means that the bytes are on disk.
+/// All answer false on failure and then tell why through `reason`, when given.
+namespace FileWriter {
+
+enum class Flush {
+    ToDisk, ///< file and folder are synced before success is reported
+    No,     ///< for files that can be made again, such as thumbnails
+};
+
+/// Creates or truncates the file and writes the bytes in place.
+[[nodiscard]] bool write(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr);
+/// Writes beside the path under a temporary name and renames it there when complete: the path holds either the old
+/// file or the whole new one, never a part.
+[[nodiscard]] bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr);
+/// Renames, and refuses when something stands at the target.
+[[nodiscard]] bool renameNoReplace(const QString &from, const QString &to, QString *reason = nullptr);
+/// Renames over whatever file stands at the target.
+[[nodiscard]] bool renameOver(const QString &from, const QString &to, QString *reason = nullptr);
+/// Gives a file a second name, over whatever file stands there; fails where the file system has no such links.
+[[nodiscard]] bool linkOver(const QString &from, const QString &to, QString *reason = nullptr);
+/// Makes renamings in the folder of `path` durable.
+[[nodiscard]] bool syncFolder(const QString &path, QString *reason = nullptr);
+/// Copies a regular file to a path where nothing may stand yet, flushed to disk.
+[[nodiscard]] bool copyNoReplace(const QString &from, const QString &to, QString *reason = nullptr);
+
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+
+#include <algorithm>
+#include <string_view>
+
+/// Absolute paths as bytes, without a trailing slash except for "/" itself.
+namespace NativePath {
+
+[[nodiscard]] inline QByteArray join(const QByteArray &folder, QByteArrayView name)
+{
+    QByteArray path;
+    path.reserve(folder.size() + 1 + name.size());
+    path.append(folder);
+    if (!path.endsWith('/'))
+        path.append('/');
+    return path.append(name);
+}
+
+/// Where the last slash stands; every absolute path has one.
+[[nodiscard]] inline qsizetype lastSlash(const QByteArray &path)
+{
+    return static_cast<qsizetype>(std::string_view(path.constData(), static_cast<std::size_t>(path.size())).rfind('/'));
+}
+
+/// "/" is its own parent.
+[[nodiscard]] inline QByteArrayView parentView(const QByteArray &path)
+{
+    return QByteArrayView(path).first(std::max<qsizetype>(lastSlash(path), 1));
+}
+[[nodiscard]] inline QByteArray parent(const QByteArray &path)
+{
+    return parentView(path).toByteArray();
+}
+
+[[nodiscard]] inline QByteArrayView fileName(const QByteArray &path)
+{
+    return QByteArrayView(path).sliced(lastSlash(path) + 1);
+}
+
+/// Whether `path` is `folder` or stands somewhere beneath it.
+[[nodiscard]] inline bool isWithin(const QByteArray &path, const QByteArray &folder)
+{
+    if (folder.size() <= 1)
+        return true;
+    return path.startsWith(folder) && (path.size() == folder.size() || path.at(folder.size()) == '/');
+}
+
+/// `path`, which is within `from`, as it reads when that folder stands at `to` instead.
+[[nodiscard]] inline QByteArray rebased(const QByteArray &path, const QByteArray &from, const QByteArray &to)
+{
+    if (from == to)
+        return path;
+    const QByteArrayView rest =
+        QByteArrayView(path).sliced(from.size() <= 1 ? 1 : std::min(from.size() + 1, path.size()));
+    return rest.isEmpty() ? to : join(to, rest);
+}
+
+}

@@ -1,0 +1,224 @@
+#include "VolumeSearch.h"
+
+#include "FileFingerprint.h"
+#include "NativePath.h"
+
+#include <algorithm>
+
+VolumeSearch::VolumeSearch(const Volume &volume, ContentCandidates candidates, DirectoryWalk::Limits limits,
+                           Found found, Tick tick)
+    : m_volume(volume)
+    , m_trust(volume.inodeTrust())
+    , m_found(std::move(found))
+    , m_tick(std::move(tick))
+    , m_candidates(std::move(candidates))
+    , m_walk([this](const auto &folder, auto entries) { return visit(folder, entries); }, std::move(limits))
+{}
+
+void VolumeSearch::add(LostFile &lost)
+{
+    ++m_openCount;
+    // Neighbours in a library often share their folder, and then its bytes.
+    const bool isSameFolder =
+        !m_oldFolders.empty() && m_oldFolders.back().path.constData() == lost.oldFolder.constData();
+    const std::size_t at =
+        isSameFolder ? m_oldFolders.size() - 1 : m_oldFolderAt.value(lost.oldFolder, m_oldFolders.size());
+    if (at == m_oldFolders.size()) {
+        m_oldFolderAt.insert(lost.oldFolder, at);
+        m_oldFolders.push_back({lost.oldFolder, {}});
+    }
+    m_oldFolders[at].files.push_back(&lost);
+}
+
+void VolumeSearch::searchOldFolders()
+{
+    // Reading a folder tells of all its files at once. Where inode numbers tell little, each path is looked at.
+    constexpr std::size_t kFewFiles = 8;
+    for (const OldFolder &folder : m_oldFolders)
+        if (m_trust == InodeTrust::MadeUp || folder.files.size() <= kFewFiles)
+            tryOldPaths(folder);
+    prepareWalk();
+    for (const OldFolder &folder : m_oldFolders)
+        if (hasOpen(folder) && folderExists(folder.path))
+            readOldFolder(folder);
+}
+
+void VolumeSearch::searchOutwards()
+{
+    for (QSet<QByteArray> starts = startsOutwards(); !starts.isEmpty() && m_openCount > 0;) {
+        QList<QByteArray> deepestFirst(starts.cbegin(), starts.cend());
+        std::sort(deepestFirst.begin(), deepestFirst.end(), [](const QByteArray &left, const QByteArray &right) {
+            return left.count('/') != right.count('/') ? left.count('/') > right.count('/') : left < right;
+        });
+        starts.clear();
+        for (const QByteArray &start : std::as_const(deepestFirst)) {
+            if (m_walk.walk(start) != DirectoryWalk::End::Complete)
+                return;
+            const bool isTop = std::any_of(m_volume.mounts.cbegin(), m_volume.mounts.cend(),
+                                           [&](const Mount &mount) { return mount.point == start; });
+            if (!isTop)
+                starts.insert(NativePath::parent(start));
+        }
+    }
+    if (m_openCount > 0)
+        walkEverywhere();
+}
+
+void VolumeSearch::walkRest()
+{
+    m_goal = Goal::Candidates;
+    walkEverywhere();
+}
+
+void VolumeSearch::walkEverywhere()
+{
+    for (const Mount &mount : m_volume.widestMounts())
+        if (m_walk.walk(mount.point) != DirectoryWalk::End::Complete)
+            return;
+}
+
+bool VolumeSearch::isHere(const PresentFile &file) const
+{
+    return std::any_of(m_volume.mounts.cbegin(), m_volume.mounts.cend(),
+                       [&](const Mount &mount) { return mount.id == file.mountId; });
+}
+
+bool VolumeSearch::folderExists(const QByteArray &path)
+{
+    if (const auto known = m_folderExists.constFind(path); known != m_folderExists.cend())
+        return *known;
+    const auto present = examineFile(kNoFolder, path.constData());
+    const bool exists = present && present->identity.kind == FileKind::Folder && isHere(*present);
+    m_folderExists.insert(path, exists);
+    return exists;
+}
+
+bool VolumeSearch::hasOpen(const OldFolder &folder)
+{
+    return std::any_of(folder.files.cbegin(), folder.files.cend(), [](const LostFile *lost) { return lost->isOpen; });
+}
+
+namespace {
+
+/// Whether what stands at `name` is the stored file. Asks for the handle and the content only where the rest does not
+/// tell; `present` takes the handle.
+bool isStoredFile(const BookmarkData &stored, PresentFile &present, int folder, const char *name, InodeTrust trust)
+{
+    Sameness sameness = compareFiles(stored.file, present.identity, trust);
+    if (sameness == Sameness::AskHandle) {
+        present.identity.handle = readHandle(folder, name);
+        sameness = compareHandles(stored.file, present.identity);
+    }
+    if (sameness != Sameness::AskContent)
+        return sameness == Sameness::Same;
+    return stored.fingerprint && stored.file.size == present.identity.size &&
+           readFingerprintAt(folder, name, stored.file.size) == stored.fingerprint;
+}
+
+/// Where inode numbers are made up, a file that was born when the stored one was and stands where it stood is that
+/// file, changed in place.
+bool wasChangedInPlace(const FileIdentity &stored, const FileIdentity &present, InodeTrust trust)
+{
+    return trust == InodeTrust::MadeUp && stored.kind == present.kind && stored.birth && stored.birth == present.birth;
+}
+
+}
+
+void VolumeSearch::tryOldPaths(const OldFolder &folder)
+{
+    if (folderExists(folder.path))
+        for (LostFile *lost : folder.files)
+            if (lost->isOpen && !isCutShort())
+                tryOldPath(*lost);
+}
+
+void VolumeSearch::tryOldPath(LostFile &lost)
+{
+    const auto path = lost.mount->pathFor(lost.data.volumePath);
+    auto present = path ? examineFile(kNoFolder, path->constData()) : std::nullopt;
+    if (!present || !isHere(*present))
+        return;
+    if (wasChangedInPlace(lost.data.file, present->identity, m_trust) ||
+        isStoredFile(lost.data, *present, kNoFolder, path->constData(), m_trust))
+        take(lost, {*path, *present, &m_volume});
+}
+
+void VolumeSearch::prepareWalk()
+{
+    m_wanted = InodeTable<LostFile>(m_openCount);
+    for (const OldFolder &folder : m_oldFolders)
+        for (LostFile *lost : folder.files)
+            if (lost->isOpen)
+                m_wanted.add(lost->data.file.inode, lost);
+}
+
+void VolumeSearch::readOldFolder(const OldFolder &folder)
+{
+    const qsizetype unreadable = m_walk.unreadableFolders();
+    m_walk.readFolder(folder.path);
+    // A folder that does not tell its names may still be entered by those who know them.
+    if (m_walk.unreadableFolders() != unreadable)
+        tryOldPaths(folder);
+}
+
+QByteArray VolumeSearch::nearestSurvivor(QByteArray folder)
+{
+    while (folder.size() > 1 && !folderExists(folder))
+        folder = NativePath::parent(folder);
+    return folder;
+}
+
+/// The folders around which the search begins: what is left of the lost files' paths.
+QSet<QByteArray> VolumeSearch::startsOutwards()
+{
+    QSet<QByteArray> starts;
+    for (const OldFolder &folder : m_oldFolders)
+        if (hasOpen(folder))
+            starts.insert(nearestSurvivor(folder.path));
+    return starts;
+}
+
+DirectoryWalk::Visit VolumeSearch::visit(const DirectoryWalk::Folder &folder,
+                                         std::span<const DirectoryWalk::Entry> entries)
+{
+    m_hits.clear();
+    for (const DirectoryWalk::Entry &entry : entries)
+        if (m_wanted.contains(entry.inode))
+            m_hits.push_back(&entry);
+        else
+            m_candidates.consider(folder, entry);
+    // In the order in which they lie on the disk and in the kernel's memory; folders give them in that of a hash.
+    std::sort(m_hits.begin(), m_hits.end(),
+              [](const auto *left, const auto *right) { return left->inode < right->inode; });
+    for (const DirectoryWalk::Entry *hit : m_hits)
+        if (!checkEntry(folder, *hit))
+            m_candidates.consider(folder, *hit);
+    m_tick();
+    const bool isDone = m_goal == Goal::LostFiles && m_openCount == 0;
+    return isDone ? DirectoryWalk::Visit::Stop : DirectoryWalk::Visit::Continue;
+}
+
+/// Whether the entry is one of the lost files.
+bool VolumeSearch::checkEntry(const DirectoryWalk::Folder &folder, const DirectoryWalk::Entry &entry)
+{
+    if (entry.type != EntryType::File && entry.type != EntryType::Folder)
+        return false;
+    auto present = examineFile(folder.descriptor, entry.name);
+    if (!present || present->device != folder.device)
+        return false;
+    return m_wanted.visit(entry.inode, [&](LostFile &lost) {
+        if (lost.isOpen && present->names > 1)
+            tryOldPath(lost); // of several names, the one that is known
+        if (!lost.isOpen || !isStoredFile(lost.data, *present, folder.descriptor, entry.name, m_trust))
+            return false;
+        take(lost, {NativePath::join(folder.path, entry.name), *present, &m_volume});
+        return true;
+    });
+}
+
+void VolumeSearch::take(LostFile &lost, const FoundPlace &place)
+{
+    lost.isOpen = false;
+    --m_openCount;
+    m_found(lost, place);
+}

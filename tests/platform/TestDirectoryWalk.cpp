@@ -1,0 +1,156 @@
+#include "DirectoryWalk.h"
+#include "TestRunner.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+class TestDirectoryWalk : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QList<QByteArray> m_seen; ///< paths of files, below the folder
+    DirectoryWalk::Visit m_answer = DirectoryWalk::Visit::Continue;
+
+    [[nodiscard]] QByteArray at(const QByteArray &path) const { return QFile::encodeName(m_folder->path()) + path; }
+    [[nodiscard]] QList<QByteArray> seen();
+    DirectoryWalk walk(DirectoryWalk::Limits limits = {});
+    void make(const QByteArray &path) const;
+
+private Q_SLOTS:
+    void init();
+    void readsEverythingBeneath();
+    void readsNothingTwice();
+    void goesOnWhereItWasStopped();
+    void readsFoldersOfAnySize();
+    void endsAtItsLimits();
+    void passesOverWhatCannotBeRead();
+};
+
+void TestDirectoryWalk::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_seen.clear();
+    m_answer = DirectoryWalk::Visit::Continue;
+    for (const char *path : {"/1.jpg", "/a/2.jpg", "/a/b/3.jpg", "/a/b/c/4.jpg", "/z/.hidden/5.jpg"})
+        make(path);
+}
+
+void TestDirectoryWalk::make(const QByteArray &path) const
+{
+    const QString name = QFile::decodeName(at(path));
+    QDir().mkpath(QFileInfo(name).path());
+    QFile file(name);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+}
+
+/// In order, and forgotten.
+QList<QByteArray> TestDirectoryWalk::seen()
+{
+    QList<QByteArray> names = std::exchange(m_seen, {});
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+DirectoryWalk TestDirectoryWalk::walk(DirectoryWalk::Limits limits)
+{
+    return DirectoryWalk(
+        [this](const DirectoryWalk::Folder &folder, std::span<const DirectoryWalk::Entry> entries) {
+            for (const DirectoryWalk::Entry &entry : entries) {
+                struct stat facts = {};
+                if (::fstatat(folder.descriptor, entry.name, &facts, AT_SYMLINK_NOFOLLOW) != 0 ||
+                    facts.st_ino != entry.inode || facts.st_dev != folder.device)
+                    m_seen.append("wrong");
+                if (entry.type == EntryType::File)
+                    m_seen.append(folder.path.sliced(at("").size()) + '/' + entry.name);
+            }
+            return m_answer;
+        },
+        std::move(limits));
+}
+
+void TestDirectoryWalk::readsEverythingBeneath()
+{
+    QVERIFY(QFile::link(QFile::decodeName(at("/a")), QFile::decodeName(at("/z/link"))));
+    QVERIFY(::mkfifo(at("/z/pipe").constData(), 0600) == 0);
+    DirectoryWalk all = walk();
+    QCOMPARE(all.walk(at("")), DirectoryWalk::End::Complete);
+    QCOMPARE(seen(), QList<QByteArray>({"/1.jpg", "/a/2.jpg", "/a/b/3.jpg", "/a/b/c/4.jpg", "/z/.hidden/5.jpg"}));
+    QCOMPARE(all.foldersRead(), 6);
+    QCOMPARE(all.entriesSeen(), 12);
+    QCOMPARE(all.unreadableFolders(), 0);
+}
+
+void TestDirectoryWalk::readsNothingTwice()
+{
+    DirectoryWalk parts = walk();
+    QCOMPARE(parts.readFolder(at("/a")), DirectoryWalk::End::Complete);
+    QCOMPARE(seen(), QList<QByteArray>({"/a/2.jpg"}));
+    QCOMPARE(parts.readFolder(at("/a")), DirectoryWalk::End::Complete);
+    QCOMPARE(seen(), QList<QByteArray>());
+    QCOMPARE(parts.walk(at("/a/b/c")), DirectoryWalk::End::Complete);
+    QCOMPARE(seen(), QList<QByteArray>({"/a/b/c/4.jpg"}));
+    // What is beneath the folder that was read alone is walked when its turn comes.
+    QCOMPARE(parts.walk(at("")), DirectoryWalk::End::Complete);
+    QCOMPARE(seen(), QList<QByteArray>({"/1.jpg", "/a/b/3.jpg", "/z/.hidden/5.jpg"}));
+    QCOMPARE(parts.foldersRead(), 6);
+}
+
+void TestDirectoryWalk::goesOnWhereItWasStopped()
+{
+    DirectoryWalk stopped = walk();
+    m_answer = DirectoryWalk::Visit::Stop;
+    QList<QByteArray> all;
+    for (int folder = 0; folder < 6; ++folder) {
+        QCOMPARE(stopped.walk(at("")), DirectoryWalk::End::Stopped);
+        all += seen();
+    }
+    QCOMPARE(stopped.walk(at("")), DirectoryWalk::End::Complete);
+    QCOMPARE(all.size(), 5);
+}
+
+void TestDirectoryWalk::readsFoldersOfAnySize()
+{
+    constexpr int kFiles = 3000;
+    for (int number = 0; number < kFiles; ++number)
+        make("/many/" + QByteArray(100, 'x') + QByteArray::number(number));
+    DirectoryWalk many = walk();
+    QCOMPARE(many.walk(at("/many")), DirectoryWalk::End::Complete);
+    const QList<QByteArray> names = seen();
+    QCOMPARE(names.size(), kFiles);
+    QCOMPARE(QSet<QByteArray>(names.cbegin(), names.cend()).size(), kFiles);
+}
+
+void TestDirectoryWalk::endsAtItsLimits()
+{
+    using End = DirectoryWalk::End;
+    std::stop_source source;
+    DirectoryWalk cancelled = walk({.stop = source.get_token()});
+    QVERIFY(!cancelled.isCutShort());
+    source.request_stop();
+    QCOMPARE(cancelled.walk(at("")), End::CutShort);
+    QCOMPARE(walk({.deadline = std::chrono::steady_clock::now()}).walk(at("")), End::CutShort);
+    QCOMPARE(seen(), QList<QByteArray>());
+    DirectoryWalk few = walk({.maxFolders = 2});
+    QCOMPARE(few.walk(at("")), End::CutShort);
+    QCOMPARE(few.foldersRead(), 2);
+}
+
+void TestDirectoryWalk::passesOverWhatCannotBeRead()
+{
+    DirectoryWalk none = walk();
+    QVERIFY(QFile::link(QFile::decodeName(at("/a")), QFile::decodeName(at("/link"))));
+    QCOMPARE(none.walk(at("/nowhere")), DirectoryWalk::End::Complete);
+    QCOMPARE(none.walk(at("/1.jpg")), DirectoryWalk::End::Complete);
+    QCOMPARE(none.walk(at("/link")), DirectoryWalk::End::Complete);
+    QCOMPARE(none.unreadableFolders(), 3);
+    QCOMPARE(seen(), QList<QByteArray>());
+}
+
+REGISTER_TEST(TestDirectoryWalk)
+#include "TestDirectoryWalk.moc"

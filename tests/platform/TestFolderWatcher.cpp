@@ -1,0 +1,81 @@
+#include "TestRunner.h"
+
+#include "FolderWatcher.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+class TestFolderWatcher : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void tellsOfNamesAndOfWriting()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath(QString::fromUtf8("größe"));
+        QVERIFY(QDir().mkpath(folder));
+        const QString path = folder + QStringLiteral("/a.jpg");
+        FolderWatcher watcher;
+        watcher.setFolders({folder, dir.filePath(QStringLiteral("absent"))});
+        QCOMPARE(watcher.watchedCount(), 1);
+        QSignalSpy names(&watcher, &FolderWatcher::namesChanged);
+        QSignalSpy written(&watcher, &FolderWatcher::fileWritten);
+
+        QFile file(path);
+        QVERIFY(file.open(QFile::WriteOnly));
+        QTRY_COMPARE(names.size(), 1);
+        QCOMPARE(names.first().first().toString(), folder);
+        QCOMPARE(written.size(), 0);
+        file.write("x");
+        file.close();
+        QTRY_COMPARE(written.size(), 1);
+        QCOMPARE(written.first().first().toString(), path);
+
+        names.clear();
+        QVERIFY(QFile::rename(path, folder + QStringLiteral("/b.jpg")));
+        QTRY_VERIFY(names.size() >= 2);
+    }
+
+    void aFolderThatGoesAwayIsWatchedAgainWhenItIsBack()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath(QStringLiteral("f"));
+        QVERIFY(QDir().mkpath(folder));
+        FolderWatcher watcher;
+        watcher.setFolders({folder});
+        QSignalSpy names(&watcher, &FolderWatcher::namesChanged);
+        QVERIFY(QDir().rmdir(folder));
+        QTRY_COMPARE(watcher.watchedCount(), 0);
+        QVERIFY(!names.isEmpty());
+        QVERIFY(QDir().mkpath(folder));
+        watcher.setFolders({folder});
+        QCOMPARE(watcher.watchedCount(), 1);
+    }
+
+    void forgetsFoldersThatAreNotWantedAnyMore()
+    {
+        QTemporaryDir dir;
+        QStringList folders;
+        for (int i = 0; i < FolderWatcher::kMaxFolders + 10; ++i) {
+            folders << dir.filePath(QString::number(i));
+            QVERIFY(QDir().mkpath(folders.last()));
+        }
+        FolderWatcher watcher;
+        watcher.setFolders(folders);
+        QCOMPARE(watcher.watchedCount(), FolderWatcher::kMaxFolders);
+        watcher.setFolders({folders.last()});
+        QCOMPARE(watcher.watchedCount(), 1);
+        QSignalSpy names(&watcher, &FolderWatcher::namesChanged);
+        QVERIFY(QFile(folders.first() + QStringLiteral("/x")).open(QFile::WriteOnly));
+        QVERIFY(QFile(folders.last() + QStringLiteral("/x")).open(QFile::WriteOnly));
+        QTRY_COMPARE(names.size(), 1);
+        QCOMPARE(names.first().first().toString(), folders.last());
+    }
+};
+
+REGISTER_TEST(TestFolderWatcher)
+#include "TestFolderWatcher.moc"
