@@ -1,0 +1,71 @@
+#pragma once
+
+#include "EffectChain.h"
+
+#include <QImage>
+#include <QList>
+#include <QSize>
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <memory>
+#include <optional>
+
+/// What a back end tells of one input of a filter.
+struct FilterInput
+{
+    QString name;
+    QString attributeClass; ///< "CIImage", "CIVector", "NSNumber", "CIColor", or anything else
+    QString displayName;
+    std::optional<EffectValue> defaultValue;
+    std::optional<EffectValue> identity;
+    std::optional<double> sliderMinimum;
+    std::optional<double> sliderMaximum;
+    int vectorComponents = 2; ///< of the identity, or failing that the default, when the class is "CIVector"
+    /// False when the back end reports no attribute dictionary for the input; such an input is not classed.
+    bool hasAttributes = true;
+};
+
+struct FilterAttributes
+{
+    QString name;
+    QString displayName;
+    QString description;
+    QList<FilterInput> inputs; ///< in the back end's order, the image inputs among them
+};
+
+/// What a filter needs to know of the rendering it works in.
+struct FilterContext
+{
+    /// Rendered pixels per pixel of the full image; sizes that an effect states in pixels are multiplied by it.
+    double scale = 1;
+    /// Set from another thread when nobody wants the result any more.
+    const std::atomic<bool> *cancelled = nullptr;
+};
+
+/// A filter library. Thread-safe: chains are rendered on many threads at once.
+class FilterBackEnd
+{
+public:
+    virtual ~FilterBackEnd() = default;
+
+    [[nodiscard]] virtual QStringList filterNames(const QString &category) const = 0;
+    [[nodiscard]] virtual QString localizedCategoryName(const QString &category) const = 0;
+    /// Null when there is no such filter.
+    [[nodiscard]] virtual const FilterAttributes *attributes(const QString &filterName) const = 0;
+    /// Runs one filter. `inputs` are in pixels of `image`, y upward for points. A null image means failure.
+    /// Inputs without a value take the filter's defaults.
+    [[nodiscard]] virtual QImage apply(const EffectEntry &inputs, const QImage &image,
+                                       const FilterContext &context) const = 0;
+};
+
+/// The back end in use: empty until a filter library is installed at start, which then lives as long as the process.
+[[nodiscard]] const FilterBackEnd &filterBackEnd();
+/// Installs a back end that outlives all rendering; null restores the empty one. Not while anything renders.
+void installFilterBackEnd(const FilterBackEnd *backEnd);
+
+/// Runs the chain on pixels of an image. Unknown filters are skipped. Nothing, and a line in the log, when a filter
+/// yields no image.
+[[nodiscard]] std::optional<QImage> EvaluateChain(const EffectChain &chain, const QImage &source,
+                                                  const FilterBackEnd &backEnd, const FilterContext &context);

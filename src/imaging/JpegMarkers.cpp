@@ -1,0 +1,132 @@
+#include "JpegMarkers.h"
+
+#include <algorithm>
+#include <map>
+
+namespace {
+
+constexpr qint64 kWindow = 128 * 1024;
+/// Real files stay far below both; what exceeds them is made to keep us busy.
+constexpr int kMaxSegments = 20'000;
+constexpr qsizetype kMaxProfile = 16 << 20;
+
+/// Reads a source in windows, so that a walk over small segments costs one read.
+class Cursor
+{
+public:
+    explicit Cursor(const ByteSource &source)
+        : m_source(source)
+    {}
+
+    /// -1 at the end.
+    int byteAt(qint64 position)
+    {
+        if (position < m_start || position >= m_start + m_window.size()) {
+            m_window = m_source.bytes(position, kWindow);
+            m_start = position;
+        }
+        return m_window.isEmpty() ? -1 : uchar(m_window.at(position - m_start));
+    }
+
+    int numberAt(qint64 position)
+    {
+        const int high = byteAt(position);
+        const int low = byteAt(position + 1);
+        return high < 0 || low < 0 ? -1 : high << 8 | low;
+    }
+
+    QByteArray bytesAt(qint64 position, qint64 count)
+    {
+        if (position >= m_start && position + count <= m_start + m_window.size())
+            return m_window.mid(position - m_start, count);
+        return m_source.bytes(position, count);
+    }
+
+private:
+    const ByteSource &m_source;
+    QByteArray m_window;
+    qint64 m_start = 0;
+};
+
+bool isFrame(int marker)
+{
+    return marker >= 0xc0 && marker <= 0xcf && marker != 0xc4 && marker != 0xc8 && marker != 0xcc;
+}
+
+/// A profile is cut into numbered pieces, one per segment.
+class ProfilePieces
+{
+public:
+    void add(const QByteArray &segment)
+    {
+        constexpr qsizetype head = 14; // signature, number, count
+        if (!segment.startsWith(QByteArrayView("ICC_PROFILE\0", 12)) || segment.size() <= head)
+            return;
+        m_total += segment.size() - head;
+        if (m_total <= kMaxProfile)
+            m_pieces.emplace(uchar(segment.at(12)), segment.mid(head));
+        m_count = uchar(segment.at(13));
+    }
+
+    QByteArray joined() const
+    {
+        QByteArray profile;
+        for (const auto &[number, piece] : m_pieces)
+            profile += piece;
+        return m_pieces.size() == m_count ? profile : QByteArray();
+    }
+
+private:
+    std::map<int, QByteArray> m_pieces;
+    size_t m_count = 0;
+    qsizetype m_total = 0;
+};
+
+void readSegment(Cursor &cursor, int marker, qint64 body, int length, JpegMarkers &markers, ProfilePieces &profile)
+{
+    if (isFrame(marker) && length >= 6) {
+        markers.size = QSize(cursor.numberAt(body + 3), cursor.numberAt(body + 1));
+        markers.components = cursor.byteAt(body + 5);
+        markers.isProgressive = marker == 0xc2 || marker == 0xca;
+    } else if (marker == 0xe1 && markers.exif.isEmpty()) {
+        if (cursor.bytesAt(body, 6) == QByteArrayView("Exif\0\0", 6))
+            markers.exif = cursor.bytesAt(body, length);
+    } else if (marker == 0xe2 && cursor.byteAt(body) == 'I') {
+        profile.add(cursor.bytesAt(body, length));
+    }
+}
+
+/// The position behind any fill bytes and the next marker, which is stored in `marker`; -1 when there is none.
+qint64 nextMarker(Cursor &cursor, qint64 position, int &marker)
+{
+    if (cursor.byteAt(position) != 0xff)
+        return -1;
+    while ((marker = cursor.byteAt(position)) == 0xff)
+        ++position;
+    return marker > 0 ? position + 1 : -1;
+}
+
+}
+
+std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source)
+{
+    Cursor cursor(source);
+    if (cursor.numberAt(0) != 0xffd8)
+        return std::nullopt;
+    JpegMarkers markers;
+    ProfilePieces profile;
+    qint64 position = 2;
+    for (int i = 0; i < kMaxSegments; ++i) {
+        int marker = 0;
+        position = nextMarker(cursor, position, marker);
+        const int length = position < 0 ? -1 : cursor.numberAt(position);
+        constexpr int startOfScan = 0xda;
+        if (length < 2 || marker == startOfScan)
+            break;
+        readSegment(cursor, marker, position + 2, length - 2, markers, profile);
+        position += length;
+    }
+    markers.profile = profile.joined();
+    const bool usable = markers.components == 1 || markers.components == 3 || markers.components == 4;
+    return usable && !markers.size.isEmpty() ? std::optional(markers) : std::nullopt;
+}

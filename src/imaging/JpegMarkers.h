@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ByteSource.h"
+
+#include <QByteArray>
+#include <QSize>
+
+#include <optional>
+
+/// What stands in a JPEG file before its pixels.
+struct JpegMarkers
+{
+    QSize size; ///< as stored
+    int components = 0;
+    bool isProgressive = false;
+    QByteArray exif;    ///< with its "Exif" signature; empty when there is none
+    QByteArray profile; ///< ICC; empty when there is none
+};
+
+/// Walks over the segments up to the picture data, reading those that matter only. Nothing when it is no JPEG file
+/// with a usable frame.
+[[nodiscard]] std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source);

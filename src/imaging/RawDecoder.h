@@ -1,0 +1,13 @@
+#pragma once
+
+#include "ByteSource.h"
+#include "Decoder.h"
+
+/// Camera raw files: the preview that the camera put into them.
+namespace RawDecoder {
+
+[[nodiscard]] std::optional<ImageHeader> readHeader(const ByteSource &source, QString *reason);
+[[nodiscard]] std::optional<DecodedImage> decode(const ByteSource &source, const DecodeRequest &request,
+                                                 QString *reason);
+
+}

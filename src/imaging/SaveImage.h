@@ -1,0 +1,55 @@
+#pragma once
+
+#include "FileWriter.h"
+#include "Image.h"
+
+#include <QByteArray>
+#include <QSize>
+#include <QString>
+
+#include <optional>
+
+enum class SaveFileType { Automatic = 0, Jpeg = 1, Pdf = 2, Png = 3, Tiff = 4 };
+
+/// What to write and how; the writer completes it and tells what became of it.
+struct SaveRequest
+{
+    QString path;    ///< destination; empty to write into `data`. The writer may change its extension or make it unique
+    QByteArray data; ///< out
+    SaveFileType type = SaveFileType::Automatic;         ///< out: the type chosen
+    QString extension;                                   ///< out: the extension that belongs to the type
+    QSize rect;                                          ///< out: the pixel size written
+    double compression = 1.0;                            ///< JPEG quality 0 to 1; for TIFF, 1 or more means compress
+    bool unique = false;                                 ///< never overwrite: take a new name instead
+    bool writeFailed = false;                            ///< out: the destination could not be created or written
+    bool embedProfile = true;                            ///< write an sRGB profile where the type can carry one
+    bool fullChroma = false;                             ///< JPEG: keep colour at full resolution
+    FileWriter::Flush flush = FileWriter::Flush::ToDisk; ///< `No` for files that can be made again
+};
+
+/// Writes the image as JPEG, PNG, TIFF or single-page PDF at the given pixel size (its own where a side is 0). No
+/// location data is ever written. The path holds the whole file or what it held before. Blocks: any thread but the
+/// main one, except for small images.
+[[nodiscard]] bool SaveImageCore(int width, int height, const Image &image, SaveRequest &request);
+
+/// The image as TIFF bytes at its full size; nothing (and a log line) when it cannot be made.
+[[nodiscard]] std::optional<QByteArray> TiffFromImage(const Image &image);
+
+/// What the user chose for exports; kept across runs.
+struct ExportSettings
+{
+    int format = 0;           ///< 0 JPEG, 1 PDF, 2 PNG, 3 TIFF
+    int sizeOption = 0;       ///< see exportSideLimit
+    double jpegQuality = 7.0; ///< 0 to 10
+    bool compressTiff = true;
+};
+
+/// The largest side in pixels for a size option; options that name none do not limit in practice.
+[[nodiscard]] int exportSideLimit(int sizeOption);
+/// The size to write under the size option; smaller images are never enlarged.
+[[nodiscard]] QSize finalImageSize(QSize source, int sizeOption);
+/// "jpg", "pdf", "png" or "tiff"; null for an index above 3.
+[[nodiscard]] QString extensionForFormat(int format);
+[[nodiscard]] std::optional<int> formatForExtension(const QString &extension);
+/// The `compression` of a save request under these settings.
+[[nodiscard]] double exportCompression(const ExportSettings &settings);
