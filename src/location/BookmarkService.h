@@ -1,0 +1,34 @@
+#pragma once
+
+#include "BookmarkResolution.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+struct stat;
+
+/// What locators ask of bookmarks, so that tests can answer in their place.
+class BookmarkService
+{
+public:
+    virtual ~BookmarkService() = default;
+
+    /// A bookmark of what stands at the path; nothing on failure, and then `reason` tells why.
+    [[nodiscard]] virtual std::optional<QByteArray> create(const QString &path, QString &reason) = 0;
+    /// Whether the bookmark holds these facts of a file. Asks nothing of the system. False for what is no bookmark.
+    [[nodiscard]] virtual bool isCurrent(const QByteArray &bookmark, const struct stat &facts) = 0;
+    /// Finds one file; may take long.
+    [[nodiscard]] virtual BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) = 0;
+};
+
+/// Bookmarks of the file system.
+class FileBookmarkService final : public BookmarkService
+{
+public:
+    std::optional<QByteArray> create(const QString &path, QString &reason) override;
+    bool isCurrent(const QByteArray &bookmark, const struct stat &facts) override;
+    BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) override;
+};

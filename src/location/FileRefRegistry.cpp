@@ -1,0 +1,179 @@
+#include "FileRefRegistry.h"
+
+#include "LibraryTags.h"
+#include "QVXmlDecoder.h"
+#include "QVXmlEncoder.h"
+#include "StringUtilities.h"
+#include "UserPaths.h"
+
+#include <algorithm>
+
+FileRefRegistry::FileRefRegistry(const PIFileRef::Environment &environment)
+    : m_environment(environment)
+{}
+
+std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForPath(const QString &path)
+{
+    if (auto existing = fileRefForPathIfExists(path))
+        return existing;
+    auto ref = std::make_shared<PIFileRef>(path, m_environment);
+    add(path, ref);
+    return ref;
+}
+
+std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForPathIfExists(const QString &path) const
+{
+    const auto found = m_byPath.constFind(path);
+    return found == m_byPath.cend() ? nullptr : m_entries.at(*found).ref;
+}
+
+std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForGuid(const QString &guid) const
+{
+    for (; m_indexedByGuid < m_entries.size(); ++m_indexedByGuid) {
+        const QString &newGuid = m_entries.at(m_indexedByGuid).ref->guid();
+        if (!m_byGuid.contains(newGuid))
+            m_byGuid.insert(newGuid, m_indexedByGuid);
+    }
+    const auto found = m_byGuid.constFind(guid);
+    return found == m_byGuid.cend() ? nullptr : m_entries.at(*found).ref;
+}
+
+void FileRefRegistry::clearSaveIndexes()
+{
+    for (const Entry &entry : m_entries)
+        entry.ref->clearSaveIndex();
+}
+
+void FileRefRegistry::add(const QString &key, const std::shared_ptr<PIFileRef> &ref)
+{
+    m_byPath.insert(key, m_entries.size());
+    m_entries.append({key, ref});
+}
+
+namespace {
+
+// The folders in the order in which they were first seen, each with its place.
+class FolderList
+{
+public:
+    void add(const QString &folder)
+    {
+        if (m_places.contains(folder))
+            return;
+        m_places.insert(folder, static_cast<int>(m_folders.size()));
+        m_folders.append(folder);
+    }
+    const QStringList &folders() const { return m_folders; }
+    const QHash<QString, int> &places() const { return m_places; }
+
+private:
+    QStringList m_folders;
+    QHash<QString, int> m_places;
+};
+
+QString storedFolder(const QString &folder)
+{
+    const QString shortened = QVString::abbreviateHomeFolderPath(folder);
+    if (shortened == folder && folder.startsWith(RootPath(), Qt::CaseInsensitive))
+        return folder.mid(RootPath().size());
+    return shortened;
+}
+
+void writeFolders(QVXmlEncoder &encoder, const QStringList &folders)
+{
+    encoder.openTag("folders");
+    for (qsizetype i = 0; i < folders.size(); ++i) {
+        encoder.addAttribute("seq", static_cast<quint64>(i));
+        encoder.addAttribute("path", storedFolder(folders.at(i)));
+        encoder.openAndCloseTag("folder");
+    }
+    encoder.closeTag("folders");
+}
+
+}
+
+void FileRefRegistry::saveFileRefs(QVXmlEncoder &encoder) const
+{
+    if (m_entries.isEmpty())
+        return;
+    FolderList folders;
+    QList<const PIFileRef *> used;
+    for (const Entry &entry : m_entries) {
+        folders.add(QVString::deletingLastPathComponent(entry.key));
+        if (entry.ref->saveIndex() != kNotFound)
+            used.append(entry.ref.get());
+    }
+    // A file may have moved into a folder in which no key lies.
+    for (const PIFileRef *ref : used)
+        folders.add(QVString::deletingLastPathComponent(ref->path()));
+    std::stable_sort(used.begin(), used.end(),
+                     [](const PIFileRef *a, const PIFileRef *b) { return a->saveIndex() < b->saveIndex(); });
+    encoder.openTag("files");
+    writeFolders(encoder, folders.folders());
+    encoder.openTag("refs");
+    for (const PIFileRef *ref : used)
+        ref->archiveToXml(encoder, folders.places());
+    encoder.closeTag("refs");
+    encoder.closeTag("files");
+}
+
+namespace {
+
+// The reverse of the text test that shortens: "~adow" is the folder "meadow" beside the home folder "me".
+QString folderFromStored(const QString &stored)
+{
+    return stored.startsWith(u'~') ? HomeFolderPath() + stored.mid(1) : stored;
+}
+
+// Calls `read` for every tag inside the element on which the decoder stands, and stops on the tag that closes it.
+// False when the document ends before, or when `read` says so.
+template<typename Read>
+bool readChildren(QVXmlDecoder &decoder, const Read &read)
+{
+    if (decoder.endTag())
+        return true;
+    const int level = decoder.level();
+    while (decoder.getNextTag()) {
+        if (decoder.level() < level)
+            return true;
+        if (!read())
+            return false;
+    }
+    return false;
+}
+
+// A closing tag reads like an element without attributes: one that is no leaf must not be counted twice.
+bool skipChildren(QVXmlDecoder &decoder)
+{
+    return readChildren(decoder, [] { return true; });
+}
+
+}
+
+bool FileRefRegistry::readFileRefs(QVXmlDecoder &decoder, QList<std::shared_ptr<PIFileRef>> &orderedArray)
+{
+    QStringList folders;
+    const auto readFolder = [&] {
+        if (decoder.key() != LibraryTag::Folder)
+            return true;
+        folders.append(folderFromStored(decoder.stringAttributeForTag(u"path")));
+        return skipChildren(decoder);
+    };
+    const auto readRef = [&] {
+        if (decoder.key() != LibraryTag::Ref)
+            return true;
+        const auto ref = PIFileRef::fromArchive(decoder, folders, m_environment);
+        if (!ref)
+            return false;
+        add(ref->path(), ref);
+        orderedArray.append(ref);
+        return skipChildren(decoder);
+    };
+    return readChildren(decoder, [&] {
+        if (decoder.key() == LibraryTag::Folders)
+            return readChildren(decoder, readFolder);
+        if (decoder.key() == LibraryTag::Refs)
+            return readChildren(decoder, readRef);
+        return true;
+    });
+}

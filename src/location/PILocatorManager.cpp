@@ -1,0 +1,158 @@
+#include "PILocatorManager.h"
+
+#include "FileWriter.h"
+#include "LogString.h"
+#include "PosixSupport.h"
+#include "PropertyList.h"
+#include "StringUtilities.h"
+#include "UniqueFileName.h"
+
+#include <QSet>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+
+namespace {
+
+bool exists(const QString &path)
+{
+    struct stat facts = {};
+    return ::lstat(Posix::nativePath(path).constData(), &facts) == 0;
+}
+
+}
+
+PILocatorManager::PILocatorManager(const QString &folder)
+    : m_folder(folder)
+    , m_plistPath(QVString::appendingPathComponent(folder, QStringLiteral("locators.plist")))
+{}
+
+std::unique_ptr<PILocatorManager> PILocatorManager::open(const QString &folder)
+{
+    std::unique_ptr<PILocatorManager> manager(new PILocatorManager(folder));
+    const bool hasList = exists(manager->m_plistPath);
+    const auto list = hasList ? PropertyList::read(manager->m_plistPath) : std::nullopt;
+    manager->m_isListDamaged = hasList && (!list || list->typeId() != QMetaType::QVariantHash);
+    if (manager->m_isListDamaged)
+        LogString("Can't read locator GUID map at %@", manager->m_plistPath);
+    if (!manager->m_file.open(QVString::appendingPathComponent(folder, QStringLiteral("locators.database"))))
+        return nullptr;
+    manager->m_sequenceID = manager->m_file.sequenceID();
+    if (list)
+        manager->m_map = LocatorMap::fromPropertyList(*list, manager->m_file.length()).value_or(LocatorMap());
+    return manager;
+}
+
+std::optional<QVFileLocator> PILocatorManager::locatorForGuid(const QString &guid)
+{
+    const quint32 offset = m_file.isOpen() ? m_map.offsets.value(guid, 0) : 0;
+    if (offset == 0)
+        return {};
+    if (m_wantsAll)
+        m_file.keepInMemory();
+    m_wantsAll = false;
+    QByteArray room;
+    const auto data = m_file.dataAt(offset, room);
+    return data ? QVFileLocator::fromBinaryArchive(*data) : std::nullopt;
+}
+
+/// Where a locator is to be written, and which blocks change hands by that.
+struct PILocatorManager::Allocation
+{
+    quint64 offset = 0;
+    LocatorBlock block = {};
+    std::optional<FreeBlockList::Block> released = {}; ///< the former block of the guid
+    std::optional<FreeBlockList::Block> reused = {};
+};
+
+void PILocatorManager::setLocator(const QVFileLocator &locator, const QString &guid)
+{
+    const QByteArray data = locator.createBinaryArchive();
+    if (!m_file.isOpen() || !LocatorMap::isGuid(guid) || data.size() > qsizetype(LocatorBlock::kMaxLength))
+        return;
+    const Allocation allocation = allocateBlock(static_cast<quint32>(data.size()), guid);
+    // Only what is written changes the map: after a failure the guid keeps what it had.
+    if (!m_file.write(allocation.offset, allocation.block, data)) {
+        LogString("Can't write locator database: %d", errno);
+        return;
+    }
+    if (allocation.released)
+        m_map.freeBlocks.append(*allocation.released);
+    if (allocation.reused)
+        m_map.freeBlocks.remove(*allocation.reused);
+    m_map.offsets.insert(guid, static_cast<quint32>(allocation.offset));
+    m_dirty = true;
+}
+
+PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, const QString &guid) const
+{
+    Allocation allocation;
+    const quint32 present = m_map.offsets.value(guid, 0);
+    if (const auto block = present != 0 ? m_file.blockAt(present) : std::nullopt) {
+        if (block->capacity >= length)
+            return {.offset = present, .block = {block->capacity, length}};
+        allocation.released = FreeBlockList::Block{present, block->capacity, m_sequenceID};
+    }
+    allocation.reused = m_map.freeBlocks.find(length, m_sequenceID);
+    allocation.offset = allocation.reused ? allocation.reused->offset : m_file.length();
+    allocation.block = {allocation.reused ? allocation.reused->capacity : length, length};
+    return allocation;
+}
+
+void PILocatorManager::trimUnusedFiles(const QStringList &guidsInUse)
+{
+    if (!m_file.isOpen())
+        return;
+    const QSet<QString> used(guidsInUse.cbegin(), guidsInUse.cend());
+    QList<quint32> unused;
+    m_dirty |= m_map.offsets.removeIf([&](const auto &entry) {
+        const bool isUnused = !used.contains(entry.key());
+        if (isUnused)
+            unused.append(entry.value());
+        return isUnused;
+    }) > 0;
+    std::sort(unused.begin(), unused.end());
+    for (const quint32 offset : std::as_const(unused))
+        if (const auto block = m_file.blockAt(offset))
+            m_map.freeBlocks.append({offset, block->capacity, m_sequenceID});
+    m_file.dropFromMemory();
+    m_wantsAll = false;
+}
+
+void PILocatorManager::save()
+{
+    if (!m_dirty || !m_file.isOpen())
+        return;
+    const quint32 next = m_sequenceID + 1;
+    // The blocks first: a list that is newer than the blocks would lead to the locators of other files.
+    if (!m_file.commit(next)) {
+        LogString("Can't write locator database seq#: %d", errno);
+        return;
+    }
+    if (!putDamagedListAside() || !PropertyList::write(m_plistPath, m_map.toPropertyList())) {
+        LogString("Can't save locator GUID map at %@", m_plistPath);
+        return;
+    }
+    m_dirty = false;
+    m_sequenceID = next;
+}
+
+bool PILocatorManager::putDamagedListAside()
+{
+    if (!m_isListDamaged)
+        return true;
+    const QString name = UniqueFileName(m_folder, QStringLiteral("locators-damaged"), QStringLiteral("plist"));
+    const QString aside = QVString::appendingPathComponent(m_folder, name);
+    if (!FileWriter::renameNoReplace(m_plistPath, aside))
+        return false;
+    LogString("Moved the damaged locator GUID map to %@", aside);
+    m_isListDamaged = false;
+    return true;
+}
+
+void PILocatorManager::close()
+{
+    save();
+    m_file.close();
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "LocatorBlockFile.h"
+#include "LocatorMap.h"
+#include "QVFileLocator.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <optional>
+
+/// Stores one locator per file reference, keyed by the reference's guid, in two files of the library's folder: the
+/// locators in "locators.database", and where each of them stands in it in "locators.plist". Locators are written at
+/// once, the list by save(). What cannot be read is treated as absent. Failures are logged. Main thread.
+class PILocatorManager
+{
+public:
+    /// Opens the database in that folder, or makes it. Null when that fails.
+    [[nodiscard]] static std::unique_ptr<PILocatorManager> open(const QString &folder);
+    PILocatorManager(const PILocatorManager &) = delete;
+    PILocatorManager &operator=(const PILocatorManager &) = delete;
+
+    /// Nothing when none is stored or it cannot be read.
+    [[nodiscard]] std::optional<QVFileLocator> locatorForGuid(const QString &guid);
+    void setLocator(const QVFileLocator &locator, const QString &guid);
+    /// Forgets the locators of all guids but those given. To be called once every reference of the library was read:
+    /// up to then the database is kept in memory, so that reading all locators takes one system call.
+    void trimUnusedFiles(const QStringList &guidsInUse);
+    /// Writes the list, when anything changed since it was last written.
+    void save();
+    /// Saves and closes; nothing is read or stored any more.
+    void close();
+
+private:
+    explicit PILocatorManager(const QString &folder);
+
+    struct Allocation;
+    [[nodiscard]] Allocation allocateBlock(quint32 length, const QString &guid) const;
+    [[nodiscard]] bool putDamagedListAside();
+
+    QString m_folder;
+    QString m_plistPath;
+    LocatorBlockFile m_file;
+    LocatorMap m_map;
+    quint32 m_sequenceID = 0; ///< as last saved
+    bool m_dirty = false;
+    bool m_isListDamaged = false; ///< what stands where the list will be written could not be read
+    bool m_wantsAll = true;       ///< the first read is that of many
+};
