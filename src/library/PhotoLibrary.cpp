@@ -1,0 +1,133 @@
+#include "PhotoLibrary.h"
+
+#include "FileNotifications.h"
+#include "LibraryNotifications.h"
+#include "PIFileRef.h"
+
+#include <QSet>
+
+#include <algorithm>
+
+PhotoLibrary::PhotoLibrary(const QString &thumbnailFolder, FileFinder &finder, NotificationCenter &notifications)
+    : m_notifications(notifications)
+    , m_finder(finder)
+    , m_fileRefs({&finder, &m_imageCache})
+    , m_thumbnails(thumbnailFolder, m_imageCache, notifications)
+{
+    m_savingObserver = notifications.observe(kSavingNotification, [this](const NotificationObject &) {
+        for (const auto &group : std::as_const(m_groups))
+            group->clearSaveIndexes();
+        m_fileRefs.clearSaveIndexes();
+    });
+    m_fileChangeObserver = notifications.observe(kFileChangeNotification, [this](const NotificationObject &object) {
+        if (const auto *fileRef = object.as<PIFileRef>())
+            fileChanged(*fileRef);
+    });
+}
+
+PhotoLibrary::~PhotoLibrary() = default;
+
+void PhotoLibrary::fileChanged(const PIFileRef &fileRef)
+{
+    QSet<PIPhoto *> photos;
+    forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        if (photo->fileRef().get() == &fileRef)
+            photos.insert(photo.get());
+    });
+    for (PIPhoto *photo : std::as_const(photos))
+        m_thumbnails.fileChanged(*photo);
+}
+
+void PhotoLibrary::setDirty(bool dirty)
+{
+    if (dirty == m_dirty)
+        return;
+    m_dirty = dirty;
+    if (m_dirtyListener)
+        m_dirtyListener(dirty);
+}
+
+void PhotoLibrary::makeDefaultLibrary()
+{
+    const auto group = std::make_shared<PIGroup>(QStringLiteral("New Group"));
+    group->makeNewFolder();
+    m_groups.append(group);
+    setDirty(true);
+}
+
+namespace {
+
+std::shared_ptr<PIGroup> findContainer(const std::shared_ptr<PIGroup> &item, const QString &guid)
+{
+    if (item->guid() == guid)
+        return item;
+    for (const auto &folder : std::as_const(item->folders())) {
+        if (auto found = findContainer(folder, guid))
+            return found;
+    }
+    return nullptr;
+}
+
+}
+
+std::shared_ptr<PIGroup> PhotoLibrary::findContainerByGuid(const QString &guid) const
+{
+    for (const auto &group : m_groups) {
+        if (auto found = findContainer(group, guid))
+            return found;
+    }
+    return nullptr;
+}
+
+namespace {
+
+std::shared_ptr<PIFolder> findPhoto(const PIPhoto &photo, const QList<std::shared_ptr<PIFolder>> &inFolders)
+{
+    for (const auto &folder : inFolders) {
+        const auto isPhoto = [&](const auto &candidate) { return candidate.get() == &photo; };
+        if (std::any_of(folder->photos().cbegin(), folder->photos().cend(), isPhoto))
+            return folder;
+        if (auto found = findPhoto(photo, folder->folders()))
+            return found;
+    }
+    return nullptr;
+}
+
+}
+
+std::shared_ptr<PIFolder> PhotoLibrary::folderForPhoto(const PIPhoto &photo) const
+{
+    for (auto group = m_groups.crbegin(); group != m_groups.crend(); ++group) {
+        if (auto found = findPhoto(photo, (*group)->folders()))
+            return found;
+    }
+    return nullptr;
+}
+
+std::shared_ptr<PIGroup> PhotoLibrary::groupForFolder(const std::shared_ptr<PIGroup> &item)
+{
+    std::shared_ptr<PIGroup> result = item;
+    while (result && result->asFolder())
+        result = result->asFolder()->parent();
+    return result;
+}
+
+namespace {
+
+void visitPhotos(const QList<std::shared_ptr<PIFolder>> &folders,
+                 const std::function<void(const std::shared_ptr<PIPhoto> &)> &visit)
+{
+    for (const auto &folder : folders) {
+        for (const auto &photo : std::as_const(folder->photos()))
+            visit(photo);
+        visitPhotos(folder->folders(), visit);
+    }
+}
+
+}
+
+void PhotoLibrary::forEachPhoto(const std::function<void(const std::shared_ptr<PIPhoto> &)> &visit) const
+{
+    for (const auto &group : m_groups)
+        visitPhotos(group->folders(), visit);
+}

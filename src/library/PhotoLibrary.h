@@ -1,0 +1,73 @@
+#pragma once
+
+#include "EffectSetStore.h"
+#include "FileRefRegistry.h"
+#include "ImageCache.h"
+#include "KeywordVocabulary.h"
+#include "NotificationCenter.h"
+#include "PIFolder.h"
+#include "PIGroup.h"
+#include "PIPhoto.h"
+#include "ThumbnailMaker.h"
+
+#include <functional>
+#include <memory>
+
+class FileFinder;
+
+/// The model: groups with their folders and photos, the keyword vocabulary, effect sets, file references, thumbnails
+/// and the dirty flag. Can be loaded, edited and saved without any window. Main thread.
+class PhotoLibrary
+{
+public:
+    /// `thumbnailFolder` must exist. `finder` and `notifications` outlive the library.
+    PhotoLibrary(const QString &thumbnailFolder, FileFinder &finder, NotificationCenter &notifications);
+    ~PhotoLibrary();
+    PhotoLibrary(const PhotoLibrary &) = delete;
+    PhotoLibrary &operator=(const PhotoLibrary &) = delete;
+
+    [[nodiscard]] QList<std::shared_ptr<PIGroup>> &groups() { return m_groups; }
+    [[nodiscard]] const QList<std::shared_ptr<PIGroup>> &groups() const { return m_groups; }
+    [[nodiscard]] KeywordVocabulary &keywords() { return m_keywords; }
+    [[nodiscard]] const KeywordVocabulary &keywords() const { return m_keywords; }
+    [[nodiscard]] EffectSetStore &effectSets() { return m_effectSets; }
+    [[nodiscard]] const EffectSetStore &effectSets() const { return m_effectSets; }
+    [[nodiscard]] FileRefRegistry &fileRefs() { return m_fileRefs; }
+    [[nodiscard]] const FileRefRegistry &fileRefs() const { return m_fileRefs; }
+    [[nodiscard]] FileFinder &fileFinder() { return m_finder; }
+    [[nodiscard]] ImageCache &imageCache() { return m_imageCache; }
+    [[nodiscard]] ThumbnailMaker &thumbnails() { return m_thumbnails; }
+    [[nodiscard]] NotificationCenter &notifications() { return m_notifications; }
+
+    [[nodiscard]] bool isDirty() const { return m_dirty; }
+    void setDirty(bool dirty);
+    /// Called whenever the dirty flag changes; one listener, the window.
+    void setDirtyListener(std::function<void(bool)> listener) { m_dirtyListener = std::move(listener); }
+
+    /// One group "New Group" with one folder "New Folder"; marks the library dirty.
+    void makeDefaultLibrary();
+    /// Group or folder with that guid, depth first; null when there is none.
+    [[nodiscard]] std::shared_ptr<PIGroup> findContainerByGuid(const QString &guid) const;
+    /// Groups are searched from the last to the first; null when the photo is in no folder.
+    [[nodiscard]] std::shared_ptr<PIFolder> folderForPhoto(const PIPhoto &photo) const;
+    /// The top-level group of a group or folder; null outside the library.
+    [[nodiscard]] static std::shared_ptr<PIGroup> groupForFolder(const std::shared_ptr<PIGroup> &item);
+    /// Calls `visit` for every photo occurrence in save order.
+    void forEachPhoto(const std::function<void(const std::shared_ptr<PIPhoto> &)> &visit) const;
+
+private:
+    void fileChanged(const PIFileRef &fileRef);
+
+    NotificationCenter &m_notifications;
+    FileFinder &m_finder;
+    ImageCache m_imageCache;
+    FileRefRegistry m_fileRefs;
+    ThumbnailMaker m_thumbnails;
+    KeywordVocabulary m_keywords;
+    EffectSetStore m_effectSets;
+    QList<std::shared_ptr<PIGroup>> m_groups;
+    bool m_dirty = false;
+    std::function<void(bool)> m_dirtyListener;
+    NotificationCenter::Observer m_savingObserver;
+    NotificationCenter::Observer m_fileChangeObserver;
+};
