@@ -1,0 +1,164 @@
+#include "FileCommands.h"
+
+#include "DirectoryReader.h"
+#include "FileDates.h"
+#include "FileWriter.h"
+#include "LibraryNotifications.h"
+#include "LogString.h"
+#include "PIFolder.h"
+#include "PhotoLibrary.h"
+#include "StringUtilities.h"
+
+#include <QSet>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+QString folderOf(const QString &path)
+{
+    return QVString::deletingLastPathComponent(path);
+}
+
+/// The photo's picture comes from another place now.
+void rebuildThumbnail(PhotoLibrary &library, PIPhoto &photo)
+{
+    library.thumbnails().updateForFilters(photo);
+    library.notifications().post(kThumbnailNotification, &photo);
+}
+
+bool isUsableName(const QString &name, QString *reason)
+{
+    const bool usable = !name.contains(u'/') && !name.contains(QChar::Null) && name != QStringLiteral(".") &&
+                        name != QStringLiteral("..");
+    if (!usable && reason)
+        *reason = QStringLiteral("A file name cannot hold these characters.");
+    return usable;
+}
+
+}
+
+bool FileCommands::renameFile(PhotoLibrary &library, PIPhoto &photo, const QString &newName, QString *reason)
+{
+    PIFileRef &file = *photo.fileRef();
+    const QString target = QVString::appendingPathComponent(folderOf(file.path()), newName);
+    if (target == file.path())
+        return true;
+    QString why;
+    if (!isUsableName(newName, &why) || !FileWriter::renameOver(file.path(), target, &why)) {
+        LogString("Can't move %@ to %@. %@", file.path(), target, why);
+        if (reason)
+            *reason = why;
+        return false;
+    }
+    file.setPath(target);
+    library.notifications().post(kRedrawNotification, &photo);
+    return true;
+}
+
+bool FileCommands::setDate(PhotoLibrary &library, PIPhoto &photo, const QDateTime &date, QString *reason)
+{
+    PIFileRef &file = *photo.fileRef();
+    const bool set = FileDates::setDate(file.path(), date.toSecsSinceEpoch(), reason);
+    if (const auto present = FileDates::dateOf(file.path()))
+        file.setCreationTime(static_cast<double>(*present));
+    library.notifications().post(kRedrawNotification, &photo);
+    return set;
+}
+
+int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<PIPhoto> &photo,
+                                   const PIFolder *shownFolder, const QString &path)
+{
+    const QString oldFolder = folderOf(photo->fileRef()->path());
+    const QString newFolder = folderOf(path);
+    photo->fileRef()->setPath(path);
+    rebuildThumbnail(library, *photo);
+
+    int others = 0;
+    const PIGroup::PhotoList photos = shownFolder ? shownFolder->photos() : PIGroup::PhotoList();
+    for (qsizetype i = photos.size() - 1; i >= 0; --i) {
+        PIPhoto &other = *photos[i];
+        if (&other == photo.get() || !other.fileRef() || !other.isFileLost() ||
+            !other.fileRef()->path().startsWith(oldFolder))
+            continue;
+        const QString candidate =
+            QVString::appendingPathComponent(newFolder, QVString::lastPathComponent(other.fileRef()->path()));
+        if (!entryTypeAt(candidate))
+            continue;
+        other.fileRef()->setPath(candidate);
+        rebuildThumbnail(library, other);
+        ++others;
+    }
+    library.notifications().post(kSelectNotification, photo);
+    return others;
+}
+
+namespace {
+
+QList<std::shared_ptr<PIFileRef>> lostFiles(const PhotoLibrary &library)
+{
+    QList<std::shared_ptr<PIFileRef>> files;
+    QSet<const PIFileRef *> seen;
+    library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        const auto &file = photo->fileRef();
+        if (file && file->isFileLost() && !seen.contains(file.get())) {
+            seen.insert(file.get());
+            files << file;
+        }
+    });
+    return files;
+}
+
+/// The folder and everything above it, the deepest first, without the root: everything stands under that.
+QStringList withAncestors(QString folder)
+{
+    QStringList folders;
+    while (folder.size() > 1) {
+        folders << folder;
+        folder = folderOf(folder);
+    }
+    return folders;
+}
+
+}
+
+std::optional<FileCommands::LostTree> FileCommands::lostTreeAround(const PhotoLibrary &library, const PIPhoto &photo)
+{
+    if (!photo.fileRef())
+        return std::nullopt;
+    const QStringList folders = withAncestors(folderOf(photo.fileRef()->path()));
+    const auto files = lostFiles(library);
+    // Every folder above holds at least as many; the deepest one that gains nothing by going up is the one that moved.
+    std::optional<LostTree> best;
+    for (const QString &folder : folders) {
+        const QString prefix = folder + u'/';
+        QList<std::shared_ptr<PIFileRef>> held;
+        std::copy_if(files.begin(), files.end(), std::back_inserter(held),
+                     [&](const auto &file) { return file->path().startsWith(prefix); });
+        if (held.size() > 1 && (!best || held.size() > best->files.size()))
+            best = LostTree{folder, held};
+    }
+    return best;
+}
+
+QList<FileCommands::MovedFile> FileCommands::filesMovedTo(const LostTree &tree, const QString &newFolder)
+{
+    QList<MovedFile> moved;
+    for (const auto &file : tree.files)
+        moved << MovedFile{file, QVString::appendingPathComponent(newFolder, file->path().mid(tree.folder.size() + 1))};
+    return moved;
+}
+
+void FileCommands::takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files)
+{
+    QSet<const PIFileRef *> taken;
+    for (const MovedFile &moved : files) {
+        moved.file->setPath(moved.path);
+        taken.insert(moved.file.get());
+    }
+    library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        if (taken.contains(photo->fileRef().get()))
+            rebuildThumbnail(library, *photo);
+    });
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class PhotoLibrary;
+class PIFileRef;
+class PIFolder;
+class PIPhoto;
+
+/// What the file section does to image files and to the references that lead to them. None of it can be undone; none
+/// of it goes beyond the file that the user named. Main thread.
+namespace FileCommands {
+
+/// Renames the photo's file within its folder, over whatever file bears the new name. On failure the file and the
+/// reference are unchanged, `reason` tells why, and the log has a line.
+[[nodiscard]] bool renameFile(PhotoLibrary &library, PIPhoto &photo, const QString &newName, QString *reason);
+
+/// Sets the file's date, in whole seconds, and takes up what the file system made of it.
+[[nodiscard]] bool setDate(PhotoLibrary &library, PIPhoto &photo, const QDateTime &date, QString *reason);
+
+/// The user found the missing file of `photo` at `path`: the photo takes it, and so does every other lost photo of
+/// `shownFolder` (may be null) that stood in or below the same old folder and whose file name exists in the new one.
+/// Returns how many others were found.
+int updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<PIPhoto> &photo, const PIFolder *shownFolder,
+                     const QString &path);
+
+/// Lost files that stood under one folder.
+struct LostTree
+{
+    QString folder; ///< the deepest folder that holds them all
+    QList<std::shared_ptr<PIFileRef>> files;
+};
+
+/// The deepest folder that held the lost file of `photo` and the most of the other lost files of the library; nothing
+/// when fewer than two are lost there.
+[[nodiscard]] std::optional<LostTree> lostTreeAround(const PhotoLibrary &library, const PIPhoto &photo);
+
+/// One file of a lost tree at the place where it would be after the move.
+struct MovedFile
+{
+    std::shared_ptr<PIFileRef> file;
+    QString path;
+};
+
+/// Where each file of the tree would be if its folder had moved to `newFolder`.
+[[nodiscard]] QList<MovedFile> filesMovedTo(const LostTree &tree, const QString &newFolder);
+
+/// Lets each reference take its new path and tells the photos that show it.
+void takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files);
+
+}

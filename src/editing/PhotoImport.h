@@ -1,0 +1,72 @@
+#pragma once
+
+#include "ImageScan.h"
+#include "LibraryEditor.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class DispatchQueue;
+
+/// Brings files and folders into the library as one undoable step: a worker walks the disk, and the main thread takes
+/// what it finds in small slices, so that the window stays alive. Cancelling keeps what was taken until then.
+class PhotoImport
+{
+public:
+    struct Request
+    {
+        QStringList paths;
+        /// Folders become subfolders of it and loose files join it; null: chosen as LibraryEditor tells.
+        std::shared_ptr<PIFolder> toFolder;
+        quint64 atIndex = kNotFound; ///< loose files go behind this position
+        UndoName undoName = UndoName::AddPhoto;
+    };
+
+    struct Outcome
+    {
+        bool accepted = true; ///< false when a recording was refused
+        int photosAdded = 0;
+        /// Made for the first folder that was brought in; null when none was.
+        std::shared_ptr<PIFolder> firstFolder;
+        ScanSummary scan;
+    };
+
+    using Progress = std::function<void(int photosAdded)>;
+    using Finished = std::function<void(const Outcome &)>;
+
+    /// `editor` outlives the import. `workers` runs the walk.
+    PhotoImport(LibraryEditor &editor, DispatchQueue &workers, Request request);
+    ~PhotoImport();
+    PhotoImport(const PhotoImport &) = delete;
+    PhotoImport &operator=(const PhotoImport &) = delete;
+
+    /// Returns at once. `finished` is called once, on the main thread, and may destroy the import.
+    void start(Progress progress, Finished finished);
+    /// The walk ends soon; `finished` still comes.
+    void cancel();
+
+private:
+    struct Channel;
+
+    void takeSlice();
+    bool take(const ScanStep &step);
+    bool beginFolder(const QString &path);
+    [[nodiscard]] std::shared_ptr<PIGroup> chooseParent();
+    void finish();
+
+    LibraryEditor &m_editor;
+    DispatchQueue &m_workers;
+    Request m_request;
+    Progress m_progress;
+    Finished m_finished;
+    std::shared_ptr<Channel> m_channel;                   ///< what the walk has found and nobody has taken yet
+    std::vector<std::shared_ptr<PIFolder>> m_openFolders; ///< the library folders of the walk's present place
+    PIGroup::PhotoList m_loosePhotos;
+    Outcome m_outcome;
+};

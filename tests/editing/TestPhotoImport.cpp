@@ -1,0 +1,154 @@
+#include "TestRunner.h"
+
+#include "House.h"
+
+#include "DispatchQueue.h"
+#include "PhotoImport.h"
+
+#include <QDir>
+#include <QTest>
+
+class TestPhotoImport : public QObject
+{
+    Q_OBJECT
+
+    static void touch(const QString &path)
+    {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        QVERIFY(file.open(QFile::WriteOnly));
+    }
+
+    /// Runs to the end. `atFile` is called before each file is made findable.
+    static PhotoImport::Outcome runImport(House &house, const PhotoImport::Request &request,
+                                          const std::function<void(PhotoImport &)> &atFile = {})
+    {
+        DispatchQueue queue(QStringLiteral("import"), 1);
+        PhotoImport running(house.editor, queue, request);
+        if (atFile)
+            house.finder.asked = [&] { atFile(running); };
+        std::optional<PhotoImport::Outcome> outcome;
+        const auto isDone = [&outcome] { return outcome.has_value(); };
+        running.start({}, [&outcome](const PhotoImport::Outcome &result) { outcome = result; });
+        if (!QTest::qWaitFor(isDone, 30000))
+            qFatal("the import does not end");
+        return outcome.value();
+    }
+
+private Q_SLOTS:
+    void makesTheTreeOfTheDiskAsOneStep()
+    {
+        QTemporaryDir dir;
+        for (const char *name : {"trip/a.jpg", "trip/day 1/b.jpg", "trip/day 1/c.png", "trip/day 2/d.jpg", "e.jpg"})
+            touch(dir.filePath(QLatin1String(name)));
+        House house;
+        house.view.folder = house.a;
+        PhotoImport::Request request;
+        request.paths << dir.filePath(QStringLiteral("trip")) << dir.filePath(QStringLiteral("e.jpg"));
+        const auto outcome = runImport(house, request);
+        QVERIFY(outcome.accepted);
+        QCOMPARE(outcome.photosAdded, 5);
+        QCOMPARE(house.recorder.asked, QStringList(QStringLiteral("2/2/A")));
+
+        QCOMPARE(house.a->folders().size(), 1);
+        const auto &trip = house.a->folders().first();
+        QCOMPARE(outcome.firstFolder, trip);
+        QCOMPARE(trip->name(), QStringLiteral("trip"));
+        QCOMPARE(trip->parent(), std::shared_ptr<PIGroup>(house.a));
+        QCOMPARE(trip->photos().size(), 1);
+        QCOMPARE(trip->folders().size(), 2);
+        QCOMPARE(trip->folders().first()->name(), QStringLiteral("day 1"));
+        QCOMPARE(trip->folders().first()->photos().size(), 2);
+        QCOMPARE(house.a->photos().size(), 1);
+        QVERIFY(!house.a->photos().first()->isFileLost());
+    }
+
+    void photosOfOneFileShareItsReference()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("a.jpg"));
+        touch(path);
+        House house;
+        for (const auto &folder : {house.a, house.b}) {
+            PhotoImport::Request request;
+            request.paths << path;
+            request.toFolder = folder;
+            (void)runImport(house, request);
+        }
+        QCOMPARE(house.a->photos().first()->fileRef(), house.b->photos().first()->fileRef());
+        QVERIFY(house.a->photos().first()->guid() != house.b->photos().first()->guid());
+    }
+
+    void cancellingKeepsWhatWasTaken()
+    {
+        QTemporaryDir dir;
+        for (int i = 0; i < 300; ++i)
+            touch(dir.filePath(QStringLiteral("many/%1.jpg").arg(i)));
+        House house;
+        PhotoImport::Request request;
+        request.paths << dir.filePath(QStringLiteral("many"));
+        request.toFolder = house.a;
+        int seen = 0;
+        const auto outcome = runImport(house, request, [&](PhotoImport &running) {
+            if (++seen == 100)
+                running.cancel();
+        });
+        QVERIFY(outcome.scan.cancelled);
+        QCOMPARE(outcome.photosAdded, 100);
+        QCOMPARE(house.a->folders().first()->photos().size(), 100);
+        QCOMPARE(house.recorder.asked.size(), 1);
+    }
+
+    void nothingUsableChangesNothing()
+    {
+        QTemporaryDir dir;
+        touch(dir.filePath(QStringLiteral("notes.txt")));
+        QDir().mkpath(dir.filePath(QStringLiteral("empty")));
+        House house;
+        PhotoImport::Request request;
+        request.paths << dir.filePath(QStringLiteral("notes.txt")) << dir.filePath(QStringLiteral("empty"));
+        request.toFolder = house.a;
+        const auto outcome = runImport(house, request);
+        QVERIFY(outcome.accepted);
+        QCOMPARE(outcome.photosAdded, 0);
+        QVERIFY(house.recorder.asked.isEmpty());
+        QVERIFY(house.a->folders().isEmpty());
+    }
+
+    void aRefusalEndsTheImport()
+    {
+        QTemporaryDir dir;
+        touch(dir.filePath(QStringLiteral("trip/a.jpg")));
+        House house;
+        house.recorder.refuses = true;
+        PhotoImport::Request request;
+        request.paths << dir.filePath(QStringLiteral("trip"));
+        request.toFolder = house.a;
+        QVERIFY(!runImport(house, request).accepted);
+        QVERIFY(house.a->folders().isEmpty());
+    }
+
+    void anImportThatIsGoneTakesNothingMore()
+    {
+        QTemporaryDir dir;
+        for (int i = 0; i < 100; ++i)
+            touch(dir.filePath(QStringLiteral("many/%1.jpg").arg(i)));
+        House house;
+        PhotoImport::Request request;
+        request.paths << dir.filePath(QStringLiteral("many"));
+        request.toFolder = house.a;
+        DispatchQueue queue(QStringLiteral("import"), 1);
+        bool finished = false;
+        {
+            PhotoImport running(house.editor, queue, request);
+            running.start({}, [&](const PhotoImport::Outcome &) { finished = true; });
+        }
+        queue.waitUntilIdle();
+        QCoreApplication::processEvents();
+        QVERIFY(!finished);
+        QVERIFY(house.a->folders().isEmpty());
+    }
+};
+
+REGISTER_TEST(TestPhotoImport)
+#include "TestPhotoImport.moc"
