@@ -1,0 +1,207 @@
+#include "PhotoView.h"
+
+#include "FittedRect.h"
+#include "PIPhoto.h"
+#include "ThumbnailMaker.h"
+
+#include <QEvent>
+#include <QFileInfo>
+#include <QPainter>
+#include <QPainterPath>
+
+namespace {
+
+constexpr int kResizeSettlesMilliseconds = 120;
+constexpr int kDarkerPercent = 108;
+
+}
+
+PhotoView::PhotoView(ThumbnailMaker &thumbnails, ImageCache &imageCache, PixelPool &pool, QWidget *parent)
+    : QWidget(parent)
+    , m_thumbnails(thumbnails)
+    , m_imageCache(imageCache)
+    , m_renderer(pool)
+{
+    setAccessibleName(tr("Photo"));
+    m_resizeTimer.setSingleShot(true);
+    m_resizeTimer.setInterval(kResizeSettlesMilliseconds);
+    connect(&m_resizeTimer, &QTimer::timeout, this, &PhotoView::renderSharp);
+}
+
+PhotoView::~PhotoView() = default;
+
+void PhotoView::setPhoto(const std::shared_ptr<PIPhoto> &photo)
+{
+    if (photo != m_photo)
+        m_image = {};
+    m_photo = photo;
+    reload();
+}
+
+void PhotoView::reload()
+{
+    const Image before = m_image;
+    m_image = m_photo && !m_photo->isFileLost() ? m_photo->renderedImage(m_imageCache) : Image();
+    if (m_image.isNull()) {
+        showFailure();
+        return;
+    }
+    if (!m_image.isSameAs(before) || m_picture.isNull())
+        showPreview();
+    renderSharp();
+}
+
+QRectF PhotoView::pictureRect() const
+{
+    const QRect device = deviceRect();
+    return {QPointF(device.topLeft()) / devicePixelRatioF(), QSizeF(device.size()) / devicePixelRatioF()};
+}
+
+QSize PhotoView::sizeHint() const
+{
+    return {480, 360};
+}
+
+QSize PhotoView::minimumSizeHint() const
+{
+    return {60, 60};
+}
+
+void PhotoView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Window).darker(kDarkerPercent));
+    if (m_state == State::Missing || m_state == State::Unreadable)
+        paintMessage(painter);
+    if (m_picture.isNull())
+        return;
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawPixmap(pictureRect(), m_picture, m_picture.rect());
+}
+
+void PhotoView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    m_resizeTimer.start();
+}
+
+void PhotoView::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    renderSharp();
+}
+
+/// What there is at once, laid where the sharp picture will be.
+void PhotoView::showPreview()
+{
+    setPicture(m_thumbnails.availableThumbnail(*m_photo));
+    setState(State::Preview);
+}
+
+void PhotoView::renderSharp()
+{
+    m_resizeTimer.stop();
+    const QSize size = deviceRect().size().boundedTo(m_image.size());
+    if (m_image.isNull() || size.isEmpty() || !isVisible())
+        return;
+    if (m_state == State::Sharp && m_picture.size() == size)
+        return;
+    const QImage made = m_renderer.find(m_photo->guid(), m_image, size);
+    if (!made.isNull()) {
+        m_renderer.cancel();
+        sharpArrived(made);
+        return;
+    }
+    m_renderer.render(m_photo->guid(), m_image, size, [this](const auto &pixels) { sharpArrived(pixels); });
+}
+
+void PhotoView::sharpArrived(const std::optional<QImage> &pixels)
+{
+    if (!pixels) {
+        m_image = {};
+        showFailure();
+        return;
+    }
+    setPicture(*pixels);
+    setState(State::Sharp);
+}
+
+void PhotoView::showFailure()
+{
+    m_renderer.cancel();
+    setPicture({});
+    if (!m_photo)
+        setState(State::Empty);
+    else if (m_photo->isFileLost() || !QFileInfo::exists(m_photo->fileRef()->path()))
+        setState(State::Missing);
+    else
+        setState(State::Unreadable);
+}
+
+void PhotoView::setState(State state)
+{
+    m_state = state;
+    setAccessibleDescription(message());
+    update();
+    Q_EMIT stateChanged();
+}
+
+void PhotoView::setPicture(const QImage &pixels)
+{
+    m_picture = QPixmap::fromImage(pixels);
+}
+
+namespace {
+
+/// A picture frame with a crack through it, in the colour of quiet text.
+void paintBrokenFrame(QPainter &painter, const QRectF &area)
+{
+    QPainterPath frame;
+    frame.addRoundedRect(area, 4, 4);
+    painter.drawPath(frame);
+    const auto at = [&](double x, double y) {
+        return QPointF(area.left() + x * area.width(), area.top() + y * area.height());
+    };
+    painter.drawPolyline(QPolygonF({at(0.58, 0), at(0.46, 0.3), at(0.6, 0.5), at(0.44, 0.72), at(0.5, 1)}));
+    painter.drawEllipse(at(0.24, 0.3), area.width() * 0.06, area.width() * 0.06);
+    painter.drawPolyline(QPolygonF({at(0.08, 0.86), at(0.26, 0.56), at(0.38, 0.74)}));
+}
+
+}
+
+void PhotoView::paintMessage(QPainter &painter) const
+{
+    QColor color = palette().color(QPalette::WindowText);
+    color.setAlphaF(0.65F);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(Qt::NoBrush);
+    constexpr QSizeF kIcon(56, 42);
+    const int textHeight = 4 * fontMetrics().height();
+    const double top = (height() - kIcon.height() - textHeight) / 2;
+    paintBrokenFrame(painter, {QPointF((width() - kIcon.width()) / 2, top), kIcon});
+
+    const QRectF text(8, top + kIcon.height() + fontMetrics().height() / 2.0, width() - 16, textHeight);
+    painter.setPen(color);
+    painter.drawText(text, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWrapAnywhere, message());
+}
+
+QRect PhotoView::deviceRect() const
+{
+    return fittedDeviceRect(m_image.size(), size(), devicePixelRatioF());
+}
+
+QString PhotoView::message() const
+{
+    const QString name = m_photo && m_photo->fileRef() ? QFileInfo(m_photo->fileRef()->path()).fileName() : QString();
+    switch (m_state) {
+    case State::Missing:
+        return tr("The file is missing.") + QLatin1Char('\n') + name;
+    case State::Unreadable:
+        return tr("This file cannot be shown. It may be damaged.") + QLatin1Char('\n') + name;
+    case State::Empty:
+        return tr("No photo");
+    default:
+        return name;
+    }
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Image.h"
+#include "ImageRenderer.h"
+#include "PixelPool.h"
+
+#include <QPixmap>
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+
+class ImageCache;
+class PIPhoto;
+class ThumbnailMaker;
+
+/// One photo, fitted and centred: at once from its thumbnail, then sharp at the screen's resolution, rendered in the
+/// background. A photo that cannot be shown is replaced by a message.
+class PhotoView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    enum class State {
+        Empty,   ///< no photo
+        Preview, ///< the thumbnail, or nothing yet; the sharp picture is being made
+        Sharp,
+        Missing,   ///< the file is lost
+        Unreadable ///< the file is there but shows no picture
+    };
+
+    /// All outlive the view; `pool` holds decoded pixels and may be shared.
+    PhotoView(ThumbnailMaker &thumbnails, ImageCache &imageCache, PixelPool &pool, QWidget *parent = nullptr);
+    ~PhotoView() override;
+
+    /// Null empties the view. The same photo again takes up its changes.
+    void setPhoto(const std::shared_ptr<PIPhoto> &photo);
+    [[nodiscard]] const std::shared_ptr<PIPhoto> &photo() const { return m_photo; }
+    /// The photo's crop, effects or file changed.
+    void reload();
+    [[nodiscard]] State state() const { return m_state; }
+    /// Where the picture is shown; empty when there is none.
+    [[nodiscard]] QRectF pictureRect() const;
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+
+Q_SIGNALS:
+    void stateChanged();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void showPreview();
+    void renderSharp();
+    void sharpArrived(const std::optional<QImage> &pixels);
+    void showFailure();
+    void setState(State state);
+    void setPicture(const QImage &pixels);
+    void paintMessage(QPainter &painter) const;
+    [[nodiscard]] QRect deviceRect() const;
+    [[nodiscard]] QString message() const;
+
+    ThumbnailMaker &m_thumbnails;
+    ImageCache &m_imageCache;
+    ImageRenderer m_renderer;
+    std::shared_ptr<PIPhoto> m_photo;
+    Image m_image;
+    QPixmap m_picture; // thumbnail or sharp picture
+    State m_state = State::Empty;
+    QTimer m_resizeTimer;
+};
