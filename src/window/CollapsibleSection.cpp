@@ -1,0 +1,42 @@
+#include "CollapsibleSection.h"
+
+#include <QBoxLayout>
+#include <QToolButton>
+
+CollapsibleSection::CollapsibleSection(const QString &title, QWidget *content, QWidget *parent)
+    : QWidget(parent)
+    , m_header(new QToolButton(this))
+    , m_content(content)
+{
+    QFont font = m_header->font();
+    font.setBold(true);
+    m_header->setFont(font);
+    m_header->setText(title);
+    m_header->setToolTip(tr("Show or hide this section"));
+    m_header->setAccessibleName(title);
+    m_header->setAutoRaise(true);
+    m_header->setArrowType(Qt::DownArrow);
+    m_header->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_header->setIconSize(QSize(10, 10));
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_header);
+    layout->addWidget(m_content);
+    connect(m_header, &QToolButton::clicked, this, [this] { setOpen(!isOpen()); });
+}
+
+bool CollapsibleSection::isOpen() const
+{
+    return !m_content->isHidden();
+}
+
+void CollapsibleSection::setOpen(bool open)
+{
+    if (open == isOpen())
+        return;
+    m_header->setArrowType(open ? Qt::DownArrow : Qt::RightArrow);
+    m_content->setVisible(open);
+    Q_EMIT openChanged(open);
+}

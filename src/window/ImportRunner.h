@@ -1,0 +1,51 @@
+#pragma once
+
+#include "DispatchQueue.h"
+#include "PhotoImport.h"
+
+#include <QObject>
+
+#include <deque>
+#include <memory>
+
+class QProgressDialog;
+class QWidget;
+
+/// Runs imports one after the other, with a progress dialog for those that take longer than a moment, and tells of
+/// names that had to be left out.
+class ImportRunner final : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Finished = PhotoImport::Finished;
+
+    ImportRunner(LibraryEditor &editor, QWidget &window);
+    ~ImportRunner() override;
+
+    void run(PhotoImport::Request request, Finished finished);
+    [[nodiscard]] bool isRunning() const { return m_import != nullptr; }
+    /// Ends the running import soon and drops those that wait.
+    void cancelAll();
+
+Q_SIGNALS:
+    void runningChanged(bool running);
+
+private:
+    struct Job
+    {
+        PhotoImport::Request request;
+        Finished finished;
+    };
+
+    void startNext();
+    void importFinished(const PhotoImport::Outcome &outcome, const Finished &finished);
+    void reportSkipped(const ScanSummary &scan);
+
+    LibraryEditor &m_editor;
+    QWidget &m_window;
+    DispatchQueue m_workers;
+    std::deque<Job> m_waiting;
+    std::unique_ptr<PhotoImport> m_import;
+    std::unique_ptr<QProgressDialog> m_progress;
+};

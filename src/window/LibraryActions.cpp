@@ -1,0 +1,50 @@
+#include "LibraryActions.h"
+
+#include "Icons.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QWidget>
+
+namespace {
+
+QString toolTipWithShortcut(const CommandInfo &info)
+{
+    const QString text = QCoreApplication::translate("Command", info.toolTip);
+    if (info.shortcuts.isEmpty())
+        return text;
+    return QStringLiteral("%1 (%2)").arg(text, info.shortcuts.first().toString(QKeySequence::NativeText));
+}
+
+}
+
+LibraryActions::LibraryActions(QWidget &window)
+    : QObject(&window)
+{
+    for (const CommandInfo &info : commandTable()) {
+        auto *action = new QAction(QCoreApplication::translate("Command", info.text), this);
+        action->setToolTip(toolTipWithShortcut(info));
+        action->setStatusTip(QCoreApplication::translate("Command", info.toolTip));
+        action->setShortcuts(info.shortcuts);
+        action->setCheckable(info.checkable);
+        if (*info.iconName)
+            action->setIcon(themedIcon(QLatin1String(info.iconName)));
+        window.addAction(action);
+        m_actions.insert(info.command, action);
+    }
+}
+
+void LibraryActions::bind(Command command, std::function<void(bool)> perform)
+{
+    connect(action(command), &QAction::triggered, this, std::move(perform));
+}
+
+void LibraryActions::setEnabled(Command command, bool enabled)
+{
+    action(command)->setEnabled(enabled);
+}
+
+void LibraryActions::setChecked(Command command, bool checked)
+{
+    action(command)->setChecked(checked);
+}

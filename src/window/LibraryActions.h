@@ -1,0 +1,30 @@
+#pragma once
+
+#include "CommandTable.h"
+
+#include <QHash>
+#include <QObject>
+
+#include <functional>
+
+class QAction;
+class QWidget;
+
+/// One QAction per command, made from the command table; menus, toolbars and context menus share them.
+class LibraryActions final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// The actions' shortcuts work in `window`.
+    explicit LibraryActions(QWidget &window);
+
+    [[nodiscard]] QAction *action(Command command) const { return m_actions.value(command); }
+    /// What triggering the command does; for a checkable one it gets the new state.
+    void bind(Command command, std::function<void(bool checked)> perform);
+    void setEnabled(Command command, bool enabled);
+    void setChecked(Command command, bool checked);
+
+private:
+    QHash<Command, QAction *> m_actions;
+};

@@ -1,0 +1,55 @@
+#include "LibraryWindow.h"
+
+#include <QCloseEvent>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
+
+namespace {
+
+QStringList localFiles(const QMimeData &data)
+{
+    QStringList paths;
+    for (const QUrl &url : data.urls()) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    return paths;
+}
+
+}
+
+LibraryWindow::LibraryWindow(QWidget *parent)
+    : QMainWindow(parent)
+{
+    setAcceptDrops(true);
+    setObjectName(QStringLiteral("LibraryWindow"));
+}
+
+void LibraryWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_shouldClose && !m_shouldClose()) {
+        event->ignore();
+        return;
+    }
+    QMainWindow::closeEvent(event);
+    Q_EMIT closed();
+}
+
+void LibraryWindow::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->possibleActions().testFlag(Qt::CopyAction) && !localFiles(*event->mimeData()).isEmpty()) {
+        event->setDropAction(Qt::CopyAction); // the files stay where they are, whatever the source proposes
+        event->accept();
+    }
+}
+
+void LibraryWindow::dropEvent(QDropEvent *event)
+{
+    const QStringList paths = localFiles(*event->mimeData());
+    if (paths.isEmpty())
+        return;
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    Q_EMIT filesDropped(paths);
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include <functional>
+
+/// The library window's frame: closing asks first, and dropped files are handed on.
+class LibraryWindow final : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    explicit LibraryWindow(QWidget *parent = nullptr);
+
+    /// Asked when the window is about to close; it stays open when this answers false.
+    void setShouldClose(std::function<bool()> shouldClose) { m_shouldClose = std::move(shouldClose); }
+
+Q_SIGNALS:
+    void filesDropped(const QStringList &paths);
+    void closed();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    std::function<bool()> m_shouldClose;
+};

@@ -1,0 +1,212 @@
+#include "PIDetailFileVC.h"
+
+#include "DirectoryReader.h"
+#include "FileCommands.h"
+#include "FileViewer.h"
+#include "FormatMessage.h"
+#include "FoundFileDialog.h"
+#include "GiveAlert.h"
+#include "Icons.h"
+#include "InBackground.h"
+#include "PIFolder.h"
+#include "PhotoLibrary.h"
+#include "StringUtilities.h"
+#include "TextForPeople.h"
+
+#include <QDateTimeEdit>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QToolButton>
+
+PIDetailFileVC::PIDetailFileVC(PhotoLibrary &library, const PIDetailController &controller, ShownFolder shownFolder,
+                               QWidget *parent)
+    : PIDetailBaseVC(library, controller, parent)
+    , m_shownFolder(std::move(shownFolder))
+    , m_worker(QStringLiteral("hmphoto.fileSection"), 1)
+    , m_name(new QLineEdit(this))
+    , m_path(new QLabel(this))
+    , m_reveal(new QToolButton(this))
+    , m_photoSize(new QLabel(this))
+    , m_fileSize(new QLabel(this))
+    , m_date(new QDateTimeEdit(this))
+    , m_missing(new QLabel(this))
+    , m_find(new QPushButton(tr("Find File…"), this))
+    , m_findTree(new QPushButton(tr("They Moved To…"), this))
+{
+    build();
+    connect(m_name, &QLineEdit::editingFinished, this, &PIDetailFileVC::renameFile);
+    connect(m_date, &QDateTimeEdit::editingFinished, this, &PIDetailFileVC::setDate);
+    connect(m_find, &QPushButton::clicked, this, &PIDetailFileVC::findFile);
+    connect(m_findTree, &QPushButton::clicked, this, &PIDetailFileVC::findMovedTree);
+    connect(m_reveal, &QToolButton::clicked, this, [this] { revealInFileViewer({photo()->fileRef()->path()}); });
+    selectionChanged();
+}
+
+void PIDetailFileVC::build()
+{
+    m_name->setToolTip(tr("The file's name. Changing it renames the file on disk"));
+    m_name->setAccessibleName(tr("File name"));
+    m_path->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_path->setWordWrap(true);
+    m_path->setTextFormat(Qt::PlainText);
+    m_reveal->setIcon(themedIcon(QLatin1String("folder-open")));
+    m_reveal->setAutoRaise(true);
+    m_reveal->setToolTip(tr("Show the file in the file manager"));
+    m_reveal->setAccessibleName(m_reveal->toolTip());
+    m_date->setCalendarPopup(true);
+    m_date->setToolTip(tr("The file's date. Changing it changes the file's modification date on disk"));
+    m_date->setAccessibleName(tr("File date"));
+    m_missing->setWordWrap(true);
+    m_missing->setTextFormat(Qt::PlainText);
+    m_find->setToolTip(tr("Show where the missing file is now"));
+    m_findTree->setToolTip(tr("Show where the folder of all these missing files is now"));
+
+    auto *place = new QHBoxLayout;
+    place->addWidget(m_path, 1);
+    place->addWidget(m_reveal, 0, Qt::AlignTop);
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_find);
+    buttons->addWidget(m_findTree);
+    buttons->addStretch();
+    auto *form = new QFormLayout(this);
+    form->setContentsMargins(12, 4, 12, 10);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->addRow(tr("Name:"), m_name);
+    form->addRow(tr("Folder:"), place);
+    form->addRow(tr("Pixels:"), m_photoSize);
+    form->addRow(tr("Size:"), m_fileSize);
+    form->addRow(tr("Date:"), m_date);
+    form->addRow(m_missing);
+    form->addRow(buttons);
+}
+
+void PIDetailFileVC::selectionChanged()
+{
+    const bool present = !missingFile();
+    m_name->setEnabled(present);
+    m_reveal->setEnabled(present);
+    m_date->setEnabled(present);
+    const bool lost = havePhoto() && !present;
+    m_missing->setVisible(lost);
+    m_find->setVisible(lost);
+    m_findTree->setVisible(false);
+    showFacts();
+    if (lost)
+        showLostTree();
+    else if (present && photo()->fileRef()->knownPhotoSize().isEmpty())
+        readPhotoSize();
+}
+
+void PIDetailFileVC::showFacts()
+{
+    const QString unknown = tr("Unknown");
+    const auto file = havePhoto() ? photo()->fileRef() : nullptr;
+    m_name->setText(file ? QVString::lastPathComponent(file->path()) : QString());
+    m_path->setText(file ? QVString::abbreviateHomeFolderPath(QVString::deletingLastPathComponent(file->path()))
+                         : QString());
+    const QSizeF pixels = file ? file->knownPhotoSize() : QSizeF();
+    m_photoSize->setText(
+        pixels.isEmpty() ? unknown : QStringLiteral("%1 x %2").arg(int(pixels.width())).arg(int(pixels.height())));
+    const quint64 bytes = file ? file->fileSize() : 0;
+    m_fileSize->setText(bytes > 0 ? FileSizeString(bytes) : unknown);
+    const double date = file ? file->creationTime() : 0;
+    m_date->setDateTime(QDateTime::fromSecsSinceEpoch(static_cast<qint64>(date)));
+    m_date->setSpecialValueText(unknown);
+}
+
+void PIDetailFileVC::showLostTree()
+{
+    const auto file = photo()->fileRef();
+    if (!file)
+        return;
+    if (file->isVolumeAway()) {
+        m_missing->setText(tr("The volume of this file is not mounted. The photo comes back when it is."));
+        m_find->setVisible(false);
+        return;
+    }
+    const auto tree = FileCommands::lostTreeAround(library(), *photo());
+    m_findTree->setVisible(tree.has_value());
+    m_missing->setText(tree ? tr("This file is missing, and with it %n files in all from the folder “%1”.", nullptr,
+                                 static_cast<int>(tree->files.size()))
+                                  .arg(QVString::abbreviateHomeFolderPath(tree->folder))
+                            : tr("This file is missing."));
+}
+
+void PIDetailFileVC::readPhotoSize()
+{
+    const std::weak_ptr<PIFileRef> waiting = photo()->fileRef();
+    inBackground(
+        m_worker, this, [path = photo()->fileRef()->path()] { return Image::fromFile(path).size(); },
+        [this, waiting](QSize size) {
+            const auto file = waiting.lock();
+            if (!file || size.isEmpty())
+                return;
+            file->setPhotoSize(size);
+            if (havePhoto() && photo()->fileRef() == file)
+                showFacts();
+        });
+}
+
+void PIDetailFileVC::renameFile()
+{
+    const QString name = m_name->text();
+    if (missingFile() || name.isEmpty() || !m_name->isModified())
+        return showFacts();
+    m_name->setModified(false);
+    const QString oldName = QVString::lastPathComponent(photo()->fileRef()->path());
+    QString reason;
+    if (!FileCommands::renameFile(library(), *photo(), name, &reason))
+        GiveAlert(tr("Rename failed."),
+                  FormatMessage(tr("The file \"%@\" could not be renamed. %@"), {oldName, reason}));
+    showFacts();
+}
+
+void PIDetailFileVC::setDate()
+{
+    if (missingFile())
+        return;
+    const QDateTime date = m_date->dateTime();
+    if (date.toSecsSinceEpoch() == static_cast<qint64>(photo()->fileRef()->creationTime()))
+        return;
+    QString reason;
+    if (!FileCommands::setDate(library(), *photo(), date, &reason))
+        GiveAlert(tr("The date could not be changed."), reason);
+    showFacts();
+}
+
+void PIDetailFileVC::findFile()
+{
+    const auto lost = photo();
+    const QString name = QVString::lastPathComponent(lost->fileRef()->path());
+    const QString path = askForFileNamed(name, *window());
+    if (!path.isEmpty() && photo() == lost)
+        FileCommands::updateLostPhotos(library(), lost, m_shownFolder().get(), path);
+}
+
+void PIDetailFileVC::findMovedTree()
+{
+    const auto tree = FileCommands::lostTreeAround(library(), *photo());
+    if (!tree)
+        return;
+    const QString folder = QFileDialog::getExistingDirectory(
+        window(), tr("Where is the folder “%1” now?").arg(QVString::lastPathComponent(tree->folder)));
+    if (folder.isEmpty())
+        return;
+    inBackground(
+        m_worker, this,
+        [moved = FileCommands::filesMovedTo(*tree, folder)] {
+            QList<FileCommands::MovedFile> found = moved;
+            found.removeIf([](const FileCommands::MovedFile &file) { return !entryTypeAt(file.path); });
+            return found;
+        },
+        [this](const QList<FileCommands::MovedFile> &found) {
+            if (found.isEmpty())
+                GiveAlert(tr("No missing files were found."),
+                          tr("The folder you chose holds none of the missing files."));
+            FileCommands::takeMovedFiles(library(), found);
+            selectionChanged();
+        });
+}

@@ -1,0 +1,432 @@
+#include "PIWindowController.h"
+
+#include "GiveAlert.h"
+#include "ImageFormat.h"
+#include "ImportRunner.h"
+#include "LibraryActions.h"
+#include "LibraryNotifications.h"
+#include "LibraryWindow.h"
+#include "NavigatorModel.h"
+#include "NavigatorPane.h"
+#include "PIDetailController.h"
+#include "PIFolder.h"
+#include "PIOutlineView.h"
+#include "PhotoLibrary.h"
+#include "StringUtilities.h"
+#include "ThumbnailGridView.h"
+#include "UserDefaults.h"
+#include "UserPaths.h"
+#include "WindowPreferences.h"
+
+#include <QAction>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QScreen>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTimer>
+
+namespace {
+
+constexpr int kMinimumNavigatorWidth = 200;
+constexpr int kMinimumGridWidth = 153;
+constexpr int kMinimumDetailWidth = 120;
+
+}
+
+PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defaults, const QString &databasePath)
+    : m_library(library)
+    , m_defaults(defaults)
+    , m_databasePath(databasePath)
+    , m_recorder(library)
+    , m_editor(library, *this, m_recorder)
+    , m_window(std::make_unique<LibraryWindow>())
+    , m_actions(new LibraryActions(*m_window))
+    , m_navigatorModel(new NavigatorModel(library, m_editor, m_window.get()))
+    , m_outline(new PIOutlineView(*m_navigatorModel, m_window.get()))
+    , m_thumbnailView(new ThumbnailGridView(library.thumbnails(), library.notifications(), m_window.get()))
+    , m_detailController(new PIDetailController(
+          library, defaults, [this] { return shownFolder(); }, m_window.get()))
+    , m_paneSplitter(new QSplitter(Qt::Horizontal, m_window.get()))
+    , m_summary(new QLabel(m_window.get()))
+    , m_importRunner(new ImportRunner(m_editor, *m_window))
+{
+    buildPanes();
+    bindCommands();
+    bindViewCommands();
+    observe();
+    QTimer::singleShot(0, this, &PIWindowController::setInitialSplit);
+    photoWasSelected();
+    enableCommands();
+}
+
+PIWindowController::~PIWindowController()
+{
+    m_library.setDirtyListener({});
+    m_window->hide(); // whoever has the focus gives it up while everything is still there
+    m_window.reset(); // its children refer to members that end after it
+}
+
+void PIWindowController::buildPanes()
+{
+    m_outline->setMinimumWidth(kMinimumNavigatorWidth);
+    m_thumbnailView->setMinimumWidth(kMinimumGridWidth);
+    m_detailController->view()->setMinimumWidth(kMinimumDetailWidth);
+    m_paneSplitter->addWidget(new NavigatorPane(*m_outline, *m_actions));
+    m_paneSplitter->addWidget(m_thumbnailView);
+    m_paneSplitter->addWidget(m_detailController->view());
+    m_paneSplitter->setChildrenCollapsible(false);
+    m_paneSplitter->setHandleWidth(1);
+    m_paneSplitter->setStretchFactor(2, 1);
+    m_window->setCentralWidget(m_paneSplitter);
+    m_window->statusBar()->addPermanentWidget(m_summary);
+    m_window->statusBar()->setSizeGripEnabled(false);
+    m_window->setMinimumSize(700, 420);
+    m_window->setShouldClose([this] { return windowShouldClose(); });
+}
+
+void PIWindowController::setInitialSplit()
+{
+    m_detailController->view()->setVisible(m_defaults.value(WindowPreferences::kShowDetail));
+    const int stored0 = m_defaults.value(WindowPreferences::kSplit0);
+    const int split0 = stored0 > 0 ? stored0 : WindowPreferences::kSplit0.fallback;
+    const int stored1 = m_defaults.value(WindowPreferences::kSplit1);
+    const int split1 = stored1 > 0 ? stored1 : split0 + WindowPreferences::kSplit1Offset;
+    m_paneSplitter->setSizes({split0, split1 - split0, qMax(kMinimumDetailWidth, m_paneSplitter->width() - split1)});
+    m_splitSet = true;
+}
+
+void PIWindowController::bindCommands()
+{
+    m_actions->bind(Command::AddFiles, [this](bool) { addFiles(); });
+    m_actions->bind(Command::AddFolder, [this](bool) { addFolder(); });
+    m_actions->bind(Command::NewGroup, [this](bool) { newGroup(); });
+    m_actions->bind(Command::NewFolder, [this](bool) { newFolder(); });
+    m_actions->bind(Command::Save, [this](bool) { saveDocument(); });
+    m_actions->bind(Command::Quit, [this](bool) { m_window->close(); });
+    m_actions->bind(Command::SelectAll, [this](bool) { m_thumbnailView->selectAll(); });
+    m_actions->bind(Command::Rename, [this](bool) { m_outline->editName(m_outline->selectedItem()); });
+    m_actions->bind(Command::ShowSelection, [this](bool) { m_thumbnailView->scrollToSelection(); });
+    m_actions->bind(Command::Back, [this](bool) { navigateFolders(m_history.goBack()); });
+    m_actions->bind(Command::Forward, [this](bool) { navigateFolders(m_history.goForward()); });
+    m_actions->bind(Command::FullScreen, [this](bool on) {
+        m_window->setWindowState(m_window->windowState().setFlag(Qt::WindowFullScreen, on));
+    });
+}
+
+void PIWindowController::bindViewCommands()
+{
+    const auto bindText = [this](Command command, const Preference<bool> &preference, TileLine line) {
+        const bool shown = m_defaults.value(preference);
+        m_actions->setChecked(command, shown);
+        m_thumbnailView->setShown(m_thumbnailView->shown().setFlag(line, shown));
+        m_actions->bind(command, [this, preference, line](bool on) {
+            m_thumbnailView->setShown(m_thumbnailView->shown().setFlag(line, on));
+            m_defaults.setValue(preference, on);
+        });
+    };
+    bindText(Command::ShowCaptions, WindowPreferences::kShowCaptions, TileLine::Caption);
+    bindText(Command::ShowDates, WindowPreferences::kShowDates, TileLine::Date);
+    bindText(Command::ShowFileNames, WindowPreferences::kShowFileNames, TileLine::FileName);
+
+    m_thumbnailView->setColumnCount(m_defaults.value(WindowPreferences::kColumnCount));
+    m_actions->bind(Command::FewerColumns,
+                    [this](bool) { m_thumbnailView->setColumnCount(m_thumbnailView->columnCount() - 1); });
+    m_actions->bind(Command::MoreColumns,
+                    [this](bool) { m_thumbnailView->setColumnCount(m_thumbnailView->columnCount() + 1); });
+    m_actions->setChecked(Command::ShowDetail, m_defaults.value(WindowPreferences::kShowDetail));
+    m_actions->bind(Command::ShowDetail, [this](bool on) { toggleDetail(on); });
+}
+
+void PIWindowController::observe()
+{
+    connect(m_outline, &PIOutlineView::selectedItemChanged, this, &PIWindowController::outlineViewSelectionDidChange);
+    connect(m_navigatorModel, &NavigatorModel::renamed, this, &PIWindowController::photoWasSelected);
+    connect(m_thumbnailView, &ThumbnailGridView::selectedPhotosChanged, this,
+            &PIWindowController::gridSelectionDidChange);
+    connect(m_thumbnailView, &ThumbnailGridView::photoActivated, this, [this] {
+        m_actions->setChecked(Command::ShowDetail, true);
+        toggleDetail(true);
+    });
+    connect(m_thumbnailView, &ThumbnailGridView::columnCountChanged, this,
+            [this](int columns) { m_defaults.setValue(WindowPreferences::kColumnCount, columns); });
+    connect(m_paneSplitter, &QSplitter::splitterMoved, this, &PIWindowController::saveDividers);
+    connect(m_importRunner, &ImportRunner::runningChanged, this, &PIWindowController::enableCommands);
+    connect(m_window.get(), &LibraryWindow::filesDropped, this,
+            [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
+
+    m_library.setDirtyListener([this](bool dirty) {
+        m_window->setWindowModified(dirty);
+        enableCommands();
+    });
+    NotificationCenter &center = m_library.notifications();
+    m_selectObserver = center.observe(kSelectNotification, [this](const NotificationObject &) { photoWasSelected(); });
+    m_redrawObserver = center.observe(kRedrawNotification, [this](const NotificationObject &object) {
+        if (const PIPhoto *photo = object.as<PIPhoto>())
+            m_thumbnailView->redraw(*photo);
+    });
+}
+
+void PIWindowController::showWindow(bool zoomed)
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const bool restored =
+        !zoomed && m_window->restoreGeometry(m_defaults.data(QLatin1String(WindowPreferences::kGeometry)));
+    if (!restored)
+        m_window->setGeometry(screen);
+    if (zoomed)
+        m_window->setWindowState(m_window->windowState() | Qt::WindowMaximized);
+    m_window->show();
+    m_window->raise();
+    m_window->activateWindow();
+    m_thumbnailView->setFocus();
+}
+
+void PIWindowController::restoreState(const WindowRestoreRecord &record)
+{
+    m_window->setWindowModified(m_library.isDirty());
+    if (!record.folder)
+        return;
+    record.folder->enforceVisibility();
+    m_outline->resetList(record.folder);
+    selectIndexes(record.selection.value_or(IndexSet()));
+    if (record.photo && m_thumbnailView->makeCurrent(*record.photo))
+        m_library.notifications().post(kSelectNotification, record.photo);
+}
+
+bool PIWindowController::SaveLibrary()
+{
+    return LibraryFile::save(m_databasePath, m_library, saveState());
+}
+
+bool PIWindowController::windowShouldClose()
+{
+    if (isImporting()) {
+        m_importRunner->cancelAll();
+        QTimer::singleShot(0, m_window.get(), &QWidget::close);
+        return false;
+    }
+    m_thumbnailView->setFocus(); // ends text editing elsewhere, which may change the library
+    m_defaults.setData(QLatin1String(WindowPreferences::kGeometry), m_window->saveGeometry());
+    if (!m_library.isDirty())
+        return true;
+
+    const int answer = GiveAlert(tr("Do you want to save the changes you made to the photo library?"),
+                                 tr("Your changes will be lost if you don't save them."),
+                                 {tr("Save"), tr("Cancel"), tr("Don't Save")});
+    if (answer == 1)
+        return false;
+    if (answer == 2) {
+        m_library.setDirty(false);
+        return true;
+    }
+    if (SaveLibrary())
+        return true;
+    GiveAlert(tr("Save failed."), tr("I can't save the photo library. Your changes will be lost if you quit. Please "
+                                     "check that your hard disk is not full."));
+    return false;
+}
+
+void PIWindowController::openFiles(const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
+                                   UndoName undoName, const ImportFinished &finished)
+{
+    const auto selectedBefore = selectedItem();
+    m_importRunner->run({paths, toFolder, atIndex, undoName},
+                        [this, selectedBefore, finished](const PhotoImport::Outcome &outcome) {
+                            if (outcome.firstFolder)
+                                resetList(selectedBefore ? selectedBefore : outcome.firstFolder);
+                            if (finished)
+                                finished(outcome);
+                        });
+}
+
+void PIWindowController::importFolder(const QString &path, UndoName undoName, IfEmpty alertIfEmpty)
+{
+    m_importRunner->run({{path}, nullptr, kNotFound, undoName},
+                        [this, alertIfEmpty](const PhotoImport::Outcome &outcome) {
+                            if (outcome.firstFolder) {
+                                resetList(outcome.firstFolder);
+                                selectIndexes(IndexSet::range(0, outcome.firstFolder->photos().size()));
+                            }
+                            if (outcome.photosAdded == 0 && !outcome.scan.cancelled && alertIfEmpty == IfEmpty::Alert)
+                                GiveAlert(tr("No photos added."), tr("The folders or files you specified did not "
+                                                                     "contain any usable images."));
+                        });
+}
+
+bool PIWindowController::isImporting() const
+{
+    return m_importRunner->isRunning();
+}
+
+std::shared_ptr<PIFolder> PIWindowController::shownFolder() const
+{
+    return m_thumbnailView->folder();
+}
+
+IndexSet PIWindowController::selectedIndexes() const
+{
+    return m_thumbnailView->selectedPositions();
+}
+
+std::shared_ptr<PIGroup> PIWindowController::selectedItem() const
+{
+    return m_outline->selectedItem();
+}
+
+void PIWindowController::resetList(const std::shared_ptr<PIGroup> &item)
+{
+    if (item)
+        item->enforceVisibility();
+    m_outline->resetList(item);
+    m_thumbnailView->reload();
+    showSummary();
+}
+
+void PIWindowController::selectIndexes(const IndexSet &indexes)
+{
+    m_thumbnailView->selectIndexes(indexes);
+    m_thumbnailView->scrollToSelection();
+}
+
+void PIWindowController::addFiles()
+{
+    const QStringList filters = {tr("Images (%1)").arg(readableImageNameFilters().join(u' ')), tr("All files (*)")};
+    const QStringList paths = QFileDialog::getOpenFileNames(m_window.get(), tr("Select one or more files to import"),
+                                                            m_defaults.value(WindowPreferences::kLastFolder),
+                                                            filters.join(QStringLiteral(";;")));
+    if (paths.isEmpty())
+        return;
+    m_defaults.setValue(WindowPreferences::kLastFolder, QVString::deletingLastPathComponent(paths.first()));
+    const auto last = selectedIndexes().last();
+    openFiles(paths, shownFolder(), last ? static_cast<quint64>(*last) : kNotFound, UndoName::AddPhoto,
+              [](const PhotoImport::Outcome &outcome) {
+                  if (outcome.photosAdded == 0)
+                      GiveAlert(tr("No photos added."),
+                                tr("The folders or files you specified did not contain any usable images."));
+              });
+}
+
+void PIWindowController::addFolder()
+{
+    const QString path = QFileDialog::getExistingDirectory(m_window.get(), tr("Select one or more folders to import"),
+                                                           m_defaults.value(WindowPreferences::kLastFolder));
+    if (path.isEmpty())
+        return;
+    m_defaults.setValue(WindowPreferences::kLastFolder, QVString::deletingLastPathComponent(path));
+    importFolder(path, UndoName::AddFolder, IfEmpty::Alert);
+}
+
+void PIWindowController::newGroup()
+{
+    if (const auto group = m_editor.newGroup())
+        m_outline->editName(group);
+}
+
+void PIWindowController::newFolder()
+{
+    if (const auto item = m_editor.newFolder())
+        m_outline->editName(item);
+}
+
+void PIWindowController::saveDocument()
+{
+    if (!SaveLibrary())
+        GiveAlert(tr("Save failed."), tr("I can't save the photo library. Your changes will be lost if you quit. "
+                                         "Please check that your hard disk is not full."));
+    m_window->setWindowModified(m_library.isDirty());
+}
+
+void PIWindowController::outlineViewSelectionDidChange()
+{
+    const auto item = m_outline->selectedItem();
+    const auto folder = item && item->asFolder() ? std::static_pointer_cast<PIFolder>(item) : nullptr;
+    if (folder != m_thumbnailView->folder()) {
+        m_thumbnailView->setFolder(folder);
+        m_thumbnailView->scrollToSelection();
+        if (folder && !m_preserveForwardStack)
+            m_history.visit(folder);
+    }
+    enableCommands();
+    showSummary();
+}
+
+void PIWindowController::gridSelectionDidChange()
+{
+    const IndexSet selected = m_thumbnailView->selectedPositions();
+    if (const auto folder = m_thumbnailView->folder())
+        folder->selection() = selected;
+    const auto photo = selected.isEmpty() ? nullptr : m_thumbnailView->currentPhoto();
+    m_library.notifications().post(kSelectNotification, photo);
+    showSummary();
+}
+
+void PIWindowController::navigateFolders(const std::shared_ptr<PIFolder> &target)
+{
+    if (!target)
+        return;
+    m_preserveForwardStack = true;
+    resetList(target);
+    m_preserveForwardStack = false;
+    enableCommands();
+}
+
+void PIWindowController::photoWasSelected()
+{
+    const auto &photo = m_detailController->photo();
+    const auto folder = shownFolder();
+    QString title = tr("Photo");
+    if (photo && folder && photo->fileRef())
+        title = tr("Photo — %1 — %2").arg(folder->name(), QVString::fileNameMinusExtension(photo->fileRef()->path()));
+    m_window->setWindowTitle(title + QStringLiteral("[*]"));
+}
+
+void PIWindowController::enableCommands()
+{
+    const bool idle = !isImporting();
+    for (const Command command : {Command::AddFiles, Command::AddFolder, Command::NewGroup, Command::NewFolder})
+        m_actions->setEnabled(command, idle);
+    m_actions->setEnabled(Command::Save, idle && m_library.isDirty());
+    m_actions->setEnabled(Command::SelectAll, shownFolder() != nullptr);
+    m_actions->setEnabled(Command::ShowSelection, !selectedIndexes().isEmpty());
+    const auto item = selectedItem();
+    m_actions->setEnabled(Command::Rename, item && LibraryEditor::canRename(*item));
+    m_actions->setEnabled(Command::Back, m_history.canGoBack());
+    m_actions->setEnabled(Command::Forward, m_history.canGoForward());
+}
+
+void PIWindowController::showSummary()
+{
+    const auto folder = shownFolder();
+    if (!folder) {
+        m_summary->clear();
+        return;
+    }
+    const int count = static_cast<int>(folder->photos().size());
+    const int selected = static_cast<int>(selectedIndexes().count());
+    QString text = tr("%n photos", nullptr, count);
+    if (selected > 1)
+        text = tr("%1, %n selected", nullptr, selected).arg(text);
+    m_summary->setText(text);
+}
+
+void PIWindowController::saveDividers()
+{
+    if (!m_splitSet)
+        return;
+    const QList<int> sizes = m_paneSplitter->sizes();
+    m_defaults.setValue(WindowPreferences::kSplit0, sizes[0]);
+    m_defaults.setValue(WindowPreferences::kSplit1, sizes[0] + m_paneSplitter->handleWidth() + sizes[1]);
+}
+
+void PIWindowController::toggleDetail(bool shown)
+{
+    m_detailController->view()->setVisible(shown);
+    m_defaults.setValue(WindowPreferences::kShowDetail, shown);
+}
+
+LibraryFile::WindowState PIWindowController::saveState() const
+{
+    return {shownFolder(), m_detailController->photo(), selectedIndexes()};
+}

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "DirtyRecorder.h"
+#include "FolderHistory.h"
+#include "LibraryEditor.h"
+#include "LibraryFile.h"
+#include "LibraryView.h"
+#include "NotificationCenter.h"
+#include "PhotoImport.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class ImportRunner;
+class LibraryActions;
+class LibraryWindow;
+class NavigatorModel;
+class PIDetailController;
+class PIOutlineView;
+class QLabel;
+class QSplitter;
+class ThumbnailGridView;
+class UserDefaults;
+struct WindowRestoreRecord;
+
+/// Owns the one library window: the navigator at the left, the grid of thumbnails in the middle, the current photo at
+/// the right. It turns the user's actions into calls on the model and shows the result; it keeps no model of its own.
+class PIWindowController final : public QObject, public LibraryView
+{
+    Q_OBJECT
+
+public:
+    /// `databasePath` is where saving writes. All references outlive the controller.
+    PIWindowController(PhotoLibrary &library, UserDefaults &defaults, const QString &databasePath);
+    ~PIWindowController() override;
+
+    [[nodiscard]] LibraryWindow &window() const { return *m_window; }
+    [[nodiscard]] LibraryActions &actions() const { return *m_actions; }
+    [[nodiscard]] PIDetailController &detailController() const { return *m_detailController; }
+    [[nodiscard]] ThumbnailGridView &thumbnailView() const { return *m_thumbnailView; }
+    [[nodiscard]] LibraryEditor &editor() { return m_editor; }
+
+    /// Shows the window; `zoomed` fills the screen, else it takes the place it had.
+    void showWindow(bool zoomed);
+    /// Shows the folder, selection and photo that the library file tells of.
+    void restoreState(const WindowRestoreRecord &record);
+    /// Writes the library; true when it is on disk.
+    [[nodiscard]] bool SaveLibrary();
+    /// Whether the window may close: asks about unsaved changes and saves when told to.
+    [[nodiscard]] bool windowShouldClose();
+
+    using ImportFinished = PhotoImport::Finished;
+    /// Brings files and folders into the library in the background. Folders become folders of `toFolder`, loose files
+    /// join it; without one the place is chosen. `finished` comes on the main thread.
+    void openFiles(const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
+                   UndoName undoName, const ImportFinished &finished = {});
+    enum class IfEmpty { Alert, Quiet };
+    /// Brings one folder in and shows what came.
+    void importFolder(const QString &path, UndoName undoName, IfEmpty alertIfEmpty);
+    [[nodiscard]] bool isImporting() const;
+
+    // LibraryView
+    [[nodiscard]] std::shared_ptr<PIFolder> shownFolder() const override;
+    [[nodiscard]] IndexSet selectedIndexes() const override;
+    [[nodiscard]] std::shared_ptr<PIGroup> selectedItem() const override;
+    void resetList(const std::shared_ptr<PIGroup> &item) override;
+    void selectIndexes(const IndexSet &indexes) override;
+
+    // Commands
+    void addFiles();
+    void addFolder();
+    void newGroup();
+    void newFolder();
+    void saveDocument();
+
+private:
+    void buildPanes();
+    void setInitialSplit();
+    void bindCommands();
+    void bindViewCommands();
+    void observe();
+
+    void outlineViewSelectionDidChange();
+    void gridSelectionDidChange();
+    void navigateFolders(const std::shared_ptr<PIFolder> &target);
+    void photoWasSelected();
+    void enableCommands();
+    void showSummary();
+    void saveDividers();
+    void toggleDetail(bool shown);
+    [[nodiscard]] LibraryFile::WindowState saveState() const;
+
+    PhotoLibrary &m_library;
+    UserDefaults &m_defaults;
+    QString m_databasePath;
+    DirtyRecorder m_recorder;
+    LibraryEditor m_editor;
+    std::unique_ptr<LibraryWindow> m_window;
+    LibraryActions *m_actions;
+    NavigatorModel *m_navigatorModel;
+    PIOutlineView *m_outline;
+    ThumbnailGridView *m_thumbnailView;
+    PIDetailController *m_detailController;
+    QSplitter *m_paneSplitter;
+    QLabel *m_summary;
+    ImportRunner *m_importRunner;
+    FolderHistory m_history;
+    bool m_preserveForwardStack = false;
+    bool m_splitSet = false;
+    NotificationCenter::Observer m_selectObserver;
+    NotificationCenter::Observer m_redrawObserver;
+};

@@ -1,0 +1,244 @@
+#include "TestRunner.h"
+
+#include "FileFinder.h"
+#include "FolderHistory.h"
+#include "LibraryActions.h"
+#include "LibraryFile.h"
+#include "LibraryNotifications.h"
+#include "LibraryWindow.h"
+#include "NavigatorModel.h"
+#include "PIDetailController.h"
+#include "PIOutlineView.h"
+#include "PIWindowController.h"
+#include "PhotoLibrary.h"
+#include "ThumbnailGridView.h"
+#include "UserDefaults.h"
+
+#include "AlertPresenter.h"
+
+#include <QAbstractItemModelTester>
+#include <QAction>
+#include <QDropEvent>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrl>
+
+namespace {
+
+/// Answers every alert with the same button and remembers what was said.
+struct FakeAlerts final : AlertPresenter
+{
+    FakeAlerts() { install(this); }
+    ~FakeAlerts() override { install(nullptr); }
+    int present(const Alert &alert) override
+    {
+        said << alert.title;
+        return answer;
+    }
+    void beep() override {}
+    QStringList said;
+    int answer = 0;
+};
+
+/// The real window over a library in a temporary folder.
+struct Desk
+{
+    QTemporaryDir dir;
+    NotificationCenter notifications;
+    PathFileFinder finder;
+    PhotoLibrary library{dir.path(), finder, notifications};
+    UserDefaults defaults{dir.filePath(QStringLiteral("preferences.ini"))};
+    QString database;
+    std::unique_ptr<PIWindowController> controller;
+
+    explicit Desk(const QString &databaseName = QStringLiteral("Photo.xml"))
+        : database(dir.filePath(databaseName))
+    {
+        library.makeDefaultLibrary();
+        library.setDirty(false);
+        controller = std::make_unique<PIWindowController>(library, defaults, database);
+        controller->showWindow(false);
+        controller->resetList(nullptr);
+    }
+
+    PIOutlineView &outline() const { return *controller->window().findChild<PIOutlineView *>(); }
+    std::shared_ptr<PIGroup> group() const { return library.groups().first(); }
+    void trigger(Command command) const { controller->actions().action(command)->trigger(); }
+
+    QString makePicture(const QString &name) const
+    {
+        QImage image(64, 48, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        const QString path = dir.filePath(name);
+        return image.save(path) ? path : QString();
+    }
+};
+
+}
+
+class TestNavigator : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void historyKeepsForwardUntilANewVisit()
+    {
+        const auto a = std::make_shared<PIFolder>(QStringLiteral("a"));
+        const auto b = std::make_shared<PIFolder>(QStringLiteral("b"));
+        const auto c = std::make_shared<PIFolder>(QStringLiteral("c"));
+        FolderHistory history;
+        QVERIFY(!history.canGoBack());
+        for (const auto &folder : {a, b, b, c})
+            history.visit(folder);
+        QCOMPARE(history.goBack(), b);
+        QCOMPARE(history.goBack(), a);
+        QVERIFY(!history.goBack());
+        QCOMPARE(history.goForward(), b);
+        QVERIFY(history.canGoForward());
+        history.visit(c);
+        QVERIFY(!history.canGoForward());
+        QCOMPARE(history.goBack(), b);
+    }
+
+    void historyForgetsADeletedFolderWithAllBeneathIt()
+    {
+        const auto a = std::make_shared<PIFolder>(QStringLiteral("a"));
+        const auto b = std::make_shared<PIFolder>(QStringLiteral("b"));
+        const auto inside = b->makeNewFolder();
+        FolderHistory history;
+        for (const auto &folder : {a, b, a, inside, a})
+            history.visit(folder);
+        history.forget(b);
+        QVERIFY(!history.canGoBack()); // the neighbours have become one
+    }
+
+    void theModelFollowsTheLibrary()
+    {
+        Desk desk;
+        NavigatorModel model(desk.library, desk.controller->editor());
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
+        const auto folder = desk.group()->folders().first();
+        const auto nested = folder->makeNewFolder();
+        nested->photos() << std::make_shared<PIPhoto>() << std::make_shared<PIPhoto>();
+        model.reset();
+
+        const QModelIndex index = model.indexOf(nested.get());
+        QCOMPARE(model.itemAt(index), std::shared_ptr<PIGroup>(nested));
+        QCOMPARE(model.itemAt(index.parent()), std::shared_ptr<PIGroup>(folder));
+        QCOMPARE(index.siblingAtColumn(NavigatorModel::CountColumn).data().toString(), QStringLiteral("2"));
+        const QModelIndex outer = model.indexOf(folder.get()).siblingAtColumn(NavigatorModel::CountColumn);
+        QCOMPARE(outer.data().toString(), QString());
+        folder->setClosed(true);
+        QCOMPARE(outer.data().toString(), QStringLiteral("2"));
+
+        QVERIFY(model.setData(index, QStringLiteral("Venice")));
+        QCOMPARE(nested->name(), QStringLiteral("Venice"));
+        QVERIFY(desk.library.isDirty());
+        desk.group()->setGroupType(GroupType::Search);
+        QVERIFY(!model.flags(model.indexOf(desk.group().get())).testFlag(Qt::ItemIsEditable));
+    }
+
+    void newFoldersAreNamedAtOnce()
+    {
+        Desk desk;
+        desk.trigger(Command::NewFolder);
+        QVERIFY(QTest::qWaitForWindowExposed(&desk.controller->window()));
+        auto *editor = desk.outline().findChild<QLineEdit *>();
+        QVERIFY(editor);
+        QTest::keyClicks(editor, QStringLiteral("Summer"));
+        QTest::keyClick(editor, Qt::Key_Return);
+        QTRY_COMPARE(desk.group()->folders().last()->name(), QStringLiteral("Summer"));
+        QCOMPARE(desk.controller->shownFolder(), desk.group()->folders().last());
+        desk.trigger(Command::Back);
+        QCOMPARE(desk.library.groups().size(), 1);
+    }
+
+    void droppedFilesJoinTheFolderOnShow()
+    {
+        Desk desk;
+        const auto folder = desk.group()->folders().first();
+        desk.controller->resetList(folder);
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(desk.makePicture(QStringLiteral("a.png"))),
+                      QUrl(QStringLiteral("https://example.org/b.png"))});
+        QDragEnterEvent enter(QPoint(300, 200), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&desk.controller->window(), &enter);
+        QVERIFY(enter.isAccepted());
+        QDropEvent drop(QPointF(300, 200), Qt::CopyAction | Qt::MoveAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&desk.controller->window(), &drop);
+        QCOMPARE(drop.dropAction(), Qt::CopyAction);
+        QTRY_COMPARE(folder->photos().size(), 1);
+        QTRY_VERIFY(desk.controller->detailController().photo());
+        QCOMPARE(desk.controller->window().windowTitle(), QStringLiteral("Photo — New Folder — a[*]"));
+    }
+
+    void closingAsksAboutChanges_data()
+    {
+        QTest::addColumn<int>("answer");
+        QTest::addColumn<bool>("closes");
+        QTest::addColumn<bool>("saved");
+        QTest::newRow("Save") << 0 << true << true;
+        QTest::newRow("Cancel") << 1 << false << false;
+        QTest::newRow("Don't Save") << 2 << true << false;
+    }
+    void closingAsksAboutChanges()
+    {
+        QFETCH(int, answer);
+        QFETCH(bool, closes);
+        QFETCH(bool, saved);
+        Desk desk;
+        FakeAlerts alerts;
+        QVERIFY(desk.controller->windowShouldClose());
+        QVERIFY(alerts.said.isEmpty());
+
+        desk.library.setDirty(true);
+        alerts.answer = answer;
+        QCOMPARE(desk.controller->windowShouldClose(), closes);
+        QCOMPARE(alerts.said.size(), 1);
+        QCOMPARE(QFile::exists(desk.database), saved);
+        QCOMPARE(desk.library.isDirty(), !closes);
+    }
+
+    void aSaveThatFailsKeepsTheWindowOpen()
+    {
+        Desk desk(QStringLiteral("gone/Photo.xml"));
+        FakeAlerts alerts;
+        desk.library.setDirty(true);
+        QVERIFY(!desk.controller->windowShouldClose());
+        QCOMPARE(alerts.said.last(), QStringLiteral("Save failed."));
+        QVERIFY(desk.library.isDirty());
+        QVERIFY(desk.controller->window().isVisible());
+    }
+
+    void theWindowComesBackAsItWasSaved()
+    {
+        Desk desk;
+        const auto folder = desk.group()->folders().first();
+        for (int i = 0; i < 5; ++i)
+            folder->photos() << std::make_shared<PIPhoto>(
+                desk.library.fileRefs().fileRefForPath(desk.makePicture(QStringLiteral("%1.png").arg(i))));
+        desk.controller->resetList(folder);
+        IndexSet selection;
+        selection.add(1, 3);
+        desk.controller->selectIndexes(selection);
+        desk.notifications.post(kSelectNotification, folder->photos().at(3));
+        QVERIFY(desk.controller->SaveLibrary());
+
+        PhotoLibrary again(desk.dir.path(), desk.finder, desk.notifications);
+        LibraryFile::registerTags();
+        const auto result = LibraryFile::load(desk.database, again);
+        QCOMPARE(result.failure, QString());
+        PIWindowController controller(again, desk.defaults, desk.database);
+        controller.resetList(nullptr);
+        controller.restoreState(result.restore);
+        QCOMPARE(controller.shownFolder()->name(), folder->name());
+        QCOMPARE(controller.selectedIndexes(), selection);
+        QCOMPARE(controller.detailController().photo(), controller.shownFolder()->photos().at(3));
+        QVERIFY(!again.isDirty());
+    }
+};
+
+REGISTER_TEST(TestNavigator)
+#include "TestNavigator.moc"
