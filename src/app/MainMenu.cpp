@@ -1,0 +1,70 @@
+#include "MainMenu.h"
+
+#include "AboutBox.h"
+#include "LibraryActions.h"
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QList>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QToolBar>
+#include <QToolButton>
+
+#include <optional>
+
+namespace {
+
+/// Nothing stands for a separator.
+using CommandList = QList<std::optional<Command>>;
+
+template<typename Target>
+void addCommands(Target &target, LibraryActions &actions, const CommandList &commands)
+{
+    for (const auto &command : commands) {
+        if (command)
+            target.addAction(actions.action(*command));
+        else
+            target.addSeparator();
+    }
+}
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("MainMenu", text);
+}
+
+}
+
+void buildMainMenu(QMainWindow &window, LibraryActions &actions)
+{
+    QMenuBar &bar = *window.menuBar();
+    addCommands(*bar.addMenu(tr("&File")), actions,
+                {Command::AddFiles, Command::AddFolder, std::nullopt, Command::NewFolder, Command::NewGroup,
+                 std::nullopt, Command::Save, std::nullopt, Command::Quit});
+    addCommands(*bar.addMenu(tr("&Edit")), actions, {Command::SelectAll, std::nullopt, Command::Rename});
+
+    QMenu *view = bar.addMenu(tr("&View"));
+    addCommands(*view, actions,
+                {Command::ShowCaptions, Command::ShowDates, Command::ShowFileNames, std::nullopt, Command::FewerColumns,
+                 Command::MoreColumns, std::nullopt, Command::ShowDetail, Command::FullScreen, std::nullopt,
+                 Command::ShowSelection});
+    addCommands(*bar.addMenu(tr("&Go")), actions, {Command::Back, Command::Forward});
+
+    QMenu *help = bar.addMenu(tr("&Help"));
+    QObject::connect(help->addAction(tr("About Tamsel Photo")), &QAction::triggered, &window,
+                     [&window] { showAboutBox(window); });
+
+    QToolBar *tools = window.addToolBar(tr("Toolbar"));
+    tools->setObjectName(QStringLiteral("MainToolBar"));
+    tools->setMovable(false);
+    tools->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    tools->setIconSize(QSize(18, 18));
+    addCommands(*tools, actions,
+                {Command::AddFolder, Command::AddFiles, std::nullopt, Command::Save, std::nullopt, Command::MoreColumns,
+                 Command::FewerColumns, std::nullopt, Command::ShowDetail});
+    for (const Command command : {Command::MoreColumns, Command::FewerColumns}) {
+        if (auto *button = qobject_cast<QToolButton *>(tools->widgetForAction(actions.action(command))))
+            button->setToolButtonStyle(Qt::ToolButtonIconOnly);
+    }
+}

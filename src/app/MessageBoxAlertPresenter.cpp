@@ -1,0 +1,35 @@
+#include "MessageBoxAlertPresenter.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+int MessageBoxAlertPresenter::present(const Alert &alert)
+{
+    QMessageBox box(QApplication::activeWindow());
+    box.setIcon(QMessageBox::Warning);
+    box.setWindowTitle(QApplication::applicationDisplayName());
+    box.setText(alert.title.isEmpty() ? alert.message : alert.title);
+    if (!alert.title.isEmpty())
+        box.setInformativeText(alert.message);
+
+    QList<QAbstractButton *> buttons;
+    for (const QString &text : alert.buttons)
+        buttons << box.addButton(text, buttons.isEmpty() ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+    const int escape = alert.escapeButton >= 0 ? alert.escapeButton : static_cast<int>(buttons.size()) - 1;
+    if (escape >= 0 && escape < buttons.size())
+        box.setEscapeButton(buttons[escape]);
+    if (alert.hiddenButton >= 0 && alert.hiddenButton < buttons.size())
+        buttons[alert.hiddenButton]->hide();
+    if (!buttons.isEmpty())
+        box.setDefaultButton(qobject_cast<QPushButton *>(buttons.first()));
+
+    box.exec();
+    const int pressed = static_cast<int>(buttons.indexOf(box.clickedButton()));
+    return pressed >= 0 ? pressed : escape;
+}
+
+void MessageBoxAlertPresenter::beep()
+{
+    QApplication::beep();
+}

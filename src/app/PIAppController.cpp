@@ -1,0 +1,199 @@
+#include "PIAppController.h"
+
+#include "CropSizes.h"
+#include "DirectoryReader.h"
+#include "ExportPreferences.h"
+#include "GiveAlert.h"
+#include "Icons.h"
+#include "LibraryActions.h"
+#include "LibraryFile.h"
+#include "LibraryNotifications.h"
+#include "LibraryWindow.h"
+#include "LogString.h"
+#include "MainMenu.h"
+#include "PIWindowController.h"
+#include "PhotoLibrary.h"
+#include "PrintSettings.h"
+#include "ThumbnailFolder.h"
+#include "Toolkit.h"
+#include "UserPaths.h"
+
+#include <QTimer>
+
+namespace {
+
+constexpr Preference<bool> kHasRun{"hmphoto.run", false};
+constexpr Preference<int> kCropSize{"hmphoto.cropSize", 0};
+constexpr Preference<bool> kCropMarks{"hmphoto.cropMarks", false};
+constexpr Preference<int> kPrintLayout{"hmphoto.printLayout", 0};
+constexpr QSize kPlaceholderSize(240, 180);
+
+}
+
+PIAppController &PIAppController::sharedInstance()
+{
+    static PIAppController instance;
+    return instance;
+}
+
+PIAppController::PIAppController() = default;
+
+PIAppController::~PIAppController() = default;
+
+PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QStringList &files,
+                                                                       const LibraryPlace &place)
+{
+    m_defaults = std::make_unique<UserDefaults>(UserDefaults::standardPath());
+    m_hasRunBefore = m_defaults->value(kHasRun);
+    InitializeQuorvane();
+    Decoder::initialize();
+    // The trash needs its parent folder to be there long before anything is moved into it.
+    (void)PathForUserFolder(StandardFolder::ApplicationSupport);
+
+    const auto paths = prepareLibraryPaths(place);
+    if (!paths)
+        return Launch::Failed;
+    m_paths = *paths;
+    const Launch claim = claimLibrary(files);
+    if (claim != Launch::Running)
+        return claim;
+
+    m_library = std::make_unique<PhotoLibrary>(m_paths.thumbnailFolder, m_fileFinder, m_notifications);
+    m_library->thumbnails().setPlaceholder(
+        renderSvg(QStringLiteral(":/MissingThumbnail.svg"), kPlaceholderSize, Qt::gray));
+    LibraryFile::registerTags();
+    if (!loadLibrary())
+        return Launch::Failed;
+    readPreferences();
+    showLibrary(files);
+    m_launched = true;
+    return Launch::Running;
+}
+
+PIAppController::Launch PIAppController::claimLibrary(const QStringList &files)
+{
+    m_instance = std::make_unique<SingleInstance>(m_paths.libraryFolder);
+    switch (m_instance->claim(files)) {
+    case SingleInstance::Claim::HandedOver:
+        return Launch::HandedOver;
+    case SingleInstance::Claim::Failed:
+        GiveAlert(tr("The photo library is in use."),
+                  tr("Another program has the photo library open and does not answer. Quit it and try again."));
+        return Launch::Failed;
+    case SingleInstance::Claim::First:
+        break;
+    }
+    m_instance->setHandler([this](const QStringList &paths) {
+        if (!m_launched)
+            return;
+        LibraryWindow &window = m_windowController->window();
+        window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+        window.raise();
+        window.activateWindow();
+        if (!paths.isEmpty())
+            applicationOpenFiles(paths);
+    });
+    return Launch::Running;
+}
+
+void PIAppController::readPreferences()
+{
+    const int cropSize = m_defaults->value(kCropSize);
+    g_cropSizeIndex = cropSize > 0 && cropSize < static_cast<int>(kCropSizes.size()) ? cropSize : 0;
+    g_cropMarks = m_defaults->value(kCropMarks);
+    g_printLayout = m_defaults->value(kPrintLayout);
+    g_exportSettings = readExportSettings(*m_defaults);
+}
+
+bool PIAppController::loadLibrary()
+{
+    if (entryTypeAt(m_paths.databasePath)) {
+        LibraryFile::LoadResult result = LibraryFile::load(m_paths.databasePath, *m_library);
+        m_restore = result.restore;
+        if (result.failure.isEmpty() && !result.cutShort) {
+            m_photoGuids = result.photoGuids;
+        } else {
+            // The damaged file may still hold what the user needs: nothing is saved over it before it is safe.
+            const bool safe = LibraryFile::copyAside(m_paths.databasePath);
+            if (!result.failure.isEmpty())
+                GiveAlert(tr("Can't read photo database."), result.failure);
+            if (!safe) {
+                GiveAlert(tr("The photo library was left alone."),
+                          tr("The damaged library could not be copied aside, so the program ends before it can be "
+                             "overwritten. Please check that your hard disk is not full."));
+                return false;
+            }
+        }
+    }
+    if (m_library->groups().isEmpty())
+        m_library->makeDefaultLibrary();
+    return true;
+}
+
+void PIAppController::showLibrary(const QStringList &files)
+{
+    m_windowController = std::make_unique<PIWindowController>(*m_library, *m_defaults, m_paths.databasePath);
+    buildMainMenu(m_windowController->window(), m_windowController->actions());
+    connect(&m_windowController->window(), &LibraryWindow::closed, qApp, &QCoreApplication::quit);
+    m_windowController->showWindow(/*zoomed=*/!m_hasRunBefore);
+    m_windowController->resetList(nullptr);
+    QTimer::singleShot(0, m_windowController.get(), [this, files] {
+        m_windowController->restoreState(m_restore);
+        m_restore = {};
+        if (!files.isEmpty())
+            applicationOpenFiles(files);
+    });
+    m_notifications.post(kEffectSetsNotification);
+    if (m_photoGuids)
+        m_operationQueue.start(new PIClearOperation(m_paths.thumbnailFolder, *m_photoGuids));
+    m_photoGuids.reset();
+    if (m_hooks.startUpdateCheck)
+        m_hooks.startUpdateCheck();
+    if (!m_hasRunBefore && m_hooks.openHelp)
+        m_hooks.openHelp();
+}
+
+void PIAppController::applicationWillTerminate()
+{
+    if (!m_launched)
+        return;
+    m_launched = false;
+    m_windowController.reset(); // writes preferences of its own
+    m_defaults->setValue(kHasRun, true);
+    writeExportSettings(*m_defaults, g_exportSettings);
+    if (!m_defaults->synchronize())
+        LogString("Can't write preferences %@", UserDefaults::standardPath());
+    m_operationQueue.waitForDone();
+    m_library.reset();
+    m_defaults.reset();
+    m_instance.reset();
+}
+
+void PIAppController::applicationOpenFiles(const QStringList &paths, const std::function<void()> &finished)
+{
+    if (!m_launched)
+        return;
+    const auto report = [this, finished](const PhotoImport::Outcome &outcome) {
+        if (outcome.photosAdded == 0 && !outcome.scan.cancelled)
+            GiveAlert(tr("No photos added."),
+                      tr("The folders or files you specified did not contain any usable images."));
+        else if (outcome.firstFolder)
+            m_windowController->resetList(outcome.firstFolder);
+        if (finished)
+            finished();
+    };
+    m_windowController->openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto, report);
+}
+
+bool PIAppController::applicationOpenFile(const QString &path)
+{
+    if (!m_windowController)
+        return false;
+    m_windowController->openFiles({path}, nullptr, kNotFound, UndoName::AddPhoto);
+    return true;
+}
+
+QString PIAppController::aboutString()
+{
+    return tr("Photo library for people who know where their files are and want to keep them there.");
+}
