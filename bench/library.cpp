@@ -1,10 +1,12 @@
-// A library of 100,000 photos in 2,000 folders: read from its file into the model, and saved again.
+// A library of 100,000 photos in 2,000 folders: read from its file into the model, saved again, and opened by the
+// program.
 
 #include "FileFinder.h"
 #include "LibraryFile.h"
 #include "NotificationCenter.h"
 #include "Pair.h"
 #include "PhotoLibrary.h"
+#include "ProgramStart.h"
 #include "SampleLibrary.h"
 
 #include <QCoreApplication>
@@ -145,6 +147,8 @@ void measureSave(PairRunner &runner, const QString &path)
 
 int main(int argc, char **argv)
 {
+    if (const auto status = ProgramStart::runAsChild(argc, argv))
+        return *status;
     LibraryFile::registerTags();
     if (argc == 3 && qstrcmp(argv[1], "--peak") == 0) {
         const QCoreApplication application(argc, argv);
@@ -161,5 +165,6 @@ int main(int argc, char **argv)
     measureMemory(runner, QCoreApplication::applicationFilePath(), path);
     measureLoad(runner, path, text);
     measureSave(runner, path);
+    ProgramStart::measure(runner);
     return runner.result();
 }
