@@ -4,31 +4,32 @@
 #include <QString>
 
 #include <type_traits>
+#include <variant>
 
 /// One value for FormatMessage: a text or a number.
 class MessageArgument
 {
 public:
     MessageArgument(const QString &text)
-        : m_text(text)
-        , m_isNumber(false)
+        : m_value(text)
     {}
-    template<typename T, typename = std::enable_if_t<std::is_integral_v<T>>>
+    template<typename T, typename = std::enable_if_t<std::is_arithmetic_v<T>>>
     MessageArgument(T number)
-        : m_number(static_cast<qint64>(number))
-        , m_isNumber(true)
-    {}
+    {
+        if constexpr (std::is_floating_point_v<T>)
+            m_value = static_cast<double>(number);
+        else
+            m_value = static_cast<qint64>(number);
+    }
 
-    /// The value as `conversion` ('@', 'd' or 'x') shows it.
-    [[nodiscard]] QString text(QChar conversion, int width, bool zeroPadded) const;
+    /// The value as `conversion` ('@' or one of printf's letters) shows it, with printf's `flags`, width and precision.
+    [[nodiscard]] QString text(QChar conversion, const QByteArray &flags) const;
 
 private:
-    QString m_text;
-    qint64 m_number = 0;
-    bool m_isNumber = false;
+    std::variant<QString, qint64, double> m_value;
 };
 
-/// Fills a template: "%@" takes any argument's text, "%d" a decimal, "%x" a lower-case hexadecimal number (with an
-/// optional width such as "%02d"), "%%" a percent sign. Arguments are not scanned again. A conversion without an
-/// argument shows as "(null)".
+/// Fills a template: "%@" takes any argument's text, the other conversions are those of printf, of which the length
+/// letters are passed over, and "%%" is a percent sign. Arguments are not scanned again. A number shows as a number
+/// whatever conversion asks for it, and a text as a text. A conversion without an argument shows as "(null)".
 [[nodiscard]] QString FormatMessage(const QString &format, const QList<MessageArgument> &arguments);

@@ -76,10 +76,13 @@ void TestSupportRoutines::messages_data()
     row("%@ of %d", {3, -4}, "3 of -4");
     row("%d", {kNotFound}, "9223372036854775807");
     row("%02d:%02d|%4d|%04d|%3d", {7, 123, 5, -5, 1234}, "07:123|   5|-005|1234");
-    row("%x %04x %x", {255, 10, -1}, "ff 000a ffffffff");
+    row("%x %04x %x %X", {255, 10, -1, 171}, "ff 000a ffffffff AB");
+    row("%s|%5s|%-4s|%.2s", {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("défg")},
+        "a|    b|c   |dé");
+    row("%.2f %g %qd %lu %i %d", {1.005e3, 0.5, 7, 8, -9, 2.5}, "1005.00 0.5 7 8 -9 2.5");
     row("100%% %@ %d", {QStringLiteral("x")}, "100% x (null)");
     row("%q %", {1}, "%q %");
-    row("%99999999999999d", {1}, "                                                               1");
+    row("%99999999999999d", {1}, "%99999999999999d");
     row("unused", {1, 2}, "unused");
 }
 
