@@ -7,25 +7,37 @@ constexpr Preference<int> kSaveSizeOption{"hmphoto.saveSizeOption", 0};
 constexpr Preference<double> kSaveJpeg{"hmphoto.saveJpeg", 7.0};
 constexpr Preference<bool> kSaveTiff{"hmphoto.saveTiff", true};
 
+constexpr int kJpeg = 0;
+constexpr int kTiff = 3;
+constexpr double kBestJpeg = 10;
+
 }
 
-ExportSettings g_exportSettings;
+int g_saveFormat = kSaveFormat.fallback;
+int g_sizeOption = kSaveSizeOption.fallback;
+double g_jpegCompression = kSaveJpeg.fallback;
+bool g_tiffCompression = kSaveTiff.fallback;
 
-ExportSettings readExportSettings(const UserDefaults &defaults)
+void readExportPreferences(const UserDefaults &defaults)
 {
-    ExportSettings settings;
-    settings.format = qBound(0, defaults.value(kSaveFormat), 3);
-    settings.sizeOption = defaults.value(kSaveSizeOption);
+    g_saveFormat = qBound(kJpeg, defaults.value(kSaveFormat), kTiff);
+    g_sizeOption = defaults.value(kSaveSizeOption);
     const double quality = defaults.value(kSaveJpeg);
-    settings.jpegQuality = quality >= 0 && quality <= 10 ? quality : kSaveJpeg.fallback;
-    settings.compressTiff = defaults.value(kSaveTiff);
-    return settings;
+    g_jpegCompression = quality >= 0 && quality <= kBestJpeg ? quality : kSaveJpeg.fallback;
+    g_tiffCompression = defaults.value(kSaveTiff);
 }
 
-void writeExportSettings(UserDefaults &defaults, const ExportSettings &settings)
+void writeExportPreferences(UserDefaults &defaults)
 {
-    defaults.setValue(kSaveFormat, settings.format);
-    defaults.setValue(kSaveSizeOption, settings.sizeOption);
-    defaults.setValue(kSaveTiff, settings.compressTiff);
-    defaults.setValue(kSaveJpeg, static_cast<double>(static_cast<float>(settings.jpegQuality)));
+    defaults.setValue(kSaveFormat, g_saveFormat);
+    defaults.setValue(kSaveSizeOption, g_sizeOption);
+    defaults.setValue(kSaveTiff, g_tiffCompression);
+    defaults.setValue(kSaveJpeg, static_cast<double>(static_cast<float>(g_jpegCompression)));
+}
+
+double exportCompression()
+{
+    if (g_saveFormat == kJpeg)
+        return g_jpegCompression / kBestJpeg;
+    return g_saveFormat == kTiff && !g_tiffCompression ? 0.0 : 1.0;
 }

@@ -200,12 +200,3 @@ std::optional<int> formatForExtension(const QString &extension)
         return 3;
     return std::nullopt;
 }
-
-double exportCompression(const ExportSettings &settings)
-{
-    constexpr int jpeg = 0;
-    constexpr int tiff = 3;
-    if (settings.format == jpeg)
-        return settings.jpegQuality / 10;
-    return settings.format == tiff && !settings.compressTiff ? 0.0 : 1.0;
-}

@@ -35,15 +35,6 @@ struct SaveRequest
 /// The image as TIFF bytes at its full size; nothing (and a log line) when it cannot be made.
 [[nodiscard]] std::optional<QByteArray> TiffFromImage(const Image &image);
 
-/// What the user chose for exports; kept across runs.
-struct ExportSettings
-{
-    int format = 0;           ///< 0 JPEG, 1 PDF, 2 PNG, 3 TIFF
-    int sizeOption = 0;       ///< see exportSideLimit
-    double jpegQuality = 7.0; ///< 0 to 10
-    bool compressTiff = true;
-};
-
 /// The largest side in pixels for a size option; options that name none do not limit in practice.
 [[nodiscard]] int exportSideLimit(int sizeOption);
 /// The size to write under the size option; smaller images are never enlarged.
@@ -51,5 +42,3 @@ struct ExportSettings
 /// "jpg", "pdf", "png" or "tiff"; null for an index above 3.
 [[nodiscard]] QString extensionForFormat(int format);
 [[nodiscard]] std::optional<int> formatForExtension(const QString &extension);
-/// The `compression` of a save request under these settings.
-[[nodiscard]] double exportCompression(const ExportSettings &settings);

@@ -1,4 +1,5 @@
 #include "DirectoryReader.h"
+#include "ExportPreferences.h"
 #include "SaveImage.h"
 #include "TestPictures.h"
 #include "TestRunner.h"
@@ -355,14 +356,13 @@ void TestSaveImage::mapsFormatsAndSettings()
     QCOMPARE(formatForExtension(QStringLiteral("JPEG")), std::optional(0));
     QCOMPARE(formatForExtension(QStringLiteral("tif")), std::optional(3));
     QVERIFY(!formatForExtension(QStringLiteral("gif")));
-    ExportSettings settings;
-    QCOMPARE(exportCompression(settings), 0.7);
-    settings.format = 3;
-    QCOMPARE(exportCompression(settings), 1.0);
-    settings.compressTiff = false;
-    QCOMPARE(exportCompression(settings), 0.0);
-    settings.format = 2;
-    QCOMPARE(exportCompression(settings), 1.0);
+    QCOMPARE(exportCompression(), 0.7);
+    g_saveFormat = 3;
+    QCOMPARE(exportCompression(), 1.0);
+    g_tiffCompression = false;
+    QCOMPARE(exportCompression(), 0.0);
+    g_saveFormat = 2;
+    QCOMPARE(exportCompression(), 1.0);
 }
 
 REGISTER_TEST(TestSaveImage)
