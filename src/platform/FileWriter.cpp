@@ -90,11 +90,12 @@ bool syncFolderOf(const QByteArray &path)
 
 }
 
-bool write(const QString &path, QByteArrayView bytes, Flush flush, QString *reason)
+bool write(const QString &path, QByteArrayView bytes, Flush flush, QString *reason, std::optional<mode_t> mode)
 {
     const QByteArray native = Posix::nativePath(path);
-    OutputFile file(native, O_TRUNC, 0666);
-    if (!file.isOpen() || !file.isRegular() || !file.write(bytes) || !finish(file, flush))
+    OutputFile file(native, O_TRUNC, mode.value_or(0666));
+    if (!file.isOpen() || !file.isRegular() || (mode && !file.setMode(*mode)) || !file.write(bytes) ||
+        !finish(file, flush))
         return Posix::fail(reason, errno);
     if (flush == Flush::ToDisk && !syncFolderOf(native))
         return Posix::fail(reason, errno);
@@ -163,14 +164,14 @@ QByteArray withoutLinks(const QByteArray &path)
     return resolved ? QByteArray(resolved.get()) : path;
 }
 
-std::optional<mode_t> modeOf(const QByteArray &path)
-{
-    struct stat status = {};
-    if (::stat(path.constData(), &status) != 0)
-        return {};
-    return status.st_mode & 07777U;
 }
 
+std::optional<mode_t> modeOf(const QString &path)
+{
+    struct stat status = {};
+    if (::stat(Posix::nativePath(path).constData(), &status) != 0)
+        return {};
+    return status.st_mode & 07777U;
 }
 
 bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason)
@@ -178,7 +179,7 @@ bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *re
     const QByteArray target = withoutLinks(Posix::nativePath(path));
     if (target.isEmpty())
         return Posix::fail(reason, ENOENT);
-    const std::optional<mode_t> mode = modeOf(target);
+    const std::optional<mode_t> mode = modeOf(path);
     TemporaryFile file(target);
     if (!file.write(bytes, mode, flush) || !file.moveTo(target))
         return Posix::fail(reason, errno);
@@ -286,7 +287,7 @@ bool copyNoReplace(const QString &from, const QString &to, QString *reason)
     if (!source)
         return false;
     const QByteArray target = Posix::nativePath(to);
-    const mode_t mode = modeOf(Posix::nativePath(from)).value_or(0600) & 0777U;
+    const mode_t mode = modeOf(from).value_or(0600) & 0777U;
     OutputFile file(target, O_EXCL | O_NOFOLLOW, mode);
     if (!file.isOpen())
         return Posix::fail(reason, errno);

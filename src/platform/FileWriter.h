@@ -3,6 +3,10 @@
 #include <QByteArrayView>
 #include <QString>
 
+#include <sys/types.h>
+
+#include <optional>
+
 /// Writing files of which none may be lost. Every call is checked, and success means that the bytes are on disk.
 /// All answer false on failure and then tell why through `reason`, when given.
 namespace FileWriter {
@@ -12,8 +16,9 @@ enum class Flush {
     No,     ///< for files that can be made again, such as thumbnails
 };
 
-/// Creates or truncates the file and writes the bytes in place.
-[[nodiscard]] bool write(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr);
+/// Creates or truncates the file and writes the bytes in place. `mode` is given to the file before the first byte.
+[[nodiscard]] bool write(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr,
+                         std::optional<mode_t> mode = {});
 /// Writes beside the path under a temporary name and renames it there when complete: the path holds either the old
 /// file or the whole new one, never a part.
 [[nodiscard]] bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr);
@@ -23,6 +28,8 @@ enum class Flush {
 [[nodiscard]] bool renameOver(const QString &from, const QString &to, QString *reason = nullptr);
 /// Gives a file a second name, over whatever file stands there; fails where the file system has no such links.
 [[nodiscard]] bool linkOver(const QString &from, const QString &to, QString *reason = nullptr);
+/// The permissions of what stands at the path; nothing when nothing does.
+[[nodiscard]] std::optional<mode_t> modeOf(const QString &path);
 /// Makes renamings in the folder of `path` durable.
 [[nodiscard]] bool syncFolder(const QString &path, QString *reason = nullptr);
 /// Copies a regular file to a path where nothing may stand yet, flushed to disk.

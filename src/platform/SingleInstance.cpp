@@ -18,6 +18,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -179,11 +180,17 @@ SingleInstance::Claim SingleInstance::claim(const QStringList &paths)
             d->listen();
             return Claim::First;
         }
-        if (lock == Lock::Impossible || !message || deadline.hasExpired())
+        if (lock == Lock::Impossible || !message) {
+            SystemLog::write(QLatin1String("Can't claim ") + d->folder + QLatin1String(": ") +
+                             (message ? QString::fromLocal8Bit(std::strerror(errno))
+                                      : QStringLiteral("too many files to hand over")));
             return Claim::Failed;
+        }
+        if (deadline.hasExpired())
+            return Claim::NoAnswer;
         const Delivery delivery = deliver(socketPath(d->folder), *message, deadline);
         if (delivery != Delivery::NobodyThere)
-            return delivery == Delivery::Taken ? Claim::HandedOver : Claim::Failed;
+            return delivery == Delivery::Taken ? Claim::HandedOver : Claim::NoAnswer;
         QThread::msleep(kRetryPause); // the other process is just starting, or just ending
     }
 }

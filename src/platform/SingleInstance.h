@@ -14,7 +14,8 @@ public:
     enum class Claim {
         First,      ///< this process holds the folder until the object is destroyed or the process ends
         HandedOver, ///< another process holds it and has taken the arguments
-        Failed,     ///< another process holds it and does not answer, or the lock cannot be made
+        NoAnswer,   ///< another process holds it and does not answer
+        Failed,     ///< the lock cannot be made, or there are too many arguments to hand over; the log tells which
     };
 
     /// `patience` is how long a claim waits for the process that holds the folder.

@@ -131,7 +131,7 @@ void TestSingleInstance::holderThatDoesNotAnswerFailsTheClaim()
     SingleInstance hung(m_folder->path());
     QVERIFY(hung.claim({}) == Claim::First);
     SingleInstance second(m_folder->path(), std::chrono::milliseconds(200));
-    QVERIFY(second.claim({}) == Claim::Failed); // on this very thread, so that the first cannot answer
+    QVERIFY(second.claim({}) == Claim::NoAnswer); // on this very thread, so that the first cannot answer
 }
 
 void TestSingleInstance::folderThatCannotBeLockedFailsTheClaim()
