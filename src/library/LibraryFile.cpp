@@ -1,5 +1,6 @@
 #include "LibraryFile.h"
 
+#include "DirectoryReader.h"
 #include "FileWriter.h"
 #include "LibraryReader.h"
 #include "LibraryTags.h"
@@ -12,6 +13,8 @@
 
 #include <QFile>
 #include <QFileInfo>
+
+#include <algorithm>
 
 namespace LibraryFile {
 
@@ -56,22 +59,64 @@ QString uniquePathBeside(const QString &path)
 
 }
 
+namespace {
+
+bool haveSameContent(const QString &one, const QString &other)
+{
+    constexpr qint64 kPiece = 1 << 20;
+    QFile a(one);
+    QFile b(other);
+    if (!a.open(QFile::ReadOnly) || !b.open(QFile::ReadOnly) || a.size() != b.size())
+        return false;
+    while (!a.atEnd()) {
+        const QByteArray piece = a.read(kPiece);
+        if (piece.isEmpty() || piece != b.read(kPiece))
+            return false;
+    }
+    return true;
+}
+
+/// A library that cannot be read is met at every start until it is saved anew.
+bool isCopiedAlready(const QString &original)
+{
+    const QString folder = QVString::deletingLastPathComponent(original);
+    const QString stem = QVString::fileNameMinusExtension(original) + QLatin1Char('-');
+    const auto listing = readDirectory(folder);
+    if (!listing)
+        return false;
+    return std::any_of(listing->entries.cbegin(), listing->entries.cend(), [&](const DirectoryEntry &entry) {
+        return entry.type == EntryType::File && entry.name.startsWith(stem) &&
+               haveSameContent(original, QVString::appendingPathComponent(folder, entry.name));
+    });
+}
+
+bool setAside(const QString &original)
+{
+    const QString copy = uniquePathBeside(original);
+    QString reason;
+    if (FileWriter::copyNoReplace(original, copy, &reason)) {
+        LogString("Copied the unreadable database %@ to %@", original, copy);
+        return true;
+    }
+    LogString("Can't copy %@ to %@: %@", original, copy, reason);
+    if (!FileWriter::renameNoReplace(original, copy, &reason)) {
+        LogString("Can't move %@ to %@: %@", original, copy, reason);
+        return false;
+    }
+    LogString("Moved the unreadable database %@ to %@", original, copy);
+    return true;
+}
+
+}
+
 bool copyAside(const QString &path)
 {
-    bool allCopied = true;
+    bool isSafe = true;
     for (const QString &original : {path, backupPath(path)}) {
-        if (!QFileInfo::exists(original))
-            continue;
-        const QString copy = uniquePathBeside(original);
-        QString reason;
-        if (FileWriter::copyNoReplace(original, copy, &reason)) {
-            LogString("Copied the unreadable database %@ to %@", original, copy);
-        } else {
-            LogString("Can't copy %@ to %@: %@", original, copy, reason);
-            allCopied = false;
-        }
+        if (QFileInfo::exists(original) && !isCopiedAlready(original))
+            isSafe = setAside(original) && isSafe;
     }
-    return allCopied;
+    return isSafe;
 }
 
 namespace {
@@ -119,9 +164,7 @@ bool writeWithBackup(const QString &path, const QByteArray &bytes)
 {
     const QString fresh = path + QLatin1String(".new");
     QString reason;
-    bool written = FileWriter::write(fresh, bytes, FileWriter::Flush::ToDisk, &reason);
-    if (written && QFileInfo::exists(path))
-        QFile::setPermissions(fresh, QFile::permissions(path));
+    bool written = FileWriter::write(fresh, bytes, FileWriter::Flush::ToDisk, &reason, FileWriter::modeOf(path));
     if (written && !makeBackup(path)) {
         QFile::remove(fresh);
         return false;

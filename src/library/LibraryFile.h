@@ -33,8 +33,9 @@ struct LoadResult
 /// Fills the library. After a failure it holds what was read before the fault. The caller gives the alert.
 [[nodiscard]] LoadResult load(const QString &path, PhotoLibrary &library);
 
-/// Copies the file and its backup aside under new unique names in their folder and names the copies in the log.
-/// False when a copy could not be made.
+/// Copies the file and its backup aside under new unique names in their folder and names the copies in the log; those
+/// of which there is such a copy already are passed over. What cannot be copied is itself given the new name, so that a
+/// save finds nothing to replace. False when not even that could be done: then a save will fail as well.
 [[nodiscard]] bool copyAside(const QString &path);
 
 /// What the window adds to the file.
@@ -45,7 +46,7 @@ struct WindowState
     IndexSet selection;
 };
 
-/// Writes the library durably. On success the dirty flag is cleared; the caller clears the undo history. On failure
+/// Writes the library durably. On success the dirty flag is cleared. On failure
 /// the log tells why and the previous file is back, or stands beside as the backup.
 [[nodiscard]] bool save(const QString &path, PhotoLibrary &library, const WindowState &window);
 

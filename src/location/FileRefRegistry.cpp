@@ -119,10 +119,13 @@ void FileRefRegistry::saveFileRefs(QVXmlEncoder &encoder) const
 
 namespace {
 
-// The reverse of the text test that shortens: "~adow" is the folder "meadow" beside the home folder "me".
+// The reverse of the text test that shortens: "~adow" is the folder "meadow" beside the home folder "me". No path
+// depends on the folder in which the program was started.
 QString folderFromStored(const QString &stored)
 {
-    return stored.startsWith(u'~') ? HomeFolderPath() + stored.mid(1) : stored;
+    if (stored.startsWith(u'~'))
+        return HomeFolderPath() + stored.mid(1);
+    return stored.startsWith(u'/') ? stored : u'/' + stored;
 }
 
 // Calls `read` for every tag inside the element on which the decoder stands, and stops on the tag that closes it.

@@ -177,18 +177,19 @@ private Q_SLOTS:
         QVERIFY(QFile::copy(dataFile(QStringLiteral("photos-end-midway.xml")), path));
         QVERIFY(QFile::copy(dataFile(QStringLiteral("whole.xml")), LibraryFile::backupPath(path)));
         const LogLines log;
+        const QString copy = test.path(QStringLiteral("Photo-1.xml"));
         QVERIFY(LibraryFile::copyAside(path));
-        QVERIFY(LibraryFile::copyAside(path));
-        for (const char *copy : {"Photo-1.xml", "Photo-2.xml"}) {
-            QCOMPARE(contentOf(test.path(QLatin1String(copy))), contentOf(path));
-            QVERIFY(log.lines.join(u'\n').contains(test.path(QLatin1String(copy))));
-        }
-        QCOMPARE(contentOf(test.path(QStringLiteral("Photo~-2.xml"))), contentOf(LibraryFile::backupPath(path)));
+        QCOMPARE(contentOf(copy), contentOf(path));
+        QCOMPARE(contentOf(test.path(QStringLiteral("Photo~-1.xml"))), contentOf(LibraryFile::backupPath(path)));
+        QVERIFY(log.lines.join(u'\n').contains(copy));
+        QVERIFY(LibraryFile::copyAside(path)); // the copies are there already
+        QVERIFY(!QFile::exists(test.path(QStringLiteral("Photo-2.xml"))));
 
         QVERIFY(QFile::remove(path));
         QVERIFY(QDir().mkdir(path)); // no file can be read from it
-        QVERIFY(!LibraryFile::copyAside(path));
-        QVERIFY(log.lines.join(u'\n').contains(QStringLiteral("Can't copy %1 to ").arg(path)));
+        QVERIFY(LibraryFile::copyAside(path));
+        QVERIFY(!QFile::exists(path));
+        QVERIFY(QFileInfo(test.path(QStringLiteral("Photo-2.xml"))).isDir());
     }
 };
 

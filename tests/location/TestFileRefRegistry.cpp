@@ -156,7 +156,6 @@ private Q_SLOTS:
         QTest::newRow("home further on") << QStringLiteral("/mnt") + home + QStringLiteral("/a.jpg");
         QTest::newRow("tilde inside") << QStringLiteral("/mnt/~x/~/~a.jpg");
         QTest::newRow("top") << QStringLiteral("/a.jpg");
-        QTest::newRow("no folder") << QStringLiteral("a.jpg");
     }
     void foldersReadBackAsTheyWere()
     {
