@@ -14,10 +14,12 @@
 #include "PIWindowController.h"
 #include "PhotoLibrary.h"
 #include "PrintSettings.h"
+#include "TerminationSignals.h"
 #include "ThumbnailFolder.h"
 #include "Toolkit.h"
-#include "UserPaths.h"
 
+#include <QGuiApplication>
+#include <QSessionManager>
 #include <QTimer>
 
 namespace {
@@ -47,9 +49,7 @@ PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QSt
     m_hasRunBefore = m_defaults->value(kHasRun);
     InitializeQuorvane();
     Decoder::initialize();
-    // The trash needs its parent folder to be there long before anything is moved into it.
-    (void)PathForUserFolder(StandardFolder::ApplicationSupport);
-
+    readPreferences();
     const auto paths = prepareLibraryPaths(place);
     if (!paths)
         return Launch::Failed;
@@ -62,10 +62,9 @@ PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QSt
     m_library->thumbnails().setPlaceholder(
         renderSvg(QStringLiteral(":/MissingThumbnail.svg"), kPlaceholderSize, Qt::gray));
     LibraryFile::registerTags();
-    if (!loadLibrary())
-        return Launch::Failed;
-    readPreferences();
+    loadLibrary();
     showLibrary(files);
+    observeTermination();
     m_launched = true;
     return Launch::Running;
 }
@@ -77,6 +76,11 @@ PIAppController::Launch PIAppController::claimLibrary(const QStringList &files)
     case SingleInstance::Claim::HandedOver:
         return Launch::HandedOver;
     case SingleInstance::Claim::Failed:
+        GiveAlert(
+            tr("The photo library cannot be opened."),
+            tr("Its folder \"%1\" cannot be locked, or too many files were given at once.").arg(m_paths.libraryFolder));
+        return Launch::Failed;
+    case SingleInstance::Claim::NoAnswer:
         GiveAlert(tr("The photo library is in use."),
                   tr("Another program has the photo library open and does not answer. Quit it and try again."));
         return Launch::Failed;
@@ -102,10 +106,10 @@ void PIAppController::readPreferences()
     g_cropSizeIndex = cropSize > 0 && cropSize < static_cast<int>(kCropSizes.size()) ? cropSize : 0;
     g_cropMarks = m_defaults->value(kCropMarks);
     g_printLayout = m_defaults->value(kPrintLayout);
-    g_exportSettings = readExportSettings(*m_defaults);
+    readExportPreferences(*m_defaults);
 }
 
-bool PIAppController::loadLibrary()
+void PIAppController::loadLibrary()
 {
     if (entryTypeAt(m_paths.databasePath)) {
         LibraryFile::LoadResult result = LibraryFile::load(m_paths.databasePath, *m_library);
@@ -114,20 +118,20 @@ bool PIAppController::loadLibrary()
             m_photoGuids = result.photoGuids;
         } else {
             // The damaged file may still hold what the user needs: nothing is saved over it before it is safe.
-            const bool safe = LibraryFile::copyAside(m_paths.databasePath);
+            const bool isSafe = LibraryFile::copyAside(m_paths.databasePath);
             if (!result.failure.isEmpty())
                 GiveAlert(tr("Can't read photo database."), result.failure);
-            if (!safe) {
-                GiveAlert(tr("The photo library was left alone."),
-                          tr("The damaged library could not be copied aside, so the program ends before it can be "
-                             "overwritten. Please check that your hard disk is not full."));
-                return false;
-            }
+            if (!isSafe)
+                GiveAlert(tr("The damaged photo library could not be set aside."),
+                          tr("Its folder cannot be written, so nothing can be saved there either."));
         }
+    } else if (entryTypeAt(LibraryFile::backupPath(m_paths.databasePath))) {
+        LogString("There is a backup and no database at %@", m_paths.databasePath);
+        GiveAlert(tr("The photo library is missing."),
+                  tr("Its backup is still there. To use it, quit, and rename the backup to \"Photo.xml\"."));
     }
     if (m_library->groups().isEmpty())
         m_library->makeDefaultLibrary();
-    return true;
 }
 
 void PIAppController::showLibrary(const QStringList &files)
@@ -144,13 +148,38 @@ void PIAppController::showLibrary(const QStringList &files)
             applicationOpenFiles(files);
     });
     m_notifications.post(kEffectSetsNotification);
+    if (m_hooks.startUpdateCheck)
+        m_hooks.startUpdateCheck();
     if (m_photoGuids)
         m_operationQueue.start(new PIClearOperation(m_paths.thumbnailFolder, *m_photoGuids));
     m_photoGuids.reset();
-    if (m_hooks.startUpdateCheck)
-        m_hooks.startUpdateCheck();
     if (!m_hasRunBefore && m_hooks.openHelp)
         m_hooks.openHelp();
+}
+
+void PIAppController::observeTermination()
+{
+    m_terminationSignals = std::make_unique<TerminationSignals>([this] { m_windowController->window().close(); });
+    connect(qApp, &QGuiApplication::commitDataRequest, this, &PIAppController::commitData, Qt::DirectConnection);
+}
+
+/// The desktop's session is about to end.
+void PIAppController::commitData(QSessionManager &session)
+{
+    if (!m_launched)
+        return;
+    if (session.allowsInteraction()) {
+        if (!applicationShouldTerminate())
+            session.cancel();
+        session.release();
+    } else if (m_library->isDirty() && !m_windowController->SaveLibrary()) {
+        LogString("The session ends and the library could not be saved");
+    }
+}
+
+bool PIAppController::applicationShouldTerminate()
+{
+    return !m_windowController || m_windowController->windowShouldClose();
 }
 
 void PIAppController::applicationWillTerminate()
@@ -158,9 +187,10 @@ void PIAppController::applicationWillTerminate()
     if (!m_launched)
         return;
     m_launched = false;
+    m_terminationSignals.reset();
     m_windowController.reset(); // writes preferences of its own
     m_defaults->setValue(kHasRun, true);
-    writeExportSettings(*m_defaults, g_exportSettings);
+    writeExportPreferences(*m_defaults);
     if (!m_defaults->synchronize())
         LogString("Can't write preferences %@", UserDefaults::standardPath());
     m_operationQueue.waitForDone();

@@ -17,6 +17,8 @@
 
 class PhotoLibrary;
 class PIWindowController;
+class QSessionManager;
+class TerminationSignals;
 
 /// Owns the photo library and its window, runs the launch and quit sequences, and answers requests to open files.
 /// One for the whole process.
@@ -40,6 +42,8 @@ public:
     /// Reads the preferences and the library and shows the window. `files` are opened once it is up, or handed to the
     /// process that has this library open already.
     [[nodiscard]] Launch applicationDidFinishLaunching(const QStringList &files, const LibraryPlace &place);
+    /// Whether the program may end: asks about unsaved changes.
+    [[nodiscard]] bool applicationShouldTerminate();
     /// Writes the preferences that outlive a run; the library itself was saved, or not, before.
     void applicationWillTerminate();
 
@@ -69,7 +73,9 @@ private:
 
     [[nodiscard]] Launch claimLibrary(const QStringList &files);
     void readPreferences();
-    [[nodiscard]] bool loadLibrary();
+    void observeTermination();
+    void commitData(QSessionManager &session);
+    void loadLibrary();
     void showLibrary(const QStringList &files);
 
     NotificationCenter m_notifications;
@@ -83,6 +89,7 @@ private:
     WindowRestoreRecord m_restore;
     std::optional<QStringList> m_photoGuids; ///< of a library that was read without fault, until the clean-up has them
     LaunchHooks m_hooks;
+    std::unique_ptr<TerminationSignals> m_terminationSignals;
     bool m_hasRunBefore = false;
     bool m_launched = false;
 };

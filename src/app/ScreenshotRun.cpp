@@ -15,7 +15,7 @@ namespace {
 constexpr int kLookEveryMilliseconds = 100;
 /// So many looks in a row must find nothing going on.
 constexpr int kQuietLooks = 15;
-constexpr int kMaxLooks = 1200;
+constexpr int kMaxLooks = 6000;
 
 }
 
@@ -35,15 +35,17 @@ void ScreenshotRun::look()
         m_controller.windowController().isImporting() || m_controller.library().thumbnails().pendingJobs() > 0;
     m_quietLooks = busy ? 0 : m_quietLooks + 1;
     if (m_quietLooks >= kQuietLooks || ++m_looks >= kMaxLooks)
-        shoot();
+        shoot(busy);
 }
 
-void ScreenshotRun::shoot()
+void ScreenshotRun::shoot(bool busy)
 {
     m_timer->stop();
+    if (busy)
+        LogString("Not everything was there for the screenshot %@", m_path);
     const bool written = m_controller.windowController().window().grab().save(m_path);
     if (!written)
         LogString("Can't write screenshot %@", m_path);
     const bool saved = m_controller.windowController().SaveLibrary();
-    QCoreApplication::exit(written && saved ? 0 : 1);
+    QCoreApplication::exit(written && saved && !busy ? 0 : 1);
 }

@@ -7,7 +7,7 @@ class PIAppController;
 class QTimer;
 
 /// A run without anybody watching: once the opened files are in and their pictures are there, the window is written
-/// to a file, the library is saved and the program ends.
+/// to a file, the library is saved and the program ends. After ten minutes it does so anyway and tells of a failure.
 class ScreenshotRun final : public QObject
 {
     Q_OBJECT
@@ -17,7 +17,7 @@ public:
 
 private:
     void look();
-    void shoot();
+    void shoot(bool busy);
 
     PIAppController &m_controller;
     QString m_path;
