@@ -55,23 +55,6 @@ bool LibraryReader::readSection()
     }
 }
 
-/// Calls `read` on every tag inside the current element and ends on the tag that closes it. False when the document
-/// ends before, or when `read` answers so.
-template<typename Read>
-bool LibraryReader::readChildren(Read read)
-{
-    if (m_decoder.endTag())
-        return true;
-    const int level = m_decoder.level();
-    while (m_decoder.getNextTag()) {
-        if (m_decoder.level() < level)
-            return true;
-        if (!read())
-            return false;
-    }
-    return false;
-}
-
 /// Goes on to the tag that closes an element of that level.
 bool LibraryReader::leaveElement(int level)
 {
@@ -96,7 +79,7 @@ bool LibraryReader::readFiles()
 
 bool LibraryReader::readKeywords()
 {
-    return readChildren([this] {
+    return m_decoder.readChildren([this] {
         if (m_decoder.key() != LibraryTag::Key)
             return true;
         m_library.keywords().append(m_decoder.stringAttributeForTag(u"keyword"));
@@ -106,7 +89,7 @@ bool LibraryReader::readKeywords()
 
 bool LibraryReader::readPhotos()
 {
-    return readChildren([this] {
+    return m_decoder.readChildren([this] {
         if (m_decoder.key() != LibraryTag::Photo)
             return true;
         auto photo = PIPhoto::fromArchive(m_decoder, m_fileRefs);
@@ -120,7 +103,7 @@ bool LibraryReader::readPhotos()
 
 bool LibraryReader::readStructure()
 {
-    return readChildren([this] {
+    return m_decoder.readChildren([this] {
         if (m_decoder.key() != LibraryTag::Group)
             return false;
         auto group = PIGroup::fromArchive(m_decoder, m_photos, m_result.restore);
@@ -135,7 +118,7 @@ bool LibraryReader::readWindow()
 {
     WindowRestoreRecord &restore = m_result.restore;
     // Where the document ends is for the outer loop to find.
-    (void)readChildren([&] {
+    (void)m_decoder.readChildren([&] {
         if (m_decoder.key() == LibraryTag::Folder)
             restore.folderNumber = m_decoder.integerValue();
         else if (m_decoder.key() == LibraryTag::Photo)

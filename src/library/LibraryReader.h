@@ -28,8 +28,6 @@ private:
     [[nodiscard]] bool readStructure();
     [[nodiscard]] bool readWindow();
     [[nodiscard]] bool readEffects();
-    template<typename Read>
-    [[nodiscard]] bool readChildren(Read read);
     [[nodiscard]] bool leaveElement(int level);
 
     QVXmlDecoder &m_decoder;

@@ -128,27 +128,10 @@ QString folderFromStored(const QString &stored)
     return stored.startsWith(u'/') ? stored : u'/' + stored;
 }
 
-// Calls `read` for every tag inside the element on which the decoder stands, and stops on the tag that closes it.
-// False when the document ends before, or when `read` says so.
-template<typename Read>
-bool readChildren(QVXmlDecoder &decoder, const Read &read)
-{
-    if (decoder.endTag())
-        return true;
-    const int level = decoder.level();
-    while (decoder.getNextTag()) {
-        if (decoder.level() < level)
-            return true;
-        if (!read())
-            return false;
-    }
-    return false;
-}
-
 // A closing tag reads like an element without attributes: one that is no leaf must not be counted twice.
 bool skipChildren(QVXmlDecoder &decoder)
 {
-    return readChildren(decoder, [] { return true; });
+    return decoder.readChildren([] { return true; });
 }
 
 }
@@ -172,11 +155,11 @@ bool FileRefRegistry::readFileRefs(QVXmlDecoder &decoder, QList<std::shared_ptr<
         orderedArray.append(ref);
         return skipChildren(decoder);
     };
-    return readChildren(decoder, [&] {
+    return decoder.readChildren([&] {
         if (decoder.key() == LibraryTag::Folders)
-            return readChildren(decoder, readFolder);
+            return decoder.readChildren(readFolder);
         if (decoder.key() == LibraryTag::Refs)
-            return readChildren(decoder, readRef);
+            return decoder.readChildren(readRef);
         return true;
     });
 }

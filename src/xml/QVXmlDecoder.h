@@ -69,6 +69,22 @@ public:
     [[nodiscard]] int decodeValueFromValues(const QStringList &values) const;
     [[nodiscard]] int decodeAttribute(QStringView name, const QStringList &values) const;
 
+    /// Calls `read` on every tag inside this element and stops on the tag that closes it. False when the document ends
+    /// before, or when `read` answers so.
+    template<typename Read>
+    [[nodiscard]] bool readChildren(const Read &read)
+    {
+        if (endTag())
+            return true;
+        const int elementLevel = level();
+        while (getNextTag()) {
+            if (level() < elementLevel)
+                return true;
+            if (!read())
+                return false;
+        }
+        return false;
+    }
     /// Skips to the last closing tag of this element's name in the rest of the text and reads it.
     Bookmark skipTag();
     void unskipTag(const Bookmark &bookmark);
