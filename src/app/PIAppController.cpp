@@ -1,6 +1,7 @@
 #include "PIAppController.h"
 
 #include "CropSizes.h"
+#include "DateFormatter.h"
 #include "DirectoryReader.h"
 #include "ExportPreferences.h"
 #include "GiveAlert.h"
@@ -45,6 +46,7 @@ PIAppController::~PIAppController() = default;
 PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QStringList &files,
                                                                        const LibraryPlace &place)
 {
+    g_dateFormatter = DateFormatter();
     m_defaults = std::make_unique<UserDefaults>(UserDefaults::standardPath());
     m_hasRunBefore = m_defaults->value(kHasRun);
     InitializeQuorvane();

@@ -12,8 +12,8 @@ class PIFileRef;
 class PIFolder;
 class PIPhoto;
 
-/// What the file section does to image files and to the references that lead to them. None of it can be undone; none
-/// of it goes beyond the file that the user named. Main thread.
+/// What the file section does to image files and to the references that lead to them. None of it can be undone.
+/// Main thread.
 namespace FileCommands {
 
 /// Renames the photo's file within its folder, over whatever file bears the new name. On failure the file and the

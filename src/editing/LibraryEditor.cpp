@@ -42,7 +42,7 @@ bool LibraryEditor::addPhotos(const PIGroup::PhotoList &photos, std::shared_ptr<
 
 namespace {
 
-/// The item's last group when nothing is selected; a new one when there are none at all.
+/// The library's last group; a new one when there is none.
 std::shared_ptr<PIGroup> lastOrNewGroup(PhotoLibrary &library, UndoRecorder &recorder, UndoName &undoName)
 {
     if (!library.groups().isEmpty())

@@ -1,5 +1,6 @@
 #include "ThumbnailGridModel.h"
 
+#include "DateFormatter.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
 
@@ -56,7 +57,7 @@ void ThumbnailGridModel::learnDate(int row)
     const double seconds = shown->fileRef() && !shown->isFileLost() ? shown->fileRef()->creationTime() : 0;
     QString text;
     if (seconds != 0)
-        text = QLocale().toString(QDateTime::fromSecsSinceEpoch(qint64(seconds)), QLocale::ShortFormat);
+        text = g_dateFormatter.string(QDateTime::fromSecsSinceEpoch(qint64(seconds)).date());
     m_dates.insert(shown->guid(), new QString(text));
 }
 
