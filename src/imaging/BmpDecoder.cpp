@@ -1,5 +1,6 @@
 #include "BmpDecoder.h"
 
+#include "MemoryShare.h"
 #include "PictureLimits.h"
 #include "PixelPlan.h"
 #include "RowReducer.h"
@@ -29,6 +30,12 @@ private:
     const ByteSource &m_source;
 };
 
+/// Qt's reader makes the whole picture.
+qint64 bytesOf(QSize size)
+{
+    return qint64(size.width()) * size.height() * qint64(sizeof(QRgb));
+}
+
 std::optional<ImageHeader> headerOf(QImageReader &reader, QString *reason)
 {
     const QSize size = reader.size();
@@ -36,7 +43,7 @@ std::optional<ImageHeader> headerOf(QImageReader &reader, QString *reason)
         tell(reason, reader.errorString());
         return std::nullopt;
     }
-    if (!isAcceptableSize(size, reason))
+    if (!isAcceptableSize(size, reason) || !isAcceptableWhole(bytesOf(size), reason))
         return std::nullopt;
     const bool hasAlpha = reader.imageFormat() == QImage::Format_ARGB32;
     return ImageHeader{ImageFormat::Bmp, size, hasAlpha};
@@ -79,6 +86,9 @@ std::optional<DecodedImage> BmpDecoder::decode(const ByteSource &source, const D
     QImageReader reader(&device, "bmp");
     const auto header = headerOf(reader, reason);
     if (!header)
+        return std::nullopt;
+    const MemoryShare memory(bytesOf(header->size), source.cancelled());
+    if (!memory.isGranted())
         return std::nullopt;
     QImage image;
     const bool complete = reader.read(&image);

@@ -7,6 +7,7 @@
 #include "RawDecoder.h"
 #include "VipsDecoder.h"
 #include "VipsSupport.h"
+#include "WholePictures.h"
 
 #include <sys/stat.h>
 
@@ -40,6 +41,8 @@ std::optional<Picture> open(int descriptor, const QString &fileName, QString *re
         tell(reason, QStringLiteral("Not a picture of a known kind"));
         return std::nullopt;
     }
+    if (!WholePictures::isAcceptableFile(format, status.st_size, reason))
+        return std::nullopt;
     return Picture{bytes, source, format};
 }
 

@@ -38,6 +38,7 @@ struct Image::Source
     [[nodiscard]] virtual std::optional<QImage> render(const QRect &part, QSize target,
                                                        const std::atomic<bool> *cancelled) const = 0;
     [[nodiscard]] virtual bool isCurrent() const { return true; }
+    [[nodiscard]] virtual QImage embeddedThumbnail() const { return {}; }
 
     QSize size;
     bool hasAlpha = false;
@@ -96,6 +97,14 @@ struct Image::FileSource final : Source
         if (decoded->damaged)
             logDamage(path, identity);
         return std::move(decoded->pixels);
+    }
+
+    QImage embeddedThumbnail() const override
+    {
+        const auto file = openRegularFile(path);
+        if (!file || identityOf(*file) != identity)
+            return {};
+        return Decoder::embeddedThumbnail(file->descriptor.number(), path).value_or(QImage());
     }
 };
 
@@ -268,4 +277,9 @@ std::optional<QImage> Image::pixels(QSize size, const std::atomic<bool> *cancell
     if (cancelled && cancelled->load())
         return std::nullopt;
     return result;
+}
+
+QImage Image::embeddedThumbnail() const
+{
+    return d ? d->embeddedThumbnail() : QImage();
 }

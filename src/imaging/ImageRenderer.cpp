@@ -13,14 +13,6 @@ QString poolKey(const QString &key, QSize size)
 
 }
 
-struct ImageRenderer::Request
-{
-    Image image;
-    QSize size;
-    Done done; // main thread
-    std::atomic<bool> cancelled = false;
-};
-
 ImageRenderer::ImageRenderer(PixelPool &pool)
     : m_pool(pool)
     , m_made(kRemembered)
@@ -40,27 +32,31 @@ QImage ImageRenderer::find(const QString &key, const Image &image, QSize size)
 
 void ImageRenderer::render(const QString &key, const Image &image, QSize size, Done done)
 {
+    run([this, key, image, size, done = std::move(done)](const std::atomic<bool> &cancelled) {
+        return [this, key, image, size, done, pixels = image.pixels(size, &cancelled)] {
+            if (pixels) {
+                m_made.insert(key, new Image(image));
+                m_pool.insert(poolKey(key, size), *pixels);
+            }
+            done(pixels);
+        };
+    });
+}
+
+void ImageRenderer::run(Work work)
+{
     cancel();
-    auto request = std::make_shared<Request>();
-    request->image = image;
-    request->size = size;
-    request->done = [this, key, image, size, done = std::move(done)](const std::optional<QImage> &pixels) {
-        m_current.reset();
-        if (pixels) {
-            m_made.insert(key, new Image(image));
-            m_pool.insert(poolKey(key, size), *pixels);
-        }
-        done(pixels);
-    };
-    m_current = request;
-    m_queue.async([request] {
-        if (request->cancelled)
+    const auto cancelled = std::make_shared<std::atomic<bool>>(false);
+    m_current = cancelled;
+    m_queue.async([this, cancelled, work = std::move(work)] {
+        if (*cancelled)
             return;
-        auto pixels = request->image.pixels(request->size, &request->cancelled);
         // Cancelling happens on the main thread only, so what is not cancelled there has an owner to hand it to.
-        runOnMain([request, pixels = std::move(pixels)] {
-            if (!request->cancelled)
-                request->done(pixels);
+        runOnMain([this, cancelled, then = work(*cancelled)] {
+            if (*cancelled)
+                return;
+            m_current.reset();
+            then();
         });
     });
 }
@@ -68,6 +64,6 @@ void ImageRenderer::render(const QString &key, const Image &image, QSize size, D
 void ImageRenderer::cancel()
 {
     if (m_current)
-        m_current->cancelled = true;
+        *m_current = true;
     m_current.reset();
 }

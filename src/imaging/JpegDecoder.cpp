@@ -4,6 +4,7 @@
 #include "ExifFacts.h"
 #include "JpegMarkers.h"
 #include "JpegReader.h"
+#include "MemoryShare.h"
 #include "PictureLimits.h"
 #include "PixelPlan.h"
 #include "RowReducer.h"
@@ -13,6 +14,9 @@
 #include <cmath>
 
 namespace {
+
+/// A single file that comes in several scans may take half of what all decoders may.
+constexpr qint64 kCoefficientWeight = 2;
 
 struct JpegFacts
 {
@@ -42,6 +46,8 @@ std::optional<JpegFacts> readFacts(const ByteSource &source, std::optional<Orien
         tell(reason, QStringLiteral("The file is too short for the size that it tells"));
         return std::nullopt;
     }
+    if (!isAcceptableWhole(kCoefficientWeight * markers->coefficientBytes, reason))
+        return std::nullopt;
     const Orientation turn = orientation ? *orientation : readExif(markers->exif).orientation;
     const QSize shown = turn.turned(markers->size);
     return JpegFacts{*std::move(markers), turn, shown};
@@ -79,6 +85,11 @@ std::optional<DecodedImage> JpegDecoder::decode(const ByteSource &source, const 
     const auto facts = readFacts(source, orientation, reason);
     if (!facts)
         return std::nullopt;
+    const MemoryShare memory(facts->markers.coefficientBytes, source.cancelled());
+    if (!memory.isGranted()) {
+        tell(reason, QStringLiteral("Cancelled"));
+        return std::nullopt;
+    }
     if (needsColorManagement(facts->markers))
         return VipsDecoder::decode(source, ImageFormat::Jpeg, request, facts->orientation, reason);
 

@@ -82,12 +82,33 @@ private:
     qsizetype m_total = 0;
 };
 
+/// All coefficients of the frame whose component table stands at `table`.
+qint64 bytesOfCoefficients(Cursor &cursor, qint64 table, const JpegMarkers &markers)
+{
+    constexpr int blockSide = 8;
+    constexpr qint64 blockBytes = 64 * sizeof(qint16);
+    const auto sampling = [&](int component) {
+        const int both = cursor.byteAt(table + 3 * component + 1);
+        return QSize(std::clamp(both >> 4, 1, 4), std::clamp(both & 0xf, 1, 4));
+    };
+    QSize most(1, 1);
+    for (int i = 0; i < markers.components; ++i)
+        most = most.expandedTo(sampling(i));
+    const QSize units(markers.size.width() / (most.width() * blockSide) + 1,
+                      markers.size.height() / (most.height() * blockSide) + 1);
+    qint64 blocks = 0;
+    for (int i = 0; i < markers.components; ++i)
+        blocks += qint64(units.width()) * sampling(i).width() * units.height() * sampling(i).height();
+    return blocks * blockBytes;
+}
+
 void readSegment(Cursor &cursor, int marker, qint64 body, int length, JpegMarkers &markers, ProfilePieces &profile)
 {
     if (isFrame(marker) && length >= 6) {
         markers.size = QSize(cursor.numberAt(body + 3), cursor.numberAt(body + 1));
         markers.components = cursor.byteAt(body + 5);
         markers.isProgressive = marker == 0xc2 || marker == 0xca;
+        markers.coefficientBytes = bytesOfCoefficients(cursor, body + 6, markers);
     } else if (marker == 0xe1 && markers.exif.isEmpty()) {
         if (cursor.bytesAt(body, 6) == QByteArrayView("Exif\0\0", 6))
             markers.exif = cursor.bytesAt(body, length);
@@ -115,18 +136,23 @@ std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source)
         return std::nullopt;
     JpegMarkers markers;
     ProfilePieces profile;
+    int componentsOfScan = 0;
     qint64 position = 2;
     for (int i = 0; i < kMaxSegments; ++i) {
         int marker = 0;
         position = nextMarker(cursor, position, marker);
         const int length = position < 0 ? -1 : cursor.numberAt(position);
         constexpr int startOfScan = 0xda;
+        if (marker == startOfScan)
+            componentsOfScan = cursor.byteAt(position + 2);
         if (length < 2 || marker == startOfScan)
             break;
         readSegment(cursor, marker, position + 2, length - 2, markers, profile);
         position += length;
     }
     markers.profile = profile.joined();
+    if (!markers.isProgressive && componentsOfScan == markers.components)
+        markers.coefficientBytes = 0;
     const bool usable = markers.components == 1 || markers.components == 3 || markers.components == 4;
     return usable && !markers.size.isEmpty() ? std::optional(markers) : std::nullopt;
 }

@@ -13,6 +13,8 @@ struct JpegMarkers
     QSize size; ///< as stored
     int components = 0;
     bool isProgressive = false;
+    /// What a decoder must keep of a picture that comes in several scans, at whatever scale; 0 when it comes in one.
+    qint64 coefficientBytes = 0;
     QByteArray exif;    ///< with its "Exif" signature; empty when there is none
     QByteArray profile; ///< ICC; empty when there is none
 };

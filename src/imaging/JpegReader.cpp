@@ -1,5 +1,7 @@
 #include "JpegReader.h"
 
+#include "MemoryShare.h"
+
 #include <jerror.h>
 
 #include <algorithm>
@@ -8,8 +10,8 @@
 
 static_assert(Q_BYTE_ORDER == Q_LITTLE_ENDIAN, "QRgb in memory is blue, green, red, alpha");
 
-// A progressive file keeps all its coefficients in memory; this allows for the largest camera pictures.
-static constexpr long kMaxCoefficientBytes = 900L << 20;
+// What libjpeg asks for besides the coefficients.
+static constexpr long kWorkBytes = 64L << 20;
 // Every scan is a pass over the whole picture: files with thousands of them are made to keep decoders busy.
 static constexpr int kMaxScans = 200;
 
@@ -31,7 +33,7 @@ JpegReader::JpegReader(const ByteSource &source)
     m_progress.progress_monitor = progressed;
     m_info.src = &m_manager;
     m_info.progress = &m_progress;
-    m_info.mem->max_memory_to_use = kMaxCoefficientBytes;
+    m_info.mem->max_memory_to_use = MemoryShare::mostBytes() + kWorkBytes;
 }
 
 JpegReader::~JpegReader()

@@ -1,6 +1,7 @@
 #include "PictureLimits.h"
 
 #include "Decoder.h"
+#include "MemoryShare.h"
 
 void tell(QString *reason, const QString &text)
 {
@@ -18,5 +19,13 @@ bool isAcceptableSize(QSize size, QString *reason)
     if (pixels <= Decoder::kMaxPixels && size.width() <= Decoder::kMaxSide && size.height() <= Decoder::kMaxSide)
         return true;
     tell(reason, QStringLiteral("The picture is too large: %1 × %2 pixels").arg(size.width()).arg(size.height()));
+    return false;
+}
+
+bool isAcceptableWhole(qint64 bytes, QString *reason)
+{
+    if (bytes <= MemoryShare::mostBytes())
+        return true;
+    tell(reason, QStringLiteral("The picture is too large for a file of its kind"));
     return false;
 }

@@ -99,9 +99,9 @@ bool writeUnique(SaveRequest &request, const QByteArray &bytes)
 }
 
 /// The image at exactly `size`, enlarged when it is smaller.
-std::optional<QImage> pixelsAt(const Image &image, QSize size)
+std::optional<QImage> pixelsAt(const Image &image, QSize size, const std::atomic<bool> *cancelled)
 {
-    auto pixels = image.pixels(size.boundedTo(image.size()));
+    auto pixels = image.pixels(size.boundedTo(image.size()), cancelled);
     if (pixels && pixels->size() != size)
         pixels = pixels->scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     return pixels && !pixels->isNull() ? pixels : std::nullopt;
@@ -119,7 +119,7 @@ bool SaveImageCore(int width, int height, const Image &image, SaveRequest &reque
     if (!isAcceptableSize(size, nullptr))
         return false;
     request.rect = size;
-    const auto pixels = pixelsAt(image, size);
+    const auto pixels = pixelsAt(image, size, request.cancelled);
     if (!pixels)
         return false;
     if (request.type == SaveFileType::Automatic)

@@ -25,6 +25,7 @@ struct SaveRequest
     bool embedProfile = true;                            ///< write an sRGB profile where the type can carry one
     bool fullChroma = false;                             ///< JPEG: keep colour at full resolution
     FileWriter::Flush flush = FileWriter::Flush::ToDisk; ///< `No` for files that can be made again
+    const std::atomic<bool> *cancelled = nullptr; ///< set from another thread when nobody wants the file any more
 };
 
 /// Writes the image as JPEG, PNG, TIFF or single-page PDF at the given pixel size (its own where a side is 0). No

@@ -1,10 +1,12 @@
 #include "VipsDecoder.h"
 
 #include "ColorProfile.h"
+#include "MemoryShare.h"
 #include "PictureLimits.h"
 #include "PixelPlan.h"
 #include "VipsPixels.h"
 #include "VipsSupport.h"
+#include "WholePictures.h"
 
 #include <algorithm>
 #include <cmath>
@@ -113,16 +115,6 @@ QSize sizeOf(const VipsPipeline &pipeline)
     return {pipeline.width(), pipeline.height()};
 }
 
-/// A GIF decoder holds the whole picture, whatever size is wanted, and a few bytes suffice to ask it for that.
-bool isAcceptableGif(QSize size, QString *reason)
-{
-    constexpr qint64 most = 64'000'000;
-    const bool isAcceptable = qint64(size.width()) * size.height() <= most;
-    if (!isAcceptable)
-        tell(reason, QStringLiteral("The picture is too large for a GIF file"));
-    return isAcceptable;
-}
-
 /// Opens the picture for its header. A PNG file whose header fails its checksum is refused; other formats complain
 /// there about what is missing at the end.
 std::optional<OpenPicture> openForHeader(const ByteSource &source, ImageFormat format, QString *reason)
@@ -136,7 +128,7 @@ std::optional<OpenPicture> openForHeader(const ByteSource &source, ImageFormat f
         const QString error = takeVipsError();
         tell(reason, error.isEmpty() ? QStringLiteral("The header cannot be read") : error);
     } else if (!isAcceptableSize(sizeOf(picture->pipeline), reason) ||
-               (format == ImageFormat::Gif && !isAcceptableGif(sizeOf(picture->pipeline), reason))) {
+               !WholePictures::isAcceptablePicture(format, source.size(), picture->pipeline.image(), reason)) {
         picture.reset();
     }
     vips_error_clear();
@@ -282,6 +274,9 @@ std::optional<ImageHeader> VipsDecoder::readHeader(const ByteSource &source, Ima
 {
     ensureVips();
     std::optional<ImageHeader> header;
+    const MemoryShare memory(WholePictures::bytesForHeader(format, source.size()), source.cancelled());
+    if (!memory.isGranted())
+        return std::nullopt;
     if (const auto picture = openForHeader(source, format, reason)) {
         const Orientation orientation = orientationOf(picture->pipeline, format);
         header = ImageHeader{format, orientation.turned(sizeOf(picture->pipeline)),
@@ -293,10 +288,31 @@ std::optional<ImageHeader> VipsDecoder::readHeader(const ByteSource &source, Ima
 
 namespace {
 
+/// Opens the picture with a share of memory that lasts for its pixels. What it took for its header is given back
+/// first, for nobody may hold one share and wait for another.
+std::optional<OpenPicture> openForPixels(const ByteSource &source, ImageFormat format,
+                                         std::optional<MemoryShare> &memory, QString *reason)
+{
+    const auto open = [&](qint64 bytes) {
+        memory.emplace(bytes, source.cancelled());
+        return memory->isGranted() ? openForHeader(source, format, reason) : std::nullopt;
+    };
+    const qint64 forHeader = WholePictures::bytesForHeader(format, source.size());
+    auto picture = open(forHeader);
+    if (!picture)
+        return std::nullopt;
+    const qint64 forPixels = WholePictures::bytesForPixels(format, source.size(), picture->pipeline.image());
+    if (std::max(forHeader, forPixels) <= MemoryShare::kSmallBytes)
+        return picture;
+    picture.reset();
+    return open(forPixels);
+}
+
 std::optional<DecodedImage> decodeBestEffort(const ByteSource &source, ImageFormat format, const DecodeRequest &request,
                                              std::optional<Orientation> forced, QString *reason)
 {
-    auto picture = openForHeader(source, format, reason);
+    std::optional<MemoryShare> memory;
+    auto picture = openForPixels(source, format, memory, reason);
     if (!picture)
         return std::nullopt;
     const Orientation orientation = forced ? *forced : orientationOf(picture->pipeline, format);

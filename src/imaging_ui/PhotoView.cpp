@@ -2,6 +2,7 @@
 
 #include "FittedRect.h"
 #include "PIPhoto.h"
+#include "PictureRecipe.h"
 #include "ThumbnailMaker.h"
 
 #include <QEvent>
@@ -9,10 +10,14 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kResizeSettlesMilliseconds = 120;
 constexpr int kDarkerPercent = 108;
+/// A thumbnail at its largest is one of a larger picture, of unknown size.
+constexpr int kMostEnlarged = 100;
 
 }
 
@@ -32,20 +37,24 @@ PhotoView::~PhotoView() = default;
 
 void PhotoView::setPhoto(const std::shared_ptr<PIPhoto> &photo)
 {
-    if (photo != m_photo)
+    if (photo != m_photo) {
+        m_renderer.cancel();
         m_image = {};
+        m_state = State::Empty;
+    }
     m_photo = photo;
     reload();
 }
 
 void PhotoView::reload()
 {
+    const bool present = m_photo && !m_photo->isFileLost();
     const Image before = m_image;
-    m_image = m_photo && !m_photo->isFileLost() ? m_photo->renderedImage(m_imageCache) : Image();
-    if (m_image.isNull()) {
-        showFailure();
-        return;
-    }
+    m_image = present ? m_photo->knownImage(m_imageCache) : Image();
+    if (!present)
+        return showFailure();
+    if (m_image.isNull())
+        return openFile();
     if (!m_image.isSameAs(before) || m_picture.isNull())
         showPreview();
     renderSharp();
@@ -88,7 +97,10 @@ void PhotoView::resizeEvent(QResizeEvent *event)
 void PhotoView::showEvent(QShowEvent *event)
 {
     QWidget::showEvent(event);
-    renderSharp();
+    if (m_photo && m_image.isNull())
+        reload();
+    else
+        renderSharp();
 }
 
 /// What there is at once, laid where the sharp picture will be.
@@ -96,6 +108,35 @@ void PhotoView::showPreview()
 {
     setPicture(m_thumbnails.availableThumbnail(*m_photo));
     setState(State::Preview);
+}
+
+/// Until the file is open, the picture takes the shape that the photo and its thumbnail tell of.
+void PhotoView::openFile()
+{
+    if (m_state != State::Missing && m_state != State::Unreadable)
+        showPreview(); // else the message stands until something better comes
+    if (!isVisible())
+        return m_renderer.cancel(); // done when the view is shown
+    if (!m_photo->fileRef()->verify())
+        return showFailure();
+    m_renderer.run([this, recipe = m_photo->recipe(m_imageCache),
+                    needsPreview = m_picture.isNull()](const std::atomic<bool> &) -> std::function<void()> {
+        const OpenedPicture picture = recipe.open();
+        const QImage embedded = needsPreview ? picture.shown.embeddedThumbnail() : QImage();
+        return [this, picture, embedded] { fileOpened(picture, embedded); };
+    });
+}
+
+void PhotoView::fileOpened(const OpenedPicture &picture, const QImage &embedded)
+{
+    m_photo->takePicture(picture, m_imageCache);
+    m_image = picture.shown;
+    if (m_image.isNull())
+        return showFailure();
+    if (m_picture.isNull())
+        setPicture(embedded);
+    setState(State::Preview);
+    renderSharp();
 }
 
 void PhotoView::renderSharp()
@@ -186,9 +227,24 @@ void PhotoView::paintMessage(QPainter &painter) const
     painter.drawText(text, Qt::AlignHCenter | Qt::AlignTop | Qt::TextWrapAnywhere, message());
 }
 
+/// While the file is not open: what is known of it.
+QSize PhotoView::pictureSize() const
+{
+    if (!m_image.isNull() || !m_photo || m_picture.isNull())
+        return m_image.size();
+    if (!m_photo->cropRect().isEmpty())
+        return m_photo->cropRect().toRect().size();
+    const QSizeF known = m_photo->fileRef() ? m_photo->fileRef()->knownPhotoSize() : QSizeF();
+    if (!known.isEmpty())
+        return known.toSize();
+    const QSize thumbnail = m_picture.size();
+    const bool isWhole = std::max(thumbnail.width(), thumbnail.height()) < ThumbnailMaker::kBoxSide;
+    return isWhole ? thumbnail : thumbnail * kMostEnlarged;
+}
+
 QRect PhotoView::deviceRect() const
 {
-    return fittedDeviceRect(m_image.size(), size(), devicePixelRatioF());
+    return fittedDeviceRect(pictureSize(), size(), devicePixelRatioF());
 }
 
 QString PhotoView::message() const

@@ -13,9 +13,11 @@
 class ImageCache;
 class PIPhoto;
 class ThumbnailMaker;
+struct OpenedPicture;
 
-/// One photo, fitted and centred: at once from its thumbnail, then sharp at the screen's resolution, rendered in the
-/// background. A photo that cannot be shown is replaced by a message.
+/// One photo, fitted and centred: at once from its thumbnail or the small picture that its file carries, then sharp at
+/// the screen's resolution. Files are opened and pictures rendered in the background. A photo that cannot be shown is
+/// replaced by a message.
 class PhotoView : public QWidget
 {
     Q_OBJECT
@@ -55,12 +57,15 @@ protected:
 
 private:
     void showPreview();
+    void openFile();
+    void fileOpened(const OpenedPicture &picture, const QImage &embedded);
     void renderSharp();
     void sharpArrived(const std::optional<QImage> &pixels);
     void showFailure();
     void setState(State state);
     void setPicture(const QImage &pixels);
     void paintMessage(QPainter &painter) const;
+    [[nodiscard]] QSize pictureSize() const;
     [[nodiscard]] QRect deviceRect() const;
     [[nodiscard]] QString message() const;
 
@@ -68,7 +73,7 @@ private:
     ImageCache &m_imageCache;
     ImageRenderer m_renderer;
     std::shared_ptr<PIPhoto> m_photo;
-    Image m_image;
+    Image m_image;     // null while the file is being opened
     QPixmap m_picture; // thumbnail or sharp picture
     State m_state = State::Empty;
     QTimer m_resizeTimer;

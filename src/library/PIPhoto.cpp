@@ -276,22 +276,44 @@ bool PIPhoto::readChild(QVXmlDecoder &decoder)
 
 Image PIPhoto::renderedImage(ImageCache &cache)
 {
+    const Image known = knownImage(cache);
+    if (!known.isNull() || !m_fileRef || m_fileRef->image().isNull())
+        return known;
+    return knownImage(cache); // of the handle that the reference has stored
+}
+
+Image PIPhoto::knownImage(ImageCache &cache) const
+{
     // A handle on the file's former place, or on what it was before it changed, would yield no pixels any more.
+    const auto holds = [this](const Image &image) {
+        return image.isCurrent() && (image.path().isEmpty() || !m_fileRef || image.path() == m_fileRef->path());
+    };
     const Image cached = cache.imageForGuid(m_guid);
-    if (cached.isCurrent() && (cached.path().isEmpty() || !m_fileRef || cached.path() == m_fileRef->path()))
+    if (holds(cached))
         return cached;
-    const Image file = m_fileRef ? m_fileRef->image() : Image();
-    if (file.isNull())
-        return file;
-    const Image shown = renderedFrom(file, m_cropRect, m_filterDicts);
+    const Image file = m_fileRef ? cache.imageForGuid(m_fileRef->guid()) : Image();
+    if (!holds(file))
+        return {};
+    const Image shown = PictureRecipe::renderedFrom(file, m_cropRect, m_filterDicts);
     cache.storeImage(shown, m_guid);
     return shown;
 }
 
-Image PIPhoto::renderedFrom(const Image &file, const QRectF &crop, const EffectChain &chain)
+PictureRecipe PIPhoto::recipe(const ImageCache &cache) const
 {
-    Image shown = crop.isEmpty() ? file : file.cropped(crop);
-    if (shown.isNull())
-        shown = file; // the crop lies outside a picture that has become smaller
-    return chain.isEmpty() ? shown : shown.withEffects(chain);
+    if (!m_fileRef)
+        return {};
+    return {m_fileRef->path(), cache.imageForGuid(m_fileRef->guid()), m_cropRect, m_filterDicts};
+}
+
+void PIPhoto::takePicture(const OpenedPicture &picture, ImageCache &cache)
+{
+    if (!m_fileRef || picture.file.isNull() || m_fileRef->path() != picture.file.path())
+        return;
+    m_fileRef->setPhotoSize(picture.file.size());
+    // Who shows the photo by an equal handle need not begin again.
+    if (!cache.imageForGuid(m_fileRef->guid()).isCurrent())
+        cache.storeImage(picture.file, m_fileRef->guid());
+    if (picture.shown.isNull() || !cache.imageForGuid(m_guid).isCurrent())
+        cache.storeImage(picture.shown, m_guid);
 }

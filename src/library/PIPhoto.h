@@ -5,6 +5,7 @@
 #include "Image.h"
 #include "NotFound.h"
 #include "PIFileRef.h"
+#include "PictureRecipe.h"
 
 #include <QImage>
 #include <QList>
@@ -80,10 +81,14 @@ public:
     [[nodiscard]] static std::shared_ptr<PIPhoto> fromArchive(QVXmlDecoder &decoder, const FileRefRegistry &refs);
 
     // Pictures. The thumbnail maker does the work and keeps the pixels; these fields are its notes on the photo.
-    /// The picture as it is to be shown, cropped and filtered; null when the file is lost or unreadable.
+    /// The picture as it is to be shown, cropped and filtered; null when the file is lost or unreadable. Reads the
+    /// file's header when no handle is at hand, so a window asks for knownImage() and lets a job open the recipe.
     [[nodiscard]] Image renderedImage(ImageCache &cache);
-    /// The picture of a file with a photo's crop and effects. Any thread.
-    [[nodiscard]] static Image renderedFrom(const Image &file, const QRectF &crop, const EffectChain &chain);
+    /// The same if a handle is at hand that still holds, else null. Never opens the file.
+    [[nodiscard]] Image knownImage(ImageCache &cache) const;
+    [[nodiscard]] PictureRecipe recipe(const ImageCache &cache) const;
+    /// Keeps what a job opened from the photo's present recipe. Handles that still hold stay.
+    void takePicture(const OpenedPicture &picture, ImageCache &cache);
     /// Seconds since 1970 of the thumbnail file's date; 0 when none was made.
     [[nodiscard]] quint64 thumbnailDate() const { return m_thumbnailDate; }
     void setThumbnailDate(quint64 seconds) { m_thumbnailDate = seconds; }

@@ -20,7 +20,8 @@ constexpr quint64 kJobsPerRound = 10;
 QImage readThumbnail(const QString &path)
 {
     const auto file = openRegularFile(path);
-    if (!file)
+    constexpr qint64 mostBytes = 256 * 1024; // a thumbnail takes far less, and the main thread must not wait for more
+    if (!file || file->size > mostBytes)
         return {};
     const auto header = Decoder::readHeader(file->descriptor.number(), path);
     const QSize box(ThumbnailMaker::kBoxSide, ThumbnailMaker::kBoxSide);
@@ -32,22 +33,11 @@ QImage readThumbnail(const QString &path)
 
 }
 
-/// What a job needs to know, copied while the photo could not change.
-struct ThumbnailMaker::Recipe
-{
-    QString thumbnailPath;
-    QString path;
-    Image file; ///< null when no handle on the file is at hand
-    QRectF crop;
-    EffectChain chain;
-};
-
 struct ThumbnailMaker::Result
 {
     QImage thumbnail; ///< null when none could be made
     quint64 date = 0;
-    Image file;
-    Image shown; ///< null when the effects failed
+    OpenedPicture picture; ///< what is shown is null when the effects failed
 };
 
 ThumbnailMaker::ThumbnailMaker(const QString &cacheFolder, ImageCache &imageCache, NotificationCenter &notifications)
@@ -55,13 +45,13 @@ ThumbnailMaker::ThumbnailMaker(const QString &cacheFolder, ImageCache &imageCach
     , m_imageCache(imageCache)
     , m_notifications(notifications)
     , m_pool(PixelPool::standardBudget())
-    , m_alive(std::make_shared<bool>(true))
+    , m_ended(std::make_shared<std::atomic<bool>>(false))
     , m_queue(QStringLiteral("hmphoto.thumbnail"))
 {}
 
 ThumbnailMaker::~ThumbnailMaker()
 {
-    *m_alive = false;
+    *m_ended = true;
 }
 
 QImage ThumbnailMaker::thumbnail(PIPhoto &photo)
@@ -149,18 +139,16 @@ void ThumbnailMaker::makeThumbnail(PIPhoto &photo)
     }
     if (!photo.fileRef() || !photo.fileRef()->verify())
         return;
-    const PIFileRef &fileRef = *photo.fileRef();
-    Recipe recipe{thumbnailPath(photo), fileRef.path(), m_imageCache.imageForGuid(fileRef.guid()), photo.cropRect(),
-                  photo.filterDicts()};
-    if (recipe.file.path() != recipe.path)
-        recipe.file = Image();
     m_inFlight.insert(photo.guid(), {});
     if (++m_sequence % kJobsPerRound == 0)
         m_queue.barrierAsync([] {});
-    m_queue.async([this, recipe, guid = photo.guid(), waiting = photo.weak_from_this(), alive = m_alive] {
-        Result result = runJob(recipe);
-        runOnMain([this, guid, waiting, alive, result = std::move(result)] {
-            if (*alive)
+    m_queue.async([this, recipe = photo.recipe(m_imageCache), path = thumbnailPath(photo), guid = photo.guid(),
+                   waiting = photo.weak_from_this(), ended = m_ended] {
+        if (*ended)
+            return;
+        Result result = runJob(recipe, path, *ended);
+        runOnMain([this, guid, waiting, ended, result = std::move(result)] {
+            if (!*ended)
                 finish(guid, waiting, result);
         });
     });
@@ -168,7 +156,7 @@ void ThumbnailMaker::makeThumbnail(PIPhoto &photo)
 
 namespace {
 
-bool writeThumbnail(const Image &image, const QString &path)
+bool writeThumbnail(const Image &image, const QString &path, const std::atomic<bool> &cancelled)
 {
     const QSize size = CenterRectangle(image.size(), {ThumbnailMaker::kBoxSide, ThumbnailMaker::kBoxSide});
     SaveRequest request;
@@ -177,28 +165,29 @@ bool writeThumbnail(const Image &image, const QString &path)
     request.compression = kJpegCompression;
     request.embedProfile = false;
     request.flush = FileWriter::Flush::No; // it can be made again
+    request.cancelled = &cancelled;
     return SaveImageCore(size.width(), size.height(), image, request);
 }
 
 }
 
 // On a thread of the queue.
-ThumbnailMaker::Result ThumbnailMaker::runJob(const Recipe &recipe)
+ThumbnailMaker::Result ThumbnailMaker::runJob(const PictureRecipe &recipe, const QString &thumbnailPath,
+                                              const std::atomic<bool> &cancelled)
 {
     Result result;
-    result.file = recipe.file.isCurrent() ? recipe.file : Image::fromFile(recipe.path);
-    if (result.file.isNull())
+    result.picture = recipe.open();
+    if (result.picture.file.isNull())
         return result;
-    result.shown = PIPhoto::renderedFrom(result.file, recipe.crop, recipe.chain);
-    if (!writeThumbnail(result.shown, recipe.thumbnailPath)) {
+    if (!writeThumbnail(result.picture.shown, thumbnailPath, cancelled)) {
         // Effects that yield nothing leave the picture as the file has it.
-        result.shown = Image();
-        if (recipe.chain.isEmpty() || !writeThumbnail(result.file, recipe.thumbnailPath))
+        result.picture.shown = Image();
+        if (recipe.chain.isEmpty() || !writeThumbnail(result.picture.file, thumbnailPath, cancelled))
             return result;
     }
-    if (const auto date = FileDates::dateOf(recipe.thumbnailPath)) {
+    if (const auto date = FileDates::dateOf(thumbnailPath)) {
         result.date = static_cast<quint64>(*date);
-        result.thumbnail = readThumbnail(recipe.thumbnailPath);
+        result.thumbnail = readThumbnail(thumbnailPath);
     }
     return result;
 }
@@ -226,11 +215,6 @@ void ThumbnailMaker::install(const std::shared_ptr<PIPhoto> &photo, const Result
     m_pool.insert(photo->guid(), result.thumbnail);
     photo->setThumbnailDate(result.date);
     photo->setWaitingForThumbnail(false);
-    const auto &fileRef = photo->fileRef();
-    if (fileRef && fileRef->path() == result.file.path()) {
-        fileRef->setPhotoSize(result.file.size());
-        m_imageCache.storeImage(result.file, fileRef->guid());
-        m_imageCache.storeImage(result.shown, photo->guid());
-    }
+    photo->takePicture(result.picture, m_imageCache);
     m_notifications.post(kThumbnailNotification, photo);
 }

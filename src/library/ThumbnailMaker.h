@@ -9,9 +9,11 @@
 #include <QImage>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
 class PIPhoto;
+struct PictureRecipe;
 
 /// Thumbnails of photos: from memory, from the cache folder, or made in the background and announced with
 /// "hmphoto.thumbnail". Lives on the main thread; the thumbnails in memory share a byte budget.
@@ -21,6 +23,7 @@ public:
     static constexpr int kBoxSide = 240; ///< pixels
 
     ThumbnailMaker(const QString &cacheFolder, ImageCache &imageCache, NotificationCenter &notifications);
+    /// Jobs under way are given up.
     ~ThumbnailMaker();
     ThumbnailMaker(const ThumbnailMaker &) = delete;
     ThumbnailMaker &operator=(const ThumbnailMaker &) = delete;
@@ -56,11 +59,11 @@ public:
     void waitUntilIdle();
 
 private:
-    struct Recipe;
     struct Result;
 
     void makeThumbnail(PIPhoto &photo);
-    [[nodiscard]] static Result runJob(const Recipe &recipe);
+    [[nodiscard]] static Result runJob(const PictureRecipe &recipe, const QString &thumbnailPath,
+                                       const std::atomic<bool> &cancelled);
     void finish(const QString &guid, const std::weak_ptr<PIPhoto> &waiting, const Result &result);
     void install(const std::shared_ptr<PIPhoto> &photo, const Result &result);
 
@@ -73,6 +76,6 @@ private:
     /// The guids of all jobs under way, because two jobs must not write one file. The value is another photo of that
     /// guid, such as a restored copy, whose turn comes next.
     QHash<QString, std::weak_ptr<PIPhoto>> m_inFlight;
-    std::shared_ptr<bool> m_alive; // results that arrive after the end find it false
-    DispatchQueue m_queue;         // last: its jobs end before anything above goes away
+    std::shared_ptr<std::atomic<bool>> m_ended; // ends the jobs, and outlives us for results that arrive later
+    DispatchQueue m_queue;                      // last: its jobs end before anything above goes away
 };

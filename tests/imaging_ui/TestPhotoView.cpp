@@ -1,3 +1,4 @@
+#include "CameraFile.h"
 #include "TestRunner.h"
 
 #include "Decoder.h"
@@ -36,6 +37,11 @@ struct Desk
     std::shared_ptr<PIPhoto> photo(const QString &name)
     {
         return std::make_shared<PIPhoto>(library.fileRefs().fileRefForPath(dir.filePath(name)));
+    }
+    std::shared_ptr<PIPhoto> file(const QString &name, const QByteArray &bytes)
+    {
+        QFile file(dir.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? photo(name) : nullptr;
     }
     /// Stripes of one pixel, which only a rendering at full resolution shows as such: of two colours that mix to
     /// another.
@@ -84,19 +90,51 @@ private Q_SLOTS:
         QVERIFY2(sharp < 5 || sharp > 250, qPrintable(QString::number(sharp)));
     }
 
+    void theFilesOwnSmallPictureStandsInForTheThumbnail()
+    {
+        Desk desk;
+        const auto photo =
+            desk.file(QStringLiteral("a.jpg"), CameraFile::twoColors(QColor(Qt::red), QColor(Qt::green)));
+        desk.show();
+        QList<QColor> shown;
+        QList<QRectF> places;
+        connect(&desk.view, &PhotoView::stateChanged, &desk.view, [&] {
+            shown << desk.centre();
+            places << desk.view.pictureRect();
+        });
+        desk.view.setPhoto(photo);
+        QVERIFY(desk.view.pictureRect().isEmpty()); // the file is not read by the main thread
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        QCOMPARE(shown.size(), 3);
+        QVERIFY(shown.at(1).green() > 90 && shown.at(1).red() < 20);
+        QVERIFY(shown.at(2).red() > 240 && shown.at(2).green() < 20);
+        QCOMPARE(places.at(1), places.at(2));
+
+        photo->setCropRect({0, 0, 400, 300}); // of which the small picture knows nothing
+        desk.library.thumbnails().updateForFilters(*photo);
+        shown.clear();
+        desk.view.setPhoto(nullptr);
+        desk.view.setPhoto(photo);
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        QVERIFY(std::none_of(shown.begin(), shown.end(), [](const QColor &color) { return color.red() < 20; }));
+    }
+
     void theNewestPhotoWins()
     {
         Desk desk;
+        const auto broken = desk.file(QStringLiteral("text.jpg"), "this is no picture");
         const auto first = desk.stripes(QStringLiteral("a.png"), {1200, 900}, 0xffff0000, 0xffff0000);
         const auto second = desk.stripes(QStringLiteral("b.png"), {1200, 900}, 0xff0000ff, 0xff0000ff);
         desk.show();
         QList<QColor> sharp;
         connect(&desk.view, &PhotoView::stateChanged, &desk.view, [&] {
+            QVERIFY(desk.view.state() != State::Unreadable);
             if (desk.view.state() == State::Sharp)
                 sharp << desk.centre();
         });
         for (int turn = 0; turn < 10; ++turn) {
             desk.view.setPhoto(first);
+            desk.view.setPhoto(broken);
             desk.view.setPhoto(second);
         }
         QTRY_COMPARE(sharp.size(), 1);
@@ -153,14 +191,12 @@ private Q_SLOTS:
     {
         QFETCH(QString, name);
         Desk desk;
-        QFile text(desk.dir.filePath(QStringLiteral("text.jpg")));
-        QVERIFY(text.open(QIODevice::WriteOnly));
-        text.write("this is no picture");
-        text.close();
+        QVERIFY(desk.file(QStringLiteral("text.jpg"), "this is no picture"));
         desk.show();
         const QImage empty = desk.view.grab().toImage();
         desk.view.setPhoto(desk.photo(name));
-        QTEST(desk.view.state(), "state");
+        QFETCH(State, state);
+        QTRY_COMPARE(desk.view.state(), state);
         QVERIFY(desk.view.accessibleDescription().contains(name));
         QVERIFY(desk.view.grab().toImage() != empty);
     }
@@ -169,7 +205,7 @@ private Q_SLOTS:
     {
         Desk desk;
         const auto photo = desk.stripes(QStringLiteral("a.png"), {400, 300}, 0xffff0000, 0xffff0000);
-        desk.view.setPhoto(photo); // not shown yet, so nothing is rendered
+        desk.view.setPhoto(photo); // not shown yet, so nothing is opened
         QCOMPARE(desk.view.state(), State::Preview);
         QVERIFY(QFile::remove(desk.dir.filePath(QStringLiteral("a.png"))));
         desk.show();

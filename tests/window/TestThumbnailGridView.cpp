@@ -1,3 +1,4 @@
+#include "CameraFile.h"
 #include "TestRunner.h"
 
 #include "Decoder.h"
@@ -8,7 +9,6 @@
 #include "ThumbnailGridView.h"
 
 #include <QAbstractItemModelTester>
-#include <QBuffer>
 #include <QFile>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -17,45 +17,6 @@
 #include <QWheelEvent>
 
 namespace {
-
-QByteArray jpeg(const QColor &color, QSize size)
-{
-    QImage image(size, QImage::Format_RGB32);
-    image.fill(color);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "JPG", 90);
-    return bytes;
-}
-
-QByteArray bigEndian(quint32 value, int bytes)
-{
-    QByteArray text;
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
-        text.append(char(value >> shift & 0xff));
-    return text;
-}
-
-QByteArray exifEntry(quint32 tag, quint32 type, quint32 value)
-{
-    const QByteArray padded = type == 3 ? bigEndian(value, 2) + bigEndian(0, 2) : bigEndian(value, 4);
-    return bigEndian(tag, 2) + bigEndian(type, 2) + bigEndian(1, 4) + padded;
-}
-
-/// A JPEG file of one colour that carries a small picture of another.
-QByteArray cameraFile(const QColor &color, const QColor &embedded)
-{
-    const QByteArray small = jpeg(embedded, {160, 120});
-    const quint32 second = 8 + 2 + 12 + 4;
-    const quint32 picture = second + 2 + 3 * 12 + 4;
-    const QByteArray exif = QByteArray("Exif\0\0MM\0*", 10) + bigEndian(8, 4) + bigEndian(1, 2) +
-                            exifEntry(0x0112, 3, 1) + bigEndian(second, 4) + bigEndian(3, 2) + exifEntry(0x0103, 3, 6) +
-                            exifEntry(0x0201, 4, picture) + exifEntry(0x0202, 4, quint32(small.size())) +
-                            bigEndian(0, 4) + small;
-    return QByteArray("\xff\xd8\xff\xe1") + bigEndian(quint32(exif.size() + 2), 2) + exif +
-           jpeg(color, {800, 600}).mid(2);
-}
 
 /// A library with one folder, and the grid beside it.
 struct Desk
@@ -368,7 +329,7 @@ private Q_SLOTS:
     void linesOfTextMakeTheTilesHigher()
     {
         Desk desk;
-        desk.addFile(QStringLiteral("a.jpg"), jpeg(Qt::red, {80, 60}));
+        desk.addFile(QStringLiteral("a.jpg"), CameraFile::jpeg(Qt::red, {80, 60}));
         desk.addPhotos(1000).show();
         const auto height = [&] { return desk.view.visualRect(desk.index(0)).height(); };
         const int bare = height();
@@ -386,7 +347,7 @@ private Q_SLOTS:
     void theModelTellsOfEachPhoto()
     {
         Desk desk;
-        const auto photo = desk.addFile(QStringLiteral("my [photo].jpg"), jpeg(Qt::red, {80, 60}));
+        const auto photo = desk.addFile(QStringLiteral("my [photo].jpg"), CameraFile::jpeg(Qt::red, {80, 60}));
         photo->setCaption(QStringLiteral("Harbour"));
         photo->setMarked(true);
         desk.folder->photos().append(std::make_shared<PIPhoto>()); // of no file at all
@@ -406,10 +367,10 @@ private Q_SLOTS:
     void thumbnailsAppearAndFollowTheirFiles()
     {
         Desk desk;
-        const auto photo = desk.addFile(QStringLiteral("a.jpg"), jpeg(Qt::red, {800, 600}));
-        desk.addFile(QStringLiteral("b.jpg"), jpeg(Qt::green, {600, 800}));
+        const auto photo = desk.addFile(QStringLiteral("a.jpg"), CameraFile::jpeg(Qt::red, {800, 600}));
+        desk.addFile(QStringLiteral("b.jpg"), CameraFile::jpeg(Qt::green, {600, 800}));
         desk.addFile(QStringLiteral("c.jpg"), QByteArray("no picture"));
-        desk.addFile(QStringLiteral("d.jpg"), jpeg(Qt::blue, {30, 30}));
+        desk.addFile(QStringLiteral("d.jpg"), CameraFile::jpeg(Qt::blue, {30, 30}));
         desk.show();
         QTRY_VERIFY(isAbout(desk.colorAt(0), Qt::red));
         QTRY_VERIFY(isAbout(desk.colorAt(1), Qt::green));
@@ -420,7 +381,7 @@ private Q_SLOTS:
 
         QFile file(desk.dir.filePath(QStringLiteral("a.jpg")));
         QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(jpeg(Qt::yellow, {800, 600}));
+        file.write(CameraFile::jpeg(Qt::yellow, {800, 600}));
         file.close();
         desk.library.thumbnails().fileChanged(*photo);
         QTRY_VERIFY(isAbout(desk.colorAt(0), Qt::yellow));
@@ -429,7 +390,7 @@ private Q_SLOTS:
     void aMarkShowsAtOnce()
     {
         Desk desk;
-        const auto photo = desk.addFile(QStringLiteral("a.jpg"), jpeg(Qt::red, {800, 600}));
+        const auto photo = desk.addFile(QStringLiteral("a.jpg"), CameraFile::jpeg(Qt::red, {800, 600}));
         desk.show();
         QTRY_VERIFY(isAbout(desk.colorAt(0), Qt::red));
         const QImage before = desk.view.viewport()->grab().toImage();
@@ -443,9 +404,9 @@ private Q_SLOTS:
     {
         QTemporaryDir outside;
         Desk desk(outside.filePath(QStringLiteral("gone"))); // no thumbnail can ever be written there
-        const auto untouched = desk.addFile(QStringLiteral("a.jpg"), cameraFile(Qt::red, Qt::green));
-        const auto cropped = desk.addFile(QStringLiteral("b.jpg"), cameraFile(Qt::red, Qt::green));
-        desk.addFile(QStringLiteral("c.jpg"), jpeg(Qt::red, {800, 600}));
+        const auto untouched = desk.addFile(QStringLiteral("a.jpg"), CameraFile::twoColors(Qt::red, Qt::green));
+        const auto cropped = desk.addFile(QStringLiteral("b.jpg"), CameraFile::twoColors(Qt::red, Qt::green));
+        desk.addFile(QStringLiteral("c.jpg"), CameraFile::jpeg(Qt::red, {800, 600}));
         cropped->setCropRect({0, 0, 100, 100});
         desk.show();
         QTRY_VERIFY(isAbout(desk.colorAt(0), Qt::green));
