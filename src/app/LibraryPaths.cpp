@@ -6,6 +6,7 @@
 #include "UserPaths.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstring>
@@ -30,6 +31,19 @@ bool wantsAlternatePlace(const QString &support, Qt::KeyboardModifiers modifiers
 {
     const Qt::KeyboardModifiers wanted = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
     return (modifiers & wanted) == wanted && entryTypeAt(join(join(support, kMakerFolder), kAdvancedUserEntry));
+}
+
+}
+
+namespace {
+
+/// Where the links lead, so that saving replaces the file and not a link to it; also when the file is not there yet.
+QString withoutLinks(QString path)
+{
+    constexpr int mostLinks = 40; // the kernel's own limit
+    for (int i = 0; i < mostLinks && QFileInfo(path).isSymLink(); ++i)
+        path = QFileInfo(path).symLinkTarget();
+    return path;
 }
 
 }
@@ -62,6 +76,6 @@ std::optional<LibraryPaths> prepareLibraryPaths(const LibraryPlace &place)
     paths.thumbnailFolder = join(cacheHome, "Thumbnails");
     if (!makeFolder(paths.thumbnailFolder))
         return std::nullopt;
-    paths.databasePath = join(paths.libraryFolder, "Photo.xml");
+    paths.databasePath = withoutLinks(join(paths.libraryFolder, "Photo.xml"));
     return paths;
 }

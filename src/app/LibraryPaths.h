@@ -8,7 +8,7 @@
 struct LibraryPaths
 {
     QString libraryFolder;
-    QString databasePath;    ///< the library file, "Photo.xml"
+    QString databasePath;    ///< the library file, "Photo.xml", or what that leads to as a symbolic link
     QString thumbnailFolder; ///< cached thumbnails
 };
 

@@ -15,6 +15,7 @@
 #include "PIWindowController.h"
 #include "PhotoLibrary.h"
 #include "PrintSettings.h"
+#include "StringUtilities.h"
 #include "TerminationSignals.h"
 #include "ThumbnailFolder.h"
 #include "Toolkit.h"
@@ -73,7 +74,7 @@ PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QSt
 
 PIAppController::Launch PIAppController::claimLibrary(const QStringList &files)
 {
-    m_instance = std::make_unique<SingleInstance>(m_paths.libraryFolder);
+    m_instance = std::make_unique<SingleInstance>(QVString::deletingLastPathComponent(m_paths.databasePath));
     switch (m_instance->claim(files)) {
     case SingleInstance::Claim::HandedOver:
         return Launch::HandedOver;

@@ -1,3 +1,4 @@
+#include "DispatchQueue.h"
 #include "MessageBoxAlertPresenter.h"
 #include "PIAppController.h"
 #include "ScreenshotRun.h"
@@ -7,6 +8,7 @@
 #include <QDir>
 #include <QIcon>
 
+#include <cstdlib>
 #include <memory>
 
 namespace {
@@ -60,5 +62,7 @@ int main(int argc, char *argv[])
         controller.applicationWillTerminate();
     }
     AlertPresenter::install(nullptr);
+    if (DispatchQueue::isAnyLeftBehind()) // everything is saved by now
+        std::_Exit(status);
     return status;
 }

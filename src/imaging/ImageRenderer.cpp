@@ -16,7 +16,7 @@ QString poolKey(const QString &key, QSize size)
 ImageRenderer::ImageRenderer(PixelPool &pool)
     : m_pool(pool)
     , m_made(kRemembered)
-    , m_queue(QStringLiteral("hmphoto.render"), kThreads)
+    , m_queue(QStringLiteral("hmphoto.render"), kThreads, DispatchQueue::AtEnd::LeaveBehind)
 {}
 
 ImageRenderer::~ImageRenderer()

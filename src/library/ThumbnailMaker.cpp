@@ -46,7 +46,7 @@ ThumbnailMaker::ThumbnailMaker(const QString &cacheFolder, ImageCache &imageCach
     , m_notifications(notifications)
     , m_pool(PixelPool::standardBudget())
     , m_ended(std::make_shared<std::atomic<bool>>(false))
-    , m_queue(QStringLiteral("hmphoto.thumbnail"))
+    , m_queue(QStringLiteral("hmphoto.thumbnail"), /*maxThreads=*/0, DispatchQueue::AtEnd::LeaveBehind)
 {}
 
 ThumbnailMaker::~ThumbnailMaker()

@@ -10,12 +10,14 @@
 #include <QThreadPool>
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <exception>
 #include <mutex>
 #include <set>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -126,9 +128,32 @@ bool DispatchQueue::State::allDoneBefore(quint64 number) const
     return (waiting.empty() || waiting.front().number >= number) && (running.empty() || *running.begin() >= number);
 }
 
-DispatchQueue::DispatchQueue(const QString &label, int maxThreads)
+DispatchQueue::DispatchQueue(const QString &label, int maxThreads, AtEnd atEnd)
     : m_state(std::make_shared<State>(label, maxThreads > 0 ? maxThreads : std::max(1, QThread::idealThreadCount())))
+    , m_atEnd(atEnd)
 {}
+
+struct DispatchQueue::LeftBehind
+{
+    static LeftBehind &shared()
+    {
+        static auto *instance = new LeftBehind; // never destroyed: its threads may run to the very end
+        return *instance;
+    }
+
+    std::mutex mutex;
+    std::vector<std::shared_ptr<State>> states;
+};
+
+bool DispatchQueue::isAnyLeftBehind()
+{
+    LeftBehind &left = LeftBehind::shared();
+    const std::lock_guard lock(left.mutex);
+    return std::any_of(left.states.begin(), left.states.end(), [](const auto &state) {
+        const std::lock_guard stateLock(state->mutex);
+        return state->workers > 0;
+    });
+}
 
 DispatchQueue::~DispatchQueue()
 {
@@ -139,8 +164,17 @@ DispatchQueue::~DispatchQueue()
     lock.unlock();
     dropped.clear(); // what the blocks hold may run code of its own, which must not find the lock taken
     lock.lock();
-    m_state->changed.wait(lock, [this] { return m_state->workers == 0; });
+    constexpr std::chrono::milliseconds aMoment(200);
+    const auto ended = [this] { return m_state->workers == 0; };
+    if (m_atEnd == AtEnd::Wait)
+        m_state->changed.wait(lock, ended);
+    const bool allEnded = m_state->changed.wait_for(lock, aMoment, ended);
     lock.unlock();
+    if (!allEnded) {
+        const std::lock_guard leftLock(LeftBehind::shared().mutex);
+        LeftBehind::shared().states.push_back(m_state);
+        return;
+    }
     m_state->pool.waitForDone();
 }
 

@@ -12,11 +12,20 @@ class DispatchQueue
 {
 public:
     using Block = std::function<void()>;
+    /// What becomes of blocks that run when the queue ends.
+    enum class AtEnd {
+        Wait,
+        /// They are waited for only a moment. For blocks that may be deep in a library that cannot be interrupted,
+        /// and that touch nothing which goes away.
+        LeaveBehind
+    };
 
     /// `maxThreads` 0 means one thread per processor.
-    explicit DispatchQueue(const QString &label, int maxThreads = 0);
-    /// Drops the blocks that have not started and waits for those that run.
+    explicit DispatchQueue(const QString &label, int maxThreads = 0, AtEnd atEnd = AtEnd::Wait);
+    /// Drops the blocks that have not started.
     ~DispatchQueue();
+    /// Whether blocks that were left behind still run: then the program must end without destroying what they use.
+    [[nodiscard]] static bool isAnyLeftBehind();
     DispatchQueue(const DispatchQueue &) = delete;
     DispatchQueue &operator=(const DispatchQueue &) = delete;
 
@@ -30,7 +39,9 @@ public:
 
 private:
     struct State;
+    struct LeftBehind;
     std::shared_ptr<State> m_state;
+    AtEnd m_atEnd;
 };
 
 /// Runs `block` on the main thread in a later turn of its event loop; blocks keep the order in which one thread

@@ -37,8 +37,8 @@ char *encodeCharacter(QStringView text, qsizetype &i, char *out)
         code = QChar::surrogateToUcs4(static_cast<char16_t>(code), text.utf16()[i++]);
     else if (QChar::isSurrogate(code))
         code = QChar::ReplacementCharacter;
-    else if (code < 0xa0)
-        return out; // the upper control characters
+    else if (code < 0xa0 || code >= 0xfffe)
+        return out; // the upper control characters, and the two codes that no document may hold
 
     const auto continuation = [code](int shift) { return static_cast<char>(0x80 | ((code >> shift) & 0x3f)); };
     if (code < 0x800) {

@@ -111,6 +111,22 @@ private Q_SLOTS:
         QCOMPARE(home.saved(), saved);
     }
 
+    void aLinkedLibraryStaysALink()
+    {
+        Home home;
+        QDir().mkpath(QFileInfo(home.database()).path());
+        QDir().mkpath(home.path(QStringLiteral("elsewhere")));
+        const QString target = home.path(QStringLiteral("elsewhere/Mine.xml"));
+        QVERIFY(QFile::link(target, home.path(QStringLiteral("elsewhere/link"))));
+        QVERIFY(QFile::link(home.path(QStringLiteral("elsewhere/link")), home.database()));
+        QCOMPARE(home.run({}), 0);
+        QCOMPARE(home.run({}), 0);
+        QVERIFY(QFileInfo(home.database()).isSymLink());
+        QVERIFY(QFileInfo(target).isFile() && !QFileInfo(target).isSymLink());
+        QVERIFY(QFileInfo::exists(home.path(QStringLiteral("elsewhere/Photo~.xml"))));
+        QCOMPARE(home.saved(), QStringLiteral("New Group(New Folder())"));
+    }
+
     void aDamagedLibraryIsCopiedAside()
     {
         Home home;

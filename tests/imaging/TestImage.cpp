@@ -1,5 +1,6 @@
 #include "FilterBackEnd.h"
 #include "Image.h"
+#include "SaveImage.h"
 #include "SystemLog.h"
 #include "TestPictures.h"
 #include "TestRunner.h"
@@ -299,6 +300,9 @@ void TestImage::stopsWhenCancelled()
     const Image image = Image::fromPixels(colorful(QSize(40, 20)));
     QVERIFY(!image.pixels(QSize(), &cancelled));
     QVERIFY(!image.withEffects(chainOf({"Invert"})).pixels(QSize(), &cancelled));
+    SaveRequest request;
+    request.cancelled = &cancelled;
+    QVERIFY(!SaveImageCore(0, 0, image, request));
 }
 
 /// One handle, many threads, all formats at once: as thumbnail jobs use them.

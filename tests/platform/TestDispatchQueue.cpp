@@ -23,6 +23,7 @@ private Q_SLOTS:
     void blocksRunConcurrently();
     void barrierSeparatesWhatCameBeforeAndAfter();
     void destructionDropsWhatHasNotStarted();
+    void leavesBehindWhatDoesNotEnd();
     void waitingEndsAlthoughMoreIsSubmittedMeanwhile();
     void anExceptionIsLoggedAndTheQueueGoesOn();
     void manyThreadsMaySubmit();
@@ -97,6 +98,26 @@ void TestDispatchQueue::destructionDropsWhatHasNotStarted()
     ending.join();
     QVERIFY(dropped);
     QCOMPARE(ran.load(), 1);
+}
+
+void TestDispatchQueue::leavesBehindWhatDoesNotEnd()
+{
+    std::promise<void> started;
+    const auto release = std::make_shared<std::promise<void>>();
+    const auto later = std::make_shared<std::atomic<bool>>(false);
+    {
+        DispatchQueue queue(QStringLiteral("test.left"), 1, DispatchQueue::AtEnd::LeaveBehind);
+        queue.async([&started, release] {
+            started.set_value();
+            release->get_future().wait();
+        });
+        queue.async([later] { *later = true; });
+        started.get_future().wait();
+    }
+    QVERIFY(DispatchQueue::isAnyLeftBehind());
+    release->set_value();
+    QTRY_VERIFY(!DispatchQueue::isAnyLeftBehind());
+    QVERIFY(!*later);
 }
 
 void TestDispatchQueue::waitingEndsAlthoughMoreIsSubmittedMeanwhile()

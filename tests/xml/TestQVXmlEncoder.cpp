@@ -77,6 +77,8 @@ void TestQVXmlEncoder::encodesText_data()
     QTest::newRow("joiners stay") << QStringLiteral("\U0001F468\u200D\U0001F469")
                                   << QStringLiteral("\U0001F468\u200D\U0001F469");
     const QString high(QChar(0xd83d)), low(QChar(0xdcf7)), replaced(QChar::ReplacementCharacter);
+    QTest::newRow("codes that no document may hold")
+        << QStringLiteral("a\uFFFEb\uFFFFc\uFFFD") << QStringLiteral("abc\uFFFD");
     QTest::newRow("high surrogate alone") << QString(high + u'a') << QString(replaced + u'a');
     QTest::newRow("high surrogate at the end") << high << replaced;
     QTest::newRow("surrogates in the wrong order") << QString(low + high) << QString(replaced + replaced);
