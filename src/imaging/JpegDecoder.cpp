@@ -96,7 +96,7 @@ std::optional<DecodedImage> JpegDecoder::decode(const ByteSource &source, const 
     const PixelPlan plan = planPixels(request, facts->shownSize, facts->orientation);
     JpegReader reader(source);
     UprightCanvas canvas(plan.storedTarget, facts->orientation, /*hasAlpha=*/false);
-    if (canvas.isNull() || !reader.start(eighthsFor(plan.storedPart.size(), plan.storedTarget))) {
+    if (canvas.isNull() || !reader.start(eighthsFor(plan.storedPart.size(), plan.storedTarget), facts->markers)) {
         tell(reason, canvas.isNull() ? QStringLiteral("Out of memory") : reader.failure());
         return std::nullopt;
     }
@@ -125,6 +125,9 @@ std::optional<DecodedImage> JpegDecoder::decode(const ByteSource &source, const 
 
 namespace {
 
+/// What cameras embed is far smaller; anything larger would keep the tiles waiting that it is to fill.
+constexpr int kMaxEmbeddedSide = 1024;
+
 /// Camera makers pad their small pictures with black bars to one fixed shape; such a picture would jump when the
 /// real one replaces it.
 bool isSameShape(QSize a, QSize b)
@@ -146,7 +149,8 @@ std::optional<QImage> JpegDecoder::embeddedThumbnail(const ByteSource &source)
         return std::nullopt;
     const ByteSource small(exif.thumbnail);
     const auto header = readHeader(small, Orientation(), nullptr);
-    if (!header || !isSameShape(header->size, markers->size))
+    if (!header || header->size.width() > kMaxEmbeddedSide || header->size.height() > kMaxEmbeddedSide ||
+        !isSameShape(header->size, markers->size))
         return std::nullopt;
     auto decoded = decode(small, {}, exif.orientation, nullptr);
     return decoded && !decoded->damaged ? std::optional(decoded->pixels) : std::nullopt;

@@ -117,6 +117,12 @@ void readSegment(Cursor &cursor, int marker, qint64 body, int length, JpegMarker
     }
 }
 
+/// Markers that stand alone, without a length.
+bool isBare(int marker)
+{
+    return marker == 0x01 || (marker >= 0xd0 && marker <= 0xd7);
+}
+
 /// The position behind any fill bytes and the next marker, which is stored in `marker`; -1 when there is none.
 qint64 nextMarker(Cursor &cursor, qint64 position, int &marker)
 {
@@ -141,6 +147,8 @@ std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source)
     for (int i = 0; i < kMaxSegments; ++i) {
         int marker = 0;
         position = nextMarker(cursor, position, marker);
+        if (position >= 0 && isBare(marker))
+            continue;
         const int length = position < 0 ? -1 : cursor.numberAt(position);
         constexpr int startOfScan = 0xda;
         if (marker == startOfScan)

@@ -49,16 +49,20 @@ bool JpegReader::guarded(void (*step)(JpegReader &))
     return true;
 }
 
-bool JpegReader::start(int eighths)
+bool JpegReader::start(int eighths, const JpegMarkers &told)
 {
-    m_eighths = eighths;
-    const bool started = m_failure.isEmpty() && guarded([](JpegReader &r) {
-                             jpeg_read_header(&r.m_info, TRUE);
-                             r.m_info.out_color_space = JCS_EXT_BGRA;
-                             r.m_info.scale_num = unsigned(r.m_eighths);
-                             r.m_info.scale_denom = 8;
-                             jpeg_start_decompress(&r.m_info);
-                         });
+    if (!m_failure.isEmpty() || !guarded([](JpegReader &r) { jpeg_read_header(&r.m_info, TRUE); }))
+        return false;
+    // What the library read is what it will make room for.
+    if (QSize(int(m_info.image_width), int(m_info.image_height)) != told.size ||
+        m_info.num_components != told.components || (m_info.progressive_mode != 0) != told.isProgressive) {
+        m_failure = QStringLiteral("The JPEG header contradicts itself");
+        return false;
+    }
+    m_info.out_color_space = JCS_EXT_BGRA;
+    m_info.scale_num = unsigned(eighths);
+    m_info.scale_denom = 8;
+    const bool started = guarded([](JpegReader &r) { jpeg_start_decompress(&r.m_info); });
     if (started)
         m_row.resize(m_info.output_width);
     m_rowPointer = reinterpret_cast<JSAMPROW>(m_row.data());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ByteSource.h"
+#include "JpegMarkers.h"
 
 #include <QRgb>
 #include <QSize>
@@ -24,7 +25,8 @@ public:
     JpegReader &operator=(const JpegReader &) = delete;
 
     /// Reads up to the pixels and prepares them at `eighths` of their size. Progressive files are read whole here.
-    [[nodiscard]] bool start(int eighths);
+    /// False as well when the header is not the one that was `told`, by which the file was admitted.
+    [[nodiscard]] bool start(int eighths, const JpegMarkers &told);
     /// The size of the rows that come, once started.
     [[nodiscard]] QSize size() const;
     /// The next row; null after an error, or when cancelled.
@@ -47,7 +49,6 @@ private:
 
     const ByteSource &m_source;
     qint64 m_position = 0; // of what follows the buffer
-    int m_eighths = 8;
     bool m_damaged = false;
     QString m_failure;
     std::unique_ptr<JOCTET[]> m_buffer = std::make_unique_for_overwrite<JOCTET[]>(kBufferSize);
