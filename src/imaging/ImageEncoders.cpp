@@ -69,7 +69,7 @@ QByteArray ImageEncoders::pdf(const QImage &pixels)
         QPainter painter;
         if (!painter.begin(&writer))
             return {};
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.setRenderHints(QPainter::SmoothPixmapTransform | QPainter::LosslessImageRendering);
         painter.drawImage(QRect(QPoint(), pixels.size()), pixels);
         if (!painter.end())
             return {};
