@@ -40,8 +40,8 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions)
 {
     QMenuBar &bar = *window.menuBar();
     addCommands(*bar.addMenu(tr("&File")), actions,
-                {Command::AddFiles, Command::AddFolder, std::nullopt, Command::NewFolder, Command::NewGroup,
-                 std::nullopt, Command::Save, std::nullopt, Command::Quit});
+                {Command::AddFiles, Command::AddFolder, Command::FindOrphans, std::nullopt, Command::NewFolder,
+                 Command::NewGroup, std::nullopt, Command::Save, Command::ClearCaches, std::nullopt, Command::Quit});
     addCommands(*bar.addMenu(tr("&Edit")), actions, {Command::SelectAll, std::nullopt, Command::Rename});
 
     QMenu *view = bar.addMenu(tr("&View"));

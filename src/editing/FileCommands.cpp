@@ -30,8 +30,8 @@ void rebuildThumbnail(PhotoLibrary &library, PIPhoto &photo)
 
 bool isUsableName(const QString &name, QString *reason)
 {
-    const bool usable = !name.contains(u'/') && !name.contains(QChar::Null) && name != QStringLiteral(".") &&
-                        name != QStringLiteral("..");
+    const bool usable = name.isValidUtf16() && !name.contains(u'/') && !name.contains(QChar::Null) &&
+                        name != QStringLiteral(".") && name != QStringLiteral("..");
     if (!usable && reason)
         *reason = QStringLiteral("A file name cannot hold these characters.");
     return usable;
@@ -53,6 +53,7 @@ bool FileCommands::renameFile(PhotoLibrary &library, PIPhoto &photo, const QStri
         return false;
     }
     file.setPath(target);
+    library.setDirty(true);
     library.notifications().post(kRedrawNotification, &photo);
     return true;
 }
@@ -67,15 +68,33 @@ bool FileCommands::setDate(PhotoLibrary &library, PIPhoto &photo, const QDateTim
     return set;
 }
 
+namespace {
+
+/// Tells the photos of these files, but for those that were told already.
+void tellPhotos(PhotoLibrary &library, const QSet<const PIFileRef *> &taken, const QSet<const PIPhoto *> &told)
+{
+    library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        if (taken.contains(photo->fileRef().get()) && !told.contains(photo.get()))
+            rebuildThumbnail(library, *photo);
+    });
+}
+
+}
+
 int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<PIPhoto> &photo,
                                    const PIFolder *shownFolder, const QString &path)
 {
     const QString oldFolder = folderOf(photo->fileRef()->path());
     const QString newFolder = folderOf(path);
-    photo->fileRef()->setPath(path);
-    rebuildThumbnail(library, *photo);
-
-    int others = 0;
+    QSet<const PIFileRef *> taken;
+    QSet<const PIPhoto *> told;
+    const auto take = [&](PIPhoto &found, const QString &place) {
+        found.fileRef()->setPath(place);
+        rebuildThumbnail(library, found);
+        taken.insert(found.fileRef().get());
+        told.insert(&found);
+    };
+    take(*photo, path);
     const PIGroup::PhotoList photos = shownFolder ? shownFolder->photos() : PIGroup::PhotoList();
     for (qsizetype i = photos.size() - 1; i >= 0; --i) {
         PIPhoto &other = *photos[i];
@@ -84,14 +103,13 @@ int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<
             continue;
         const QString candidate =
             QVString::appendingPathComponent(newFolder, QVString::lastPathComponent(other.fileRef()->path()));
-        if (!entryTypeAt(candidate))
-            continue;
-        other.fileRef()->setPath(candidate);
-        rebuildThumbnail(library, other);
-        ++others;
+        if (entryTypeAt(candidate))
+            take(other, candidate);
     }
+    tellPhotos(library, taken, told);
+    library.setDirty(true);
     library.notifications().post(kSelectNotification, photo);
-    return others;
+    return static_cast<int>(told.size()) - 1;
 }
 
 namespace {
@@ -157,8 +175,8 @@ void FileCommands::takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> 
         moved.file->setPath(moved.path);
         taken.insert(moved.file.get());
     }
-    library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        if (taken.contains(photo->fileRef().get()))
-            rebuildThumbnail(library, *photo);
-    });
+    if (taken.isEmpty())
+        return;
+    tellPhotos(library, taken, {});
+    library.setDirty(true);
 }

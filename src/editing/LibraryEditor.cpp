@@ -1,11 +1,16 @@
 #include "LibraryEditor.h"
 
+#include "FormatMessage.h"
 #include "IndexSet.h"
 #include "LibraryView.h"
 #include "PIFolder.h"
 #include "PhotoLibrary.h"
+#include "QVDayIndexFormatter.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
+
+#include <algorithm>
 
 LibraryEditor::LibraryEditor(PhotoLibrary &library, LibraryView &view, UndoRecorder &recorder)
     : m_library(library)
@@ -104,6 +109,39 @@ std::shared_ptr<PIGroup> LibraryEditor::newFolder()
     container->enforceVisibility();
     const auto folder = container->makeNewFolder();
     m_view.resetList(folder);
+    return folder;
+}
+
+namespace {
+
+QString specialGroupName(GroupType type)
+{
+    return type == GroupType::Search ? QCoreApplication::translate("LibraryEditor", "Search Results")
+                                     : QCoreApplication::translate("LibraryEditor", "Undeleted Files");
+}
+
+}
+
+std::shared_ptr<PIFolder> LibraryEditor::makeSpecialGroupFolder(GroupType type)
+{
+    if (type == GroupType::Normal)
+        return nullptr;
+    QList<std::shared_ptr<PIGroup>> &groups = m_library.groups();
+    const auto found = std::find_if(groups.cbegin(), groups.cend(),
+                                    [type](const auto &candidate) { return candidate->groupType() == type; });
+    std::shared_ptr<PIGroup> group = found == groups.cend() ? nullptr : *found;
+    if (!m_recorder.setUndoAction(group ? UndoAction::FolderList : UndoAction::GroupList, UndoName::AddSearchResults,
+                                  {.container = group, .photo = {}}))
+        return nullptr;
+    if (!group) {
+        group = std::make_shared<PIGroup>(specialGroupName(type));
+        group->setGroupType(type);
+        groups.append(group);
+    }
+    const DayIndex today = DayIndexForDate(QDateTime::currentDateTime());
+    const auto folder = group->makeNewFolder();
+    folder->setName(FormatMessage(QStringLiteral("%4d/%02d/%02d-%d"),
+                                  {today / 10000, today / 100 % 100, today % 100, ++m_specialFolders[type]}));
     return folder;
 }
 

@@ -4,6 +4,7 @@
 #include "PIGroup.h"
 #include "UndoRecorder.h"
 
+#include <QHash>
 #include <QString>
 
 #include <memory>
@@ -43,6 +44,9 @@ public:
     /// Makes "New Folder" in the selected item, or in the last group, and shows it. With no groups it makes a group
     /// and returns that. Null when refused.
     std::shared_ptr<PIGroup> newFolder();
+    /// A new folder, named for the day, at the end of the group that the program keeps for search results or for
+    /// undeleted files; the group is made when there is none. Null when refused, or for ordinary groups.
+    [[nodiscard]] std::shared_ptr<PIFolder> makeSpecialGroupFolder(GroupType type);
     /// False when refused, or when the name is empty or the same.
     bool rename(const std::shared_ptr<PIGroup> &item, const QString &name);
     /// Groups that the program made for a purpose keep their names.
@@ -56,4 +60,5 @@ private:
     PhotoLibrary &m_library;
     LibraryView &m_view;
     UndoRecorder &m_recorder;
+    QHash<GroupType, int> m_specialFolders; ///< made since the start
 };

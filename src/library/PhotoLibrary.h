@@ -34,7 +34,7 @@ public:
     [[nodiscard]] const EffectSetStore &effectSets() const { return m_effectSets; }
     [[nodiscard]] FileRefRegistry &fileRefs() { return m_fileRefs; }
     [[nodiscard]] const FileRefRegistry &fileRefs() const { return m_fileRefs; }
-    [[nodiscard]] FileFinder &fileFinder() { return m_finder; }
+    [[nodiscard]] FileFinder &fileFinder() const { return m_finder; }
     [[nodiscard]] ImageCache &imageCache() { return m_imageCache; }
     [[nodiscard]] ThumbnailMaker &thumbnails() { return m_thumbnails; }
     [[nodiscard]] NotificationCenter &notifications() { return m_notifications; }

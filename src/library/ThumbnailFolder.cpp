@@ -1,8 +1,11 @@
 #include "ThumbnailFolder.h"
 
 #include "DirectoryReader.h"
+#include "FormatMessage.h"
 #include "StringUtilities.h"
+#include "TextForPeople.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 
@@ -35,6 +38,16 @@ ClearedThumbnails clearThumbnailFolder(const QString &folder)
             cleared.bytes += static_cast<quint64>(size);
     }
     return cleared;
+}
+
+ClearedThumbnailsReport reportOf(const ClearedThumbnails &cleared)
+{
+    const auto tr = [](const char *text) { return QCoreApplication::translate("ThumbnailFolder", text); };
+    if (cleared.bytes == 0)
+        return {tr("Cache already cleared."), tr("Nothing needed to be deleted.")};
+    const QString items = cleared.files == 1 ? tr("1 item") : FormatMessage(tr("%d items"), {cleared.files});
+    return {tr("Cache cleared."),
+            FormatMessage(tr("%@ deleted. %@ reclaimed."), {items, FileSizeString(cleared.bytes)})};
 }
 
 PIClearOperation::PIClearOperation(const QString &folder, const QStringList &photoGuids)

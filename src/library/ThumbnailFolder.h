@@ -16,6 +16,14 @@ struct ClearedThumbnails
 /// Deletes every thumbnail in the folder. Blocks: any thread but the main one.
 [[nodiscard]] ClearedThumbnails clearThumbnailFolder(const QString &folder);
 
+/// What the user is told about it: a title and a sentence.
+struct ClearedThumbnailsReport
+{
+    QString title;
+    QString message;
+};
+[[nodiscard]] ClearedThumbnailsReport reportOf(const ClearedThumbnails &cleared);
+
 /// Removes cached thumbnails that no photo uses any more, once at every start, in the background.
 class PIClearOperation final : public QVAsyncOperation
 {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 /// Where a reference's file was found.
@@ -24,6 +25,8 @@ public:
     virtual FoundFile relocate(const QString &guid, const QString &path) = 0;
     /// Forgets every guid that is not among those given.
     virtual void trimUnusedFiles(const QStringList &guidsInUse) = 0;
+    /// What is stored to tell the file of `guid` from others; empty when there is nothing.
+    [[nodiscard]] virtual QByteArray bookmark(const QString & /*guid*/) { return {}; }
     /// Writes what is stored and not on disk yet.
     virtual void save() {}
 };

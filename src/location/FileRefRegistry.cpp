@@ -38,6 +38,18 @@ std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForGuid(const QString &guid) 
     return found == m_byGuid.cend() ? nullptr : m_entries.at(*found).ref;
 }
 
+QStringList FileRefRegistry::knownPaths() const
+{
+    QStringList paths;
+    paths.reserve(m_entries.size());
+    for (const Entry &entry : m_entries) {
+        paths.append(entry.key);
+        if (entry.ref->path() != entry.key)
+            paths.append(entry.ref->path());
+    }
+    return paths;
+}
+
 void FileRefRegistry::clearSaveIndexes()
 {
     for (const Entry &entry : m_entries)

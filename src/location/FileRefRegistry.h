@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
@@ -23,6 +24,8 @@ public:
     [[nodiscard]] std::shared_ptr<PIFileRef> fileRefForPathIfExists(const QString &path) const;
     /// Null when none has that guid.
     [[nodiscard]] std::shared_ptr<PIFileRef> fileRefForGuid(const QString &guid) const;
+    /// Every path under which a reference was entered, and every other one to which one leads by now.
+    [[nodiscard]] QStringList knownPaths() const;
     /// How many references there are.
     [[nodiscard]] qsizetype count() const { return m_entries.size(); }
 

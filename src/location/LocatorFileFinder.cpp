@@ -71,6 +71,12 @@ void LocatorFileFinder::trimUnusedFiles(const QStringList &guidsInUse)
         m_manager->trimUnusedFiles(guidsInUse);
 }
 
+QByteArray LocatorFileFinder::bookmark(const QString &guid)
+{
+    const auto locator = m_manager ? m_manager->locatorForGuid(guid) : std::nullopt;
+    return locator ? locator->bookmark() : QByteArray();
+}
+
 QList<LocatorFileFinder::Unsettled> LocatorFileFinder::takeUnsettled()
 {
     QList<Unsettled> files;

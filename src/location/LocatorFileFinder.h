@@ -28,6 +28,7 @@ public:
     FoundFile locate(const QString &guid, const QString &path) override;
     FoundFile relocate(const QString &guid, const QString &path) override;
     void trimUnusedFiles(const QStringList &guidsInUse) override;
+    QByteArray bookmark(const QString &guid) override;
 
     /// Why the path of a locator does not tell where its file is.
     enum class Doubt {

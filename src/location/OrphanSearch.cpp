@@ -1,15 +1,16 @@
 #include "OrphanSearch.h"
 
+#include "BookmarkMatcher.h"
 #include "DirectoryWalk.h"
 #include "ImageFormat.h"
+#include "KnownFiles.h"
 #include "StringUtilities.h"
 
 #include <QFile>
-#include <QStringDecoder>
+#include <QFileInfo>
 
 #include <algorithm>
-#include <array>
-#include <cstring>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -22,76 +23,110 @@ public:
     ExtensionFilter()
     {
         for (const QString &extension : readableImageExtensions())
-            m_extensions.insert(extension.toLatin1().toLower());
+            if (const auto key = keyOf(extension.toStdString()))
+                m_keys.push_back(key);
+        std::sort(m_keys.begin(), m_keys.end());
     }
 
-    [[nodiscard]] bool accepts(const char *name) const
+    [[nodiscard]] bool accepts(std::string_view name)
     {
-        const char *dot = std::strrchr(name, '.');
-        if (!dot || dot == name)
+        const std::size_t dot = name.rfind('.');
+        if (dot == std::string_view::npos || dot == 0)
             return false;
-        const size_t length = std::strlen(dot + 1);
-        std::array<char, 8> lower = {};
-        if (length == 0 || length > lower.size())
+        const quint64 key = keyOf(name.substr(dot + 1));
+        if (key == 0 || key == m_last)
+            return key != 0;
+        if (!std::binary_search(m_keys.cbegin(), m_keys.cend(), key))
             return false;
-        std::transform(dot + 1, dot + 1 + length, lower.begin(),
-                       [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
-        return m_extensions.contains(QByteArray::fromRawData(lower.data(), static_cast<qsizetype>(length)));
+        m_last = key;
+        return true;
     }
 
 private:
-    QSet<QByteArray> m_extensions;
+    /// The extension in lower case as one number; 0 when it is empty or longer than any of a picture.
+    static quint64 keyOf(std::string_view extension)
+    {
+        quint64 key = 0;
+        if (extension.size() > sizeof key)
+            return 0;
+        for (const char c : extension)
+            key = key << 8 | static_cast<quint8>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
+        return key;
+    }
+
+    std::vector<quint64> m_keys; ///< sorted
+    quint64 m_last = 0;          ///< the next file nearly always has the same
 };
 
-std::optional<QString> decoded(const QByteArray &path)
+/// One walk for orphans.
+class Search
 {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    QString text = decoder(path);
-    if (decoder.hasError() || text.toUtf8() != path)
-        return std::nullopt;
-    return text;
+public:
+    Search(const OrphanRequest &request, const std::stop_token &stop, const std::function<void(qsizetype)> &progress)
+        : m_request(request)
+        , m_stop(stop)
+        , m_progress(progress)
+        , m_root(QFile::encodeName(QFileInfo(request.folder).canonicalFilePath()))
+        , m_known(request.knownPaths, {QFile::encodeName(request.folder), m_root})
+    {}
+
+    OrphanSearchResult run()
+    {
+        const auto visit = [this](const DirectoryWalk::Folder &folder, std::span<const DirectoryWalk::Entry> entries) {
+            visitFolder(folder.path, entries);
+            return DirectoryWalk::Visit::Continue;
+        };
+        DirectoryWalk walk(visit, {.stop = m_stop, .borders = DirectoryWalk::Borders::Crossed});
+        (void)walk.walk(m_root);
+        m_result.unreadableFolders = walk.unreadableFolders();
+        m_result.orphans.sort();
+        tellMissing();
+        m_result.cancelled = m_stop.stop_requested();
+        return std::move(m_result);
+    }
+
+private:
+    void visitFolder(const QByteArray &path, std::span<const DirectoryWalk::Entry> entries)
+    {
+        const QByteArray folder = path.mid(m_root.endsWith('/') ? m_root.size() : m_root.size() + 1);
+        const KnownFiles::Folder known = m_known.folder(folder);
+        for (const DirectoryWalk::Entry &entry : entries) {
+            const std::string_view name(entry.name);
+            if (entry.type == EntryType::File && m_filter.accepts(name) && !known.contains(name))
+                m_result.undecodableNames += m_result.orphans.add(folder, name) ? 0 : 1;
+        }
+        m_result.filesSeen += static_cast<qsizetype>(entries.size());
+        if (m_progress)
+            m_progress(m_result.filesSeen);
+    }
+
+    void tellMissing()
+    {
+        if (m_request.missing.isEmpty() || m_result.orphans.count() == 0)
+            return;
+        QList<QByteArray> bookmarks;
+        for (const MissingFile &missing : m_request.missing)
+            bookmarks.append(missing.bookmark);
+        QStringList paths;
+        for (qsizetype index = 0; index < m_result.orphans.count(); ++index)
+            paths.append(QVString::appendingPathComponent(m_request.folder, m_result.orphans.path(index)));
+        for (const BookmarkMatcher::Match &match : BookmarkMatcher(bookmarks).match(paths, m_stop))
+            m_result.missing.insert(match.path, m_request.missing[match.bookmark].guid);
+    }
+
+    const OrphanRequest &m_request;
+    const std::stop_token m_stop;
+    const std::function<void(qsizetype)> &m_progress;
+    const QByteArray m_root; ///< free of links, because a walk follows none
+    const KnownFiles m_known;
+    ExtensionFilter m_filter;
+    OrphanSearchResult m_result;
+};
+
 }
 
-void sortByFileName(QStringList &paths)
-{
-    std::vector<std::pair<QString, QString>> keyed;
-    keyed.reserve(static_cast<size_t>(paths.size()));
-    for (const QString &path : std::as_const(paths))
-        keyed.emplace_back(QVString::fileNameMinusExtension(path).toCaseFolded(), path);
-    std::sort(keyed.begin(), keyed.end());
-    std::transform(keyed.begin(), keyed.end(), paths.begin(), [](const auto &entry) { return entry.second; });
-}
-
-}
-
-OrphanSearchResult findOrphans(const QString &folder, const QSet<QString> &knownPaths, const std::stop_token &stop,
+OrphanSearchResult findOrphans(const OrphanRequest &request, const std::stop_token &stop,
                                const std::function<void(qsizetype)> &progress)
 {
-    OrphanSearchResult result;
-    const ExtensionFilter filter;
-    const QByteArray root = QFile::encodeName(folder);
-    const qsizetype prefix = root.endsWith('/') ? root.size() : root.size() + 1;
-    const auto visit = [&](const DirectoryWalk::Folder &visited, std::span<const DirectoryWalk::Entry> entries) {
-        for (const DirectoryWalk::Entry &entry : entries) {
-            if (entry.type != EntryType::File || !filter.accepts(entry.name))
-                continue;
-            QByteArray path = visited.path;
-            if (!path.endsWith('/'))
-                path += '/';
-            path += entry.name;
-            if (const auto text = decoded(path); !text)
-                ++result.undecodableNames;
-            else if (!knownPaths.contains(*text))
-                result.relativePaths << QString::fromUtf8(path.mid(prefix));
-        }
-        result.filesSeen += static_cast<qsizetype>(entries.size());
-        if (progress)
-            progress(result.filesSeen);
-        return DirectoryWalk::Visit::Continue;
-    };
-    DirectoryWalk walk(visit, {.stop = stop});
-    (void)walk.walk(root);
-    result.cancelled = stop.stop_requested();
-    sortByFileName(result.relativePaths);
-    return result;
+    return Search(request, stop, progress).run();
 }

@@ -1,24 +1,45 @@
 #pragma once
 
-#include <QSet>
+#include "OrphanPaths.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QMultiMap>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
 #include <stop_token>
 
-/// Image files of a folder that the library does not know.
+/// A file that a reference leads to in vain.
+struct MissingFile
+{
+    QString guid; ///< of the reference
+    QByteArray bookmark;
+};
+
+struct OrphanRequest
+{
+    QString folder;
+    QStringList knownPaths = {}; ///< files that are no orphans
+    QList<MissingFile> missing = {};
+};
+
 struct OrphanSearchResult
 {
-    QStringList relativePaths; ///< sorted by file name without extension, without regard to case
+    OrphanPaths orphans;
+    /// The orphans that are missing files: their places among the orphans, and the references that miss them. Seldom
+    /// more than one for an orphan.
+    QMultiMap<qsizetype, QString> missing = {};
     qsizetype filesSeen = 0;
     int undecodableNames = 0; ///< image files whose names are not valid UTF-8
+    qsizetype unreadableFolders = 0;
     bool cancelled = false;
 };
 
 /// Walks the folder and everything beneath it for regular files with the extension of a readable picture, in either
-/// case, whose full path is not among `knownPaths`. Links are not followed, and no file is examined by itself where
-/// the file system reports types. `progress` is told how many files were seen. Blocks: any thread but the main one.
-[[nodiscard]] OrphanSearchResult findOrphans(const QString &folder, const QSet<QString> &knownPaths,
-                                             const std::stop_token &stop,
+/// case, whose full path is not known, and tells which of them are missing files. Links beneath the folder are not
+/// followed, and no file is examined by itself where the file system reports types, but for orphans while something is
+/// missing. `progress` is told how many files were seen. Blocks: any thread but the main one.
+[[nodiscard]] OrphanSearchResult findOrphans(const OrphanRequest &request, const std::stop_token &stop,
                                              const std::function<void(qsizetype filesSeen)> &progress = {});

@@ -46,15 +46,21 @@ void ContentSearch::examineFolder(const Volume &volume, const QByteArray &folder
         return;
     for (const char *name : names) {
         const auto present = examineFile(open.number(), name);
-        if (present && present->identity.kind == FileKind::File && m_bySize.contains(present->identity.size))
+        if (present && wants(*present))
             examineCandidate({NativePath::join(folder, name), *present, &volume}, open.number(), name);
     }
+}
+
+bool ContentSearch::wants(const PresentFile &file) const
+{
+    return file.identity.kind == FileKind::File && m_bySize.contains(file.identity.size) &&
+           !m_taken.contains({file.device, file.identity.inode});
 }
 
 void ContentSearch::examineCandidate(const FoundPlace &place, int folder, const char *name)
 {
     const FileIdentity &file = place.file.identity;
-    if (m_taken.contains({place.file.device, file.inode}) || m_pathsInUse.contains(place.path))
+    if (m_pathsInUse.contains(place.path))
         return;
     const auto fingerprint = readFingerprintAt(folder, name, file.size);
     if (!fingerprint)

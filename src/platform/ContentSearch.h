@@ -28,6 +28,10 @@ public:
     /// Examines the candidates of one volume. False when `isCutShort` said so before the end.
     [[nodiscard]] bool examine(const Volume &volume, const ContentCandidates &candidates,
                                const std::function<bool()> &isCutShort);
+    /// Whether a file may be a copy, as far as its facts tell.
+    [[nodiscard]] bool wants(const PresentFile &file) const;
+    /// Examines one such file, which stands at `name` inside the open folder (see kNoFolder).
+    void examineCandidate(const FoundPlace &place, int folder, const char *name);
 
     /// After all volumes were examined: calls one of the two for each lost file for which a copy was met.
     using Found = std::function<void(LostFile &lost, const FoundPlace &place)>;
@@ -44,7 +48,6 @@ private:
     };
 
     void examineFolder(const Volume &volume, const QByteArray &folder, const std::vector<const char *> &names);
-    void examineCandidate(const FoundPlace &place, int folder, const char *name);
     void claim(Claim &claim, const FoundPlace &place);
 
     QSet<Object> m_taken;

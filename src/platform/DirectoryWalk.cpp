@@ -3,6 +3,7 @@
 #include "NativePath.h"
 #include "OpenFile.h"
 #include "PosixSupport.h"
+#include "Volumes.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -50,6 +51,16 @@ bool DirectoryWalk::isCutShort()
     return m_cutShort;
 }
 
+/// Whether a folder of another file system than the one above it is walked.
+bool DirectoryWalk::mayEnter(int folder) const
+{
+    if (m_limits.borders == Borders::Kept)
+        return false;
+    const auto present = examineOpenFile(folder);
+    const Mount *mount = present ? Volumes::current()->withMountId(present->mountId).mount : nullptr;
+    return mount && !mount->isSystem();
+}
+
 /// Leaves the folder's key in m_current, also when it has been read before.
 DirectoryWalk::End DirectoryWalk::visitFolder(const Pending &pending, Names &subfolders)
 {
@@ -64,7 +75,7 @@ DirectoryWalk::End DirectoryWalk::visitFolder(const Pending &pending, Names &sub
         ++m_unreadableFolders;
         return End::Complete;
     }
-    if (pending.device.value_or(status.st_dev) != status.st_dev)
+    if (pending.device.value_or(status.st_dev) != status.st_dev && !mayEnter(descriptor.number()))
         return End::Complete;
     m_current = {status.st_dev, status.st_ino};
     if (m_walked.contains(m_current))

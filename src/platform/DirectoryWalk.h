@@ -16,8 +16,8 @@
 #include <vector>
 
 /// Reads folders and the folders beneath them by directory reads alone: no stat per entry where the file system reports
-/// types. It follows no links, stays on the file system on which each walk begins, passes over what the user may not
-/// read, and reads no folder twice in its life, however many walks it makes.
+/// types. It follows no links, stays on the file system on which each walk begins unless told otherwise, passes over
+/// what the user may not read, and reads no folder twice in its life, however many walks it makes.
 class DirectoryWalk
 {
 public:
@@ -40,11 +40,17 @@ public:
     /// Called with the entries of a folder, "." and ".." left out; several times for a folder that holds many.
     using Visitor = std::function<Visit(const Folder &folder, std::span<const Entry> entries)>;
 
+    enum class Borders {
+        Kept,   ///< other file systems are not entered
+        Crossed ///< those that hold files of users are; what belongs to the running system is not
+    };
+
     struct Limits
     {
         std::stop_token stop = {};
         std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::time_point::max();
         qsizetype maxFolders = 5'000'000;
+        Borders borders = Borders::Kept;
     };
 
     enum class End {
@@ -77,6 +83,7 @@ private:
         std::optional<quint64> device; ///< on which it must stand; any for the folder on which a walk begins
     };
 
+    [[nodiscard]] bool mayEnter(int folder) const;
     End visitFolder(const Pending &pending, Names &subfolders);
     End readOpenFolder(const Folder &folder, Names &subfolders);
     Visit visitPiece(const Folder &folder, std::span<const char> piece, Names &subfolders);

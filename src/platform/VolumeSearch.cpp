@@ -1,7 +1,7 @@
 #include "VolumeSearch.h"
 
-#include "FileFingerprint.h"
 #include "NativePath.h"
+#include "StoredFile.h"
 
 #include <algorithm>
 
@@ -99,21 +99,6 @@ bool VolumeSearch::hasOpen(const OldFolder &folder)
 }
 
 namespace {
-
-/// Whether what stands at `name` is the stored file. Asks for the handle and the content only where the rest does not
-/// tell; `present` takes the handle.
-bool isStoredFile(const BookmarkData &stored, PresentFile &present, int folder, const char *name, InodeTrust trust)
-{
-    Sameness sameness = compareFiles(stored.file, present.identity, trust);
-    if (sameness == Sameness::AskHandle) {
-        present.identity.handle = readHandle(folder, name);
-        sameness = compareHandles(stored.file, present.identity);
-    }
-    if (sameness != Sameness::AskContent)
-        return sameness == Sameness::Same;
-    return stored.fingerprint && stored.file.size == present.identity.size &&
-           readFingerprintAt(folder, name, stored.file.size) == stored.fingerprint;
-}
 
 /// Where inode numbers are made up, a file that was born when the stored one was and stands where it stood is that
 /// file, changed in place.

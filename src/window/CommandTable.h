@@ -7,9 +7,11 @@
 enum class Command {
     AddFiles,
     AddFolder,
+    FindOrphans,
     NewGroup,
     NewFolder,
     Save,
+    ClearCaches,
     Quit,
     SelectAll,
     Rename,

@@ -1,5 +1,6 @@
 #include "FoundFileDialog.h"
 
+#include "DirectoryReader.h"
 #include "FormatMessage.h"
 #include "StringUtilities.h"
 
@@ -34,11 +35,22 @@ private:
 
 }
 
-QString askForFileNamed(const QString &name, QWidget &window)
+namespace {
+
+QString nearestFolder(QString folder)
+{
+    while (folder.size() > 1 && entryTypeAt(folder) != EntryType::Folder)
+        folder = QVString::deletingLastPathComponent(folder);
+    return folder;
+}
+
+}
+
+QString askForFileNamed(const QString &name, const QString &folder, QWidget &window)
 {
     const QString question =
         FormatMessage(QCoreApplication::translate("FoundFileDialog", "Where is \"%@\"?"), {MessageArgument(name)});
-    QFileDialog dialog(&window, question);
+    QFileDialog dialog(&window, question, nearestFolder(folder));
     dialog.setWindowModality(Qt::WindowModal);
     dialog.setOption(QFileDialog::DontUseNativeDialog); // only ours can hold files back
     dialog.setFileMode(QFileDialog::ExistingFile);

@@ -113,8 +113,9 @@ void PIDetailFileVC::showFacts()
     const quint64 bytes = file ? file->fileSize() : 0;
     m_fileSize->setText(bytes > 0 ? FileSizeString(bytes) : unknown);
     const double date = file ? file->creationTime() : 0;
-    m_date->setDateTime(QDateTime::fromSecsSinceEpoch(static_cast<qint64>(date)));
-    m_date->setSpecialValueText(unknown);
+    m_date->setSpecialValueText(unknown); // shown for the earliest date there is
+    m_date->setDateTime(date != 0 ? QDateTime::fromSecsSinceEpoch(static_cast<qint64>(date))
+                                  : m_date->minimumDateTime());
 }
 
 void PIDetailFileVC::showLostTree()
@@ -181,7 +182,8 @@ void PIDetailFileVC::findFile()
 {
     const auto lost = photo();
     const QString name = QVString::lastPathComponent(lost->fileRef()->path());
-    const QString path = askForFileNamed(name, *window());
+    const QString folder = QVString::deletingLastPathComponent(lost->fileRef()->path());
+    const QString path = askForFileNamed(name, folder, *window());
     if (!path.isEmpty() && photo() == lost)
         FileCommands::updateLostPhotos(library(), lost, m_shownFolder().get(), path);
 }

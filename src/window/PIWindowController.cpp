@@ -1,6 +1,7 @@
 #include "PIWindowController.h"
 
 #include "GiveAlert.h"
+#include "Housekeeping.h"
 #include "ImageFormat.h"
 #include "ImportRunner.h"
 #include "LibraryActions.h"
@@ -51,6 +52,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_paneSplitter(new QSplitter(Qt::Horizontal, m_window.get()))
     , m_summary(new QLabel(m_window.get()))
     , m_importRunner(new ImportRunner(m_editor, *m_window))
+    , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
 {
     buildPanes();
     bindCommands();
@@ -101,6 +103,8 @@ void PIWindowController::bindCommands()
 {
     m_actions->bind(Command::AddFiles, [this](bool) { addFiles(); });
     m_actions->bind(Command::AddFolder, [this](bool) { addFolder(); });
+    m_actions->bind(Command::FindOrphans, [this](bool) { findOrphans(); });
+    m_actions->bind(Command::ClearCaches, [this](bool) { clearCaches(); });
     m_actions->bind(Command::NewGroup, [this](bool) { newGroup(); });
     m_actions->bind(Command::NewFolder, [this](bool) { newFolder(); });
     m_actions->bind(Command::Save, [this](bool) { saveDocument(); });
@@ -316,6 +320,19 @@ void PIWindowController::addFolder()
         return;
     m_defaults.setValue(WindowPreferences::kLastFolder, QVString::deletingLastPathComponent(path));
     importFolder(path, UndoName::AddFolder, IfEmpty::Alert);
+}
+
+void PIWindowController::findOrphans()
+{
+    const QString path =
+        QFileDialog::getExistingDirectory(m_window.get(), tr("Select a folder in which to search for orphan files"),
+                                          m_defaults.value(WindowPreferences::kLastFolder));
+    m_housekeeping->findOrphansCore(path);
+}
+
+void PIWindowController::clearCaches()
+{
+    m_housekeeping->clearCaches();
 }
 
 void PIWindowController::newGroup()

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 
+class Housekeeping;
 class ImportRunner;
 class LibraryActions;
 class LibraryWindow;
@@ -72,6 +73,8 @@ public:
     // Commands
     void addFiles();
     void addFolder();
+    void findOrphans();
+    void clearCaches();
     void newGroup();
     void newFolder();
     void saveDocument();
@@ -107,6 +110,7 @@ private:
     QSplitter *m_paneSplitter;
     QLabel *m_summary;
     ImportRunner *m_importRunner;
+    Housekeeping *m_housekeeping;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;
     bool m_splitSet = false;

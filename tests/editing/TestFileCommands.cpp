@@ -60,6 +60,7 @@ private Q_SLOTS:
         QTest::newRow("the folder") << QStringLiteral(".");
         QTest::newRow("the folder above") << QStringLiteral("..");
         QTest::newRow("a NUL") << QStringLiteral("b") + QChar(0) + QStringLiteral(".jpg");
+        QTest::newRow("half a character") << QString(QChar(0xd800));
         QTest::newRow("too long") << QString(300, u'x');
         QTest::newRow("a folder's name") << QStringLiteral("taken");
     }

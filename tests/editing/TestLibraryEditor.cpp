@@ -103,6 +103,29 @@ private Q_SLOTS:
         QCOMPARE(house.view.item, folder);
     }
 
+    void foldersOfSpecialGroupsAreNumberedByDay()
+    {
+        const auto today = [] { return QDate::currentDate().toString(QStringLiteral("yyyy/MM/dd")); };
+        House house;
+        const QString before = today();
+        QStringList names;
+        for (const GroupType type : {GroupType::Search, GroupType::Search, GroupType::Undeleted})
+            names << house.editor.makeSpecialGroupFolder(type)->name();
+        if (today() != before)
+            QSKIP("midnight");
+        QCOMPARE(names, QStringList({before + QStringLiteral("-1"), before + QStringLiteral("-2"),
+                                     before + QStringLiteral("-1")}));
+        QCOMPARE(house.recorder.asked,
+                 QStringList({QStringLiteral("3/3/"), QStringLiteral("2/3/Search Results"), QStringLiteral("3/3/")}));
+        QCOMPARE(house.library.groups().size(), 3);
+        QCOMPARE(house.library.groups()[1]->folders().size(), 2);
+        QCOMPARE(house.library.groups()[2]->name(), QStringLiteral("Undeleted Files"));
+
+        house.recorder.refuses = true;
+        QVERIFY(!house.editor.makeSpecialGroupFolder(GroupType::Search));
+        QCOMPARE(house.library.groups()[1]->folders().size(), 2);
+    }
+
     void groupsOfTheProgramKeepTheirNames()
     {
         House house;

@@ -48,6 +48,27 @@ private Q_SLOTS:
         QCOMPARE(clearThumbnailFolder(dir.path()).files, 0);
         QCOMPARE(clearThumbnailFolder(dir.filePath(QStringLiteral("absent"))).bytes, 0u);
     }
+
+    void tellsWhatClearingCameTo_data()
+    {
+        QTest::addColumn<int>("files");
+        QTest::addColumn<quint64>("bytes");
+        QTest::addColumn<QString>("expected");
+        const QString nothing = QStringLiteral("Cache already cleared.|Nothing needed to be deleted.");
+        QTest::newRow("empty") << 0 << quint64(0) << nothing;
+        QTest::newRow("nothing could be deleted") << 3 << quint64(0) << nothing;
+        QTest::newRow("one") << 1 << quint64(500)
+                             << QStringLiteral("Cache cleared.|1 item deleted. 0.50 KB reclaimed.");
+        QTest::newRow("many") << 12 << quint64(1500000)
+                              << QStringLiteral("Cache cleared.|12 items deleted. 1.50 MB reclaimed.");
+    }
+    void tellsWhatClearingCameTo()
+    {
+        QFETCH(int, files);
+        QFETCH(quint64, bytes);
+        const auto report = reportOf({files, bytes});
+        QTEST(QString(report.title + u'|' + report.message), "expected");
+    }
 };
 
 REGISTER_TEST(TestThumbnailFolder)

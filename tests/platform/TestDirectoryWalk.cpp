@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <fcntl.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 
 class TestDirectoryWalk : public QObject
@@ -30,6 +31,7 @@ private Q_SLOTS:
     void readsFoldersOfAnySize();
     void endsAtItsLimits();
     void passesOverWhatCannotBeRead();
+    void crossesBordersOnlyWhenTold();
 };
 
 void TestDirectoryWalk::init()
@@ -150,6 +152,26 @@ void TestDirectoryWalk::passesOverWhatCannotBeRead()
     QCOMPARE(none.walk(at("/link")), DirectoryWalk::End::Complete);
     QCOMPARE(none.unreadableFolders(), 3);
     QCOMPARE(seen(), QList<QByteArray>());
+}
+
+void TestDirectoryWalk::crossesBordersOnlyWhenTold()
+{
+    using Borders = DirectoryWalk::Borders;
+    QDir().mkpath(QFile::decodeName(at("/a/memory")));
+    QDir().mkpath(QFile::decodeName(at("/a/kernel")));
+    if (::mount("tmpfs", at("/a/memory").constData(), "tmpfs", 0, "size=1m") != 0)
+        QSKIP("mounting is not allowed here");
+    const bool hasKernel = ::mount("proc", at("/a/kernel").constData(), "proc", 0, nullptr) == 0;
+    make("/a/memory/6.jpg");
+    walk({.borders = Borders::Kept}).walk(at(""));
+    const auto kept = seen();
+    walk({.borders = Borders::Crossed}).walk(at(""));
+    const auto crossed = seen();
+    QVERIFY(::umount(at("/a/memory").constData()) == 0 && (!hasKernel || ::umount(at("/a/kernel").constData()) == 0));
+    QVERIFY(kept.contains("/a/b/3.jpg") && !kept.contains("/a/memory/6.jpg"));
+    QVERIFY(crossed.contains("/a/b/3.jpg") && crossed.contains("/a/memory/6.jpg"));
+    for (const QByteArray &path : crossed)
+        QVERIFY(!path.startsWith("/a/kernel/"));
 }
 
 REGISTER_TEST(TestDirectoryWalk)

@@ -2,6 +2,7 @@
 
 #include "AlertPresenter.h"
 #include "CollapsibleSection.h"
+#include "FileDates.h"
 #include "FileFinder.h"
 #include "LibraryNotifications.h"
 #include "PIDetailController.h"
@@ -72,6 +73,21 @@ private Q_SLOTS:
         QCOMPARE(name.text(), QStringLiteral("b.png"));
     }
 
+    void onlyAnEditedDateIsWritten()
+    {
+        Pane pane;
+        const qint64 withSeconds = 1000000037;
+        QVERIFY(FileDates::setDate(pane.path, withSeconds));
+        pane.photo->fileRef()->setCreationTime(0);
+        pane.notifications.post(kSelectNotification, pane.photo);
+        auto &date = pane.child<QDateTimeEdit>("File date");
+        QTest::keyClick(&date, Qt::Key_Return);
+        QCOMPARE(FileDates::dateOf(pane.path), withSeconds);
+        date.setDateTime(date.dateTime().addDays(1));
+        QTest::keyClick(&date, Qt::Key_Return);
+        QCOMPARE(FileDates::dateOf(pane.path), withSeconds + 24 * 60 * 60);
+    }
+
     void aLostFileCanOnlyBeSoughtFor()
     {
         Pane pane;
@@ -80,6 +96,7 @@ private Q_SLOTS:
         pane.notifications.post(kSelectNotification, pane.photo);
         QVERIFY(!pane.child<QLineEdit>("File name").isEnabled());
         QVERIFY(!pane.child<QDateTimeEdit>("File date").isEnabled());
+        QCOMPARE(pane.child<QDateTimeEdit>("File date").text(), QStringLiteral("Unknown"));
         const auto buttons = pane.window.findChildren<QPushButton *>();
         const auto shown = std::count_if(buttons.begin(), buttons.end(), [](const auto *b) { return b->isVisible(); });
         QCOMPARE(shown, 1); // no other file is lost, so there is no tree to be found

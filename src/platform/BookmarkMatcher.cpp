@@ -1,0 +1,74 @@
+#include "BookmarkMatcher.h"
+
+#include "PosixSupport.h"
+#include "StoredFile.h"
+
+#include <algorithm>
+
+BookmarkMatcher::BookmarkMatcher(const QList<QByteArray> &bookmarks, std::shared_ptr<const Volumes> volumes)
+    : m_volumes(volumes ? std::move(volumes) : Volumes::current())
+{
+    m_lost.reserve(static_cast<std::size_t>(bookmarks.size()));
+    for (qsizetype index = 0; index < bookmarks.size(); ++index) {
+        auto data = BookmarkData::decode(bookmarks[index], m_lost.empty() ? nullptr : &m_lost.back().data);
+        if (!data || data->file.kind != FileKind::File)
+            continue;
+        m_lost.push_back({.index = index, .data = *std::move(data)});
+        LostFile &lost = m_lost.back();
+        lost.volume = m_volumes->withIdentity(lost.data.volume);
+        m_byInode.insert(lost.data.file.inode, &lost);
+    }
+}
+
+QList<BookmarkMatcher::Match> BookmarkMatcher::match(const QStringList &paths, const std::stop_token &stop)
+{
+    for (qsizetype index = 0; index < paths.size() && !m_lost.empty() && !stop.stop_requested(); ++index) {
+        const QByteArray path = Posix::nativePath(paths[index]);
+        const auto present = examineFile(kNoFolder, path.constData());
+        const Volume *volume = present ? m_volumes->withMountId(present->mountId).volume : nullptr;
+        if (volume && present->identity.kind == FileKind::File)
+            findByIdentity({index, {path, *present, volume}});
+    }
+    if (!stop.stop_requested())
+        findByContent();
+    std::sort(m_matches.begin(), m_matches.end(), [](const Match &left, const Match &right) {
+        return std::pair(left.path, left.bookmark) < std::pair(right.path, right.bookmark);
+    });
+    return m_matches;
+}
+
+void BookmarkMatcher::findByIdentity(Candidate candidate)
+{
+    FoundPlace &place = candidate.place;
+    const InodeTrust trust = place.volume->inodeTrust();
+    bool isKnown = false;
+    for (LostFile *lost : m_byInode.values(place.file.identity.inode)) {
+        if (!lost->isOpen || lost->volume != place.volume ||
+            !isStoredFile(lost->data, place.file, kNoFolder, place.path.constData(), trust))
+            continue;
+        lost->isOpen = false;
+        isKnown = true;
+        add(*lost, candidate.path);
+    }
+    if (isKnown)
+        m_taken.insert({place.file.device, place.file.identity.inode});
+    else
+        m_unknown.push_back(std::move(candidate));
+}
+
+void BookmarkMatcher::findByContent()
+{
+    ContentSearch search(m_taken, {});
+    for (LostFile &lost : m_lost)
+        if (lost.isOpen)
+            search.add(lost);
+    QHash<QByteArray, qsizetype> pathOf;
+    for (const Candidate &candidate : m_unknown) {
+        if (!search.wants(candidate.place.file))
+            continue;
+        pathOf.insert(candidate.place.path, candidate.path);
+        search.examineCandidate(candidate.place, kNoFolder, candidate.place.path.constData());
+    }
+    search.conclude([&](const LostFile &lost, const FoundPlace &place) { add(lost, pathOf.value(place.path)); },
+                    [](const LostFile &) {});
+}

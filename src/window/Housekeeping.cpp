@@ -1,0 +1,122 @@
+#include "Housekeeping.h"
+
+#include "FileCommands.h"
+#include "FormatMessage.h"
+#include "GiveAlert.h"
+#include "ImportRunner.h"
+#include "InBackground.h"
+#include "LibraryEditor.h"
+#include "PIFolder.h"
+#include "PIOrphanDialog.h"
+#include "PhotoLibrary.h"
+#include "ThumbnailFolder.h"
+
+#include <QLocale>
+#include <QProgressDialog>
+
+#include <atomic>
+
+namespace {
+
+constexpr int kProgressDelayMilliseconds = 500;
+constexpr int kProgressMilliseconds = 100;
+
+}
+
+/// Shared with the worker.
+struct Housekeeping::Search
+{
+    std::stop_source stop;
+    std::atomic<qsizetype> filesSeen = 0;
+};
+
+Housekeeping::Housekeeping(LibraryEditor &editor, ImportRunner &importRunner, QWidget &window)
+    : QObject(&window)
+    , m_editor(editor)
+    , m_importRunner(importRunner)
+    , m_window(window)
+    , m_worker(QStringLiteral("hmphoto.housekeeping"), 1)
+{
+    m_progressTimer.setInterval(kProgressMilliseconds);
+    connect(&m_progressTimer, &QTimer::timeout, this, &Housekeeping::showProgress);
+}
+
+Housekeeping::~Housekeeping()
+{
+    if (m_search)
+        m_search->stop.request_stop();
+}
+
+void Housekeeping::findOrphansCore(const QString &folder)
+{
+    if (folder.isEmpty() || m_search)
+        return;
+    m_search = std::make_shared<Search>();
+    m_progress = std::make_unique<QProgressDialog>(&m_window);
+    m_progress->setWindowModality(Qt::WindowModal);
+    m_progress->setMinimumDuration(kProgressDelayMilliseconds);
+    m_progress->setRange(0, 0);
+    m_progress->setWindowTitle(tr("Find Orphan Files"));
+    m_progress->setLabelText(tr("Looking for photo files…"));
+    m_progress->setValue(0);
+    connect(m_progress.get(), &QProgressDialog::canceled, this, [search = m_search] { search->stop.request_stop(); });
+    m_progressTimer.start();
+
+    inBackground(
+        m_worker, this,
+        [request = orphanRequest(m_editor.library(), folder), search = m_search] {
+            return findOrphans(request, search->stop.get_token(),
+                               [search](qsizetype filesSeen) { search->filesSeen = filesSeen; });
+        },
+        [this, folder](const OrphanSearchResult &result) { searchEnded(folder, result); });
+}
+
+void Housekeeping::showProgress()
+{
+    if (m_progress && m_search->filesSeen > 0)
+        m_progress->setLabelText(tr("%1 files looked at").arg(QLocale().toString(m_search->filesSeen.load())));
+}
+
+void Housekeeping::searchEnded(const QString &folder, const OrphanSearchResult &result)
+{
+    m_progressTimer.stop();
+    m_progress.reset();
+    m_search.reset();
+    if (result.cancelled)
+        return;
+    if (result.undecodableNames > 0 || result.unreadableFolders > 0)
+        GiveAlert(tr("Some files were skipped."),
+                  tr("%n names are not valid UTF-8.", nullptr, result.undecodableNames) + u'\n' +
+                      tr("%n folders could not be read.", nullptr, static_cast<int>(result.unreadableFolders)));
+    if (result.orphans.count() == 0) {
+        GiveAlert(tr("No orphan files found."),
+                  FormatMessage(tr("No unused photo files were found in \"%@\"."), {folder}));
+        return;
+    }
+    PIOrphanDialog::pickOrphans(std::make_shared<OrphanList>(m_editor.library(), folder, result),
+                                m_editor.library().thumbnails().pixelPool(), m_window,
+                                [this](const auto &orphans, bool success) { orphansPicked(*orphans, success); });
+}
+
+void Housekeeping::orphansPicked(const OrphanList &orphans, bool success)
+{
+    if (!success)
+        return;
+    FileCommands::takeMovedFiles(m_editor.library(), orphans.filesToReattach());
+    const QStringList paths = orphans.filesToAdd();
+    if (paths.isEmpty())
+        return;
+    if (const auto folder = m_editor.makeSpecialGroupFolder(GroupType::Search))
+        m_importRunner.run({paths, folder, kNotFound, UndoName::AlreadyRecorded}, {});
+}
+
+void Housekeeping::clearCaches()
+{
+    inBackground(
+        m_worker, this,
+        [folder = m_editor.library().thumbnails().cacheFolder()] { return clearThumbnailFolder(folder); },
+        [](const ClearedThumbnails &cleared) {
+            const ClearedThumbnailsReport report = reportOf(cleared);
+            GiveAlert(report.title, report.message);
+        });
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "DispatchQueue.h"
+#include "OrphanList.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+#include <stop_token>
+
+class ImportRunner;
+class LibraryEditor;
+class QProgressDialog;
+class QWidget;
+
+/// The window's commands around files: looking for image files that the library does not know, and emptying the folder
+/// of cached thumbnails. Both run in the background.
+class Housekeeping final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// All outlive it.
+    Housekeeping(LibraryEditor &editor, ImportRunner &importRunner, QWidget &window);
+    ~Housekeeping() override;
+
+    /// Searches the folder and shows what was found, or that nothing was; nothing happens without a folder, or while a
+    /// search runs.
+    void findOrphansCore(const QString &folder);
+    /// Gives the missing photos that were picked their files back and adds the other files that were.
+    void orphansPicked(const OrphanList &orphans, bool success);
+    void clearCaches();
+
+private:
+    struct Search;
+
+    void showProgress();
+    void searchEnded(const QString &folder, const OrphanSearchResult &result);
+
+    LibraryEditor &m_editor;
+    ImportRunner &m_importRunner;
+    QWidget &m_window;
+    std::shared_ptr<Search> m_search; ///< null: none runs
+    std::unique_ptr<QProgressDialog> m_progress;
+    QTimer m_progressTimer;
+    DispatchQueue m_worker; ///< last: its blocks end first
+};

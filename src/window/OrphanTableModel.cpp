@@ -1,0 +1,89 @@
+#include "OrphanTableModel.h"
+
+#include "OrphanList.h"
+
+#include <QGuiApplication>
+
+OrphanTableModel::OrphanTableModel(OrphanList &list, QObject *parent)
+    : QAbstractTableModel(parent)
+    , m_list(list)
+{}
+
+int OrphanTableModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_list.count());
+}
+
+int OrphanTableModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : ColumnCount;
+}
+
+QString OrphanTableModel::text(const QModelIndex &index) const
+{
+    switch (index.column()) {
+    case Name:
+        return m_list.fileName(index.row());
+    case Path:
+        return m_list.subfolder(index.row());
+    case Missing:
+        if (!m_list.isMissing(index.row()))
+            return {};
+        return m_list.isReattached(index.row()) ? tr("Missing photo: re-attach") : tr("Missing photo: add as new");
+    default:
+        return {};
+    }
+}
+
+QVariant OrphanTableModel::data(const QModelIndex &index, int role) const
+{
+    if (role == Qt::CheckStateRole && index.column() == Add)
+        return m_list.add(index.row()) ? Qt::Checked : Qt::Unchecked;
+    if (role == Qt::DisplayRole)
+        return text(index);
+    if (role == Qt::ToolTipRole)
+        return index.column() == Missing ? m_list.missingText(index.row()) : text(index);
+    if (role == Qt::AccessibleTextRole && index.column() == Add)
+        return tr("Add %1").arg(m_list.fileName(index.row()));
+    return {};
+}
+
+QVariant OrphanTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    const QString titles[ColumnCount] = {tr("Add"), tr("Name"), tr("Folder"), tr("In the Library")};
+    return titles[section];
+}
+
+Qt::ItemFlags OrphanTableModel::flags(const QModelIndex &index) const
+{
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(index) | Qt::ItemNeverHasChildren;
+    return index.column() == Add ? flags | Qt::ItemIsUserCheckable : flags;
+}
+
+bool OrphanTableModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    if (role != Qt::CheckStateRole || index.column() != Add)
+        return false;
+    const bool add = value.toInt() == Qt::Checked;
+    if (QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier)) {
+        setAllAdd(add);
+    } else {
+        m_list.setAdd(index.row(), add);
+        Q_EMIT dataChanged(index, index);
+    }
+    return true;
+}
+
+void OrphanTableModel::setAllAdd(bool add)
+{
+    m_list.setAllAdd(add);
+    Q_EMIT dataChanged(index(0, Add), index(rowCount() - 1, Add));
+}
+
+void OrphanTableModel::setReattached(int row, bool reattached)
+{
+    m_list.setReattached(row, reattached);
+    Q_EMIT dataChanged(index(row, Missing), index(row, Missing));
+}
