@@ -1,18 +1,22 @@
+#include "CameraFile.h"
+#include "GridMeasures.h"
 #include "Pair.h"
 
 #include "Decoder.h"
-#include "Image.h"
+#include "FileFinder.h"
 #include "ImageEncoders.h"
-#include "OpenFile.h"
+#include "PhotoLibrary.h"
 #include "SaveImage.h"
 
+#include <QApplication>
 #include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QThread>
 
-#include <atomic>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -20,6 +24,7 @@
 #include <vector>
 
 #include <jpeglib.h>
+#include <unistd.h>
 
 namespace {
 
@@ -27,6 +32,8 @@ constexpr QSize kPhotoSize(6000, 4000);
 constexpr QSize kBox(240, 240);
 constexpr int kPhotos = 8;
 constexpr int kCached = 500;
+constexpr int kManyPhotos = 200;
+constexpr int kFolderOfPhotos = 10'000;
 
 /// Hills of a few sizes: what gradients, skies and blurred backgrounds are to an encoder.
 double relief(double x, double y)
@@ -68,6 +75,33 @@ struct Photos
     QString target;
 };
 
+/// A library in which the program's own thumbnails are made.
+struct Library
+{
+    QTemporaryDir thumbnails;
+    NotificationCenter notifications;
+    PathFileFinder finder;
+    PhotoLibrary library{thumbnails.path(), finder, notifications};
+    std::vector<std::shared_ptr<PIPhoto>> photos;
+
+    explicit Library(const QStringList &paths)
+    {
+        for (const QString &path : paths)
+            photos.push_back(std::make_shared<PIPhoto>(library.fileRefs().fileRefForPath(path)));
+    }
+    /// On as many threads as there are processors.
+    bool makeAll()
+    {
+        ThumbnailMaker &maker = library.thumbnails();
+        for (const auto &photo : photos)
+            (void)maker.thumbnail(*photo);
+        while (maker.pendingJobs() > 0)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        return std::all_of(photos.begin(), photos.end(), [](const auto &photo) { return photo->thumbnailDate() != 0; });
+    }
+};
+
+/// What a job of the thumbnail queue does, here on the calling thread.
 bool makeThumbnail(const QString &path, const QString &target)
 {
     const Image image = Image::fromFile(path);
@@ -83,20 +117,14 @@ bool makeThumbnail(const QString &path, const QString &target)
 
 void makeThumbnails(PairRunner &runner, const Photos &photos, int threadCount)
 {
-    std::atomic<int> next = 0;
-    std::atomic<int> made = 0;
-    const auto work = [&] {
-        for (int i = next++; i < photos.paths.size(); i = next++)
-            made += makeThumbnail(photos.paths.at(i), photos.target + QStringLiteral("/ours%1.jpg").arg(i));
-    };
-    std::vector<std::unique_ptr<QThread>> threads;
-    for (int i = 0; i < threadCount; ++i) {
-        threads.emplace_back(QThread::create(work));
-        threads.back()->start();
+    bool made = true;
+    if (threadCount > 1) {
+        made = Library(photos.paths).makeAll();
+    } else {
+        for (int i = 0; i < photos.paths.size(); ++i)
+            made = makeThumbnail(photos.paths.at(i), photos.target + QStringLiteral("/ours%1.jpg").arg(i)) && made;
     }
-    for (const auto &thread : threads)
-        thread->wait();
-    if (made != photos.paths.size())
+    if (!made)
         runner.fail("a thumbnail could not be made");
 }
 
@@ -143,13 +171,6 @@ void decodeAtOneEighth(const QString &path)
     std::fclose(file);
 }
 
-QImage loadCached(const QString &path)
-{
-    const auto file = openRegularFile(path);
-    const auto decoded = file ? Decoder::decode(file->descriptor.number(), path) : std::nullopt;
-    return decoded ? decoded->pixels : QImage();
-}
-
 Photos writePhotos(PairRunner &runner)
 {
     Photos photos;
@@ -168,7 +189,7 @@ Photos writePhotos(PairRunner &runner)
 
 void measureMaking(PairRunner &runner, const Photos &photos)
 {
-    for (const int threads : {1, 2}) {
+    for (const int threads : {1, std::max(2, QThread::idealThreadCount())}) {
         const std::string name = "thumbnail, " + std::to_string(kPhotos) + " photos of 24 MP, " +
                                  std::to_string(threads) + (threads == 1 ? " thread" : " threads");
         runner.run({.name = name,
@@ -185,17 +206,63 @@ void measureMaking(PairRunner &runner, const Photos &photos)
 
 void measureLoading(PairRunner &runner, const Photos &photos)
 {
-    const QString cached = photos.target + QStringLiteral("/cached.jpg");
-    if (!makeThumbnail(photos.paths.first(), cached) || loadCached(cached).isNull() || QImage(cached).isNull())
+    Library library(photos.paths.first(1));
+    ThumbnailMaker &maker = library.library.thumbnails();
+    const PIPhoto &photo = *library.photos.front();
+    const QString cached = maker.thumbnailPath(photo);
+    const auto load = [&] {
+        maker.pixelPool().clear();
+        return maker.availableThumbnail(photo);
+    };
+    if (!library.makeAll() || load().isNull() || QImage(cached).isNull())
         runner.fail("a thumbnail cannot be loaded");
-    const auto repeat = [](auto load) {
+    const auto repeat = [](auto read) {
         for (int i = 0; i < kCached; ++i)
-            benchmark::DoNotOptimize(load());
+            benchmark::DoNotOptimize(read());
     };
     runner.run({.name = "thumbnail-cached, " + std::to_string(kCached) + " of them",
-                .ours = [&] { repeat([&] { return loadCached(cached); }); },
+                .ours = [&] { repeat(load); },
                 .peerName = "QImage",
                 .peer = [&] { repeat([&] { return QImage(cached); }); }});
+}
+
+/// The photo under many names, each a file of its own with a number in it.
+QStringList writeMany(PairRunner &runner, const Photos &photos)
+{
+    QFile photo(photos.paths.first());
+    const QByteArray bytes = photo.open(QFile::ReadOnly) ? photo.readAll() : QByteArray();
+    QStringList paths;
+    for (int i = 0; i < kManyPhotos; ++i) {
+        paths << runner.folder() + QStringLiteral("/many%1.jpg").arg(i);
+        const QByteArray comment = QByteArray("\xff\xfe\0\x06", 4) + QByteArray::number(1000 + i);
+        if (!writeFile(paths.last(), bytes.left(2) + comment + bytes.mid(2)))
+            runner.fail("a photo could not be written");
+    }
+    return paths;
+}
+
+/// Links to a few photos that carry a green picture.
+QStringList linkCameraPhotos(PairRunner &runner, const Photos &photos)
+{
+    const QByteArray small = CameraFile::jpeg(QColor(0, 128, 0), {160, 107});
+    QStringList originals;
+    for (const QString &path : photos.paths) {
+        QFile photo(path);
+        originals << path + QStringLiteral(".camera.jpg");
+        if (!photo.open(QFile::ReadOnly) ||
+            !writeFile(originals.last(), CameraFile::withThumbnail(photo.readAll(), small)))
+            runner.fail("a photo could not be written");
+    }
+    QStringList paths;
+    const QString folder = runner.folder() + QStringLiteral("/camera");
+    QDir().mkpath(folder);
+    for (int i = 0; i < kFolderOfPhotos; ++i) {
+        paths << folder + QStringLiteral("/IMG_%1.jpg").arg(i);
+        const QByteArray original = QFile::encodeName(originals.at(i % originals.size()));
+        if (::link(original.constData(), QFile::encodeName(paths.last()).constData()) != 0)
+            runner.fail("a photo could not be linked");
+    }
+    return paths;
 }
 
 }
@@ -203,10 +270,13 @@ void measureLoading(PairRunner &runner, const Photos &photos)
 int main(int argc, char **argv)
 {
     PairRunner runner(argc, argv);
+    QApplication application(argc, argv);
     qputenv("VIPS_CONCURRENCY", "1");
     Decoder::initialize();
     const Photos photos = writePhotos(runner);
     measureMaking(runner, photos);
     measureLoading(runner, photos);
+    GridMeasures::paintFirst(runner, linkCameraPhotos(runner, photos));
+    GridMeasures::makeThumbnails(runner, writeMany(runner, photos), photos.target);
     return runner.result();
 }

@@ -124,14 +124,6 @@ private Q_SLOTS:
             QCOMPARE(result->pixel(7, 0), yielded.width() > 8 ? 0xff00ff00 : 0u);
         }
     }
-
-    void anInstalledBackEndIsUsedUntilItIsTakenAway()
-    {
-        installFilterBackEnd(&m_backEnd);
-        QCOMPARE(&filterBackEnd(), static_cast<const FilterBackEnd *>(&m_backEnd));
-        installFilterBackEnd(nullptr);
-        QCOMPARE(filterBackEnd().attributes(QStringLiteral("Invert")), nullptr);
-    }
 };
 
 REGISTER_TEST(TestFilterBackEnd)
