@@ -84,6 +84,8 @@ void tellPhotos(PhotoLibrary &library, const QSet<const PIFileRef *> &taken, con
 int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<PIPhoto> &photo,
                                    const PIFolder *shownFolder, const QString &path)
 {
+    if (!photo->fileRef())
+        return 0;
     const QString oldFolder = folderOf(photo->fileRef()->path());
     const QString newFolder = folderOf(path);
     QSet<const PIFileRef *> taken;

@@ -57,6 +57,8 @@ void PIDetailFileVC::build()
     m_reveal->setToolTip(tr("Show the file in the file manager"));
     m_reveal->setAccessibleName(m_reveal->toolTip());
     m_date->setCalendarPopup(true);
+    m_date->setFocusPolicy(Qt::StrongFocus);
+    m_date->installEventFilter(this);
     m_date->setToolTip(tr("The file's date. Changing it changes the file's modification date on disk"));
     m_date->setAccessibleName(tr("File date"));
     m_missing->setWordWrap(true);
@@ -91,7 +93,7 @@ void PIDetailFileVC::selectionChanged()
     m_date->setEnabled(present);
     const bool lost = havePhoto() && !present;
     m_missing->setVisible(lost);
-    m_find->setVisible(lost);
+    m_find->setVisible(lost && photo()->fileRef());
     m_findTree->setVisible(false);
     showFacts();
     if (lost)
@@ -100,11 +102,22 @@ void PIDetailFileVC::selectionChanged()
         readPhotoSize();
 }
 
+/// The pane scrolls beneath the pointer: only who works in the date means to change it.
+bool PIDetailFileVC::eventFilter(QObject *object, QEvent *event)
+{
+    if (object != m_date || event->type() != QEvent::Wheel || m_date->hasFocus())
+        return PIDetailBaseVC::eventFilter(object, event);
+    event->ignore();
+    return true;
+}
+
 void PIDetailFileVC::showFacts()
 {
     const QString unknown = tr("Unknown");
     const auto file = havePhoto() ? photo()->fileRef() : nullptr;
-    m_name->setText(file ? QVString::lastPathComponent(file->path()) : QString());
+    showName(file.get());
+    showDate(file.get());
+    m_shownFile = file;
     m_path->setText(file ? QVString::abbreviateHomeFolderPath(QVString::deletingLastPathComponent(file->path()))
                          : QString());
     const QSizeF pixels = file ? file->knownPhotoSize() : QSizeF();
@@ -112,8 +125,21 @@ void PIDetailFileVC::showFacts()
         pixels.isEmpty() ? unknown : QStringLiteral("%1 x %2").arg(int(pixels.width())).arg(int(pixels.height())));
     const quint64 bytes = file ? file->fileSize() : 0;
     m_fileSize->setText(bytes > 0 ? FileSizeString(bytes) : unknown);
+}
+
+/// What is being typed stays, whatever becomes known of the file meanwhile.
+void PIDetailFileVC::showName(const PIFileRef *file)
+{
+    if (!file || m_shownFile.lock().get() != file || !m_name->hasFocus() || !m_name->isModified())
+        m_name->setText(file ? QVString::lastPathComponent(file->path()) : QString());
+}
+
+void PIDetailFileVC::showDate(PIFileRef *file)
+{
+    if (file && m_shownFile.lock().get() == file && m_date->hasFocus())
+        return;
     const double date = file ? file->creationTime() : 0;
-    m_date->setSpecialValueText(unknown); // shown for the earliest date there is
+    m_date->setSpecialValueText(tr("Unknown")); // shown for the earliest date there is
     m_date->setDateTime(date != 0 ? QDateTime::fromSecsSinceEpoch(static_cast<qint64>(date))
                                   : m_date->minimumDateTime());
 }
@@ -121,8 +147,10 @@ void PIDetailFileVC::showFacts()
 void PIDetailFileVC::showLostTree()
 {
     const auto file = photo()->fileRef();
-    if (!file)
+    if (!file) {
+        m_missing->setText(tr("The library does not tell where this photo's file is."));
         return;
+    }
     if (file->isVolumeAway()) {
         m_missing->setText(tr("The volume of this file is not mounted. The photo comes back when it is."));
         m_find->setVisible(false);
@@ -154,9 +182,10 @@ void PIDetailFileVC::readPhotoSize()
 void PIDetailFileVC::renameFile()
 {
     const QString name = m_name->text();
-    if (missingFile() || name.isEmpty() || !m_name->isModified())
-        return showFacts();
+    const bool isTyped = m_name->isModified();
     m_name->setModified(false);
+    if (missingFile() || name.isEmpty() || !isTyped)
+        return showFacts();
     const QString oldName = QVString::lastPathComponent(photo()->fileRef()->path());
     QString reason;
     if (!FileCommands::renameFile(library(), *photo(), name, &reason))
@@ -175,6 +204,7 @@ void PIDetailFileVC::setDate()
     QString reason;
     if (!FileCommands::setDate(library(), *photo(), date, &reason))
         GiveAlert(tr("The date could not be changed."), reason);
+    m_shownFile.reset(); // the field shows what the file system made of it
     showFacts();
 }
 

@@ -5,6 +5,7 @@
 
 #include <functional>
 
+class PIFileRef;
 class PIFolder;
 class QDateTimeEdit;
 class QLabel;
@@ -27,10 +28,13 @@ public:
 
 protected:
     void selectionChanged() override;
+    bool eventFilter(QObject *object, QEvent *event) override;
 
 private:
     void build();
     void showFacts();
+    void showName(const PIFileRef *file);
+    void showDate(PIFileRef *file);
     void showLostTree();
     void readPhotoSize();
     void renameFile();
@@ -39,6 +43,7 @@ private:
     void findMovedTree();
 
     ShownFolder m_shownFolder;
+    std::weak_ptr<PIFileRef> m_shownFile; ///< whose name and date stand in the fields
     DispatchQueue m_worker;
     QLineEdit *m_name;
     QLabel *m_path;

@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
+#include <QWheelEvent>
 
 class TestDetailFile : public QObject
 {
@@ -86,6 +87,34 @@ private Q_SLOTS:
         date.setDateTime(date.dateTime().addDays(1));
         QTest::keyClick(&date, Qt::Key_Return);
         QCOMPARE(FileDates::dateOf(pane.path), withSeconds + 24 * 60 * 60);
+    }
+
+    void whatIsTypedStaysAndTheWheelChangesNothing()
+    {
+        Pane pane;
+        auto &name = pane.child<QLineEdit>("File name");
+        pane.window.activateWindow();
+        name.setFocus();
+        QTRY_VERIFY(name.hasFocus());
+        QTest::keyClicks(&name, QStringLiteral("x"));
+        const QString typed = name.text();
+        pane.notifications.post(kThumbnailNotification, pane.photo);
+        QCOMPARE(name.text(), typed);
+
+        auto &date = pane.child<QDateTimeEdit>("File date");
+        const QDateTime before = date.dateTime();
+        QWheelEvent wheel(QPointF(5, 5), date.mapToGlobal(QPointF(5, 5)), {}, {0, 240}, Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&date, &wheel);
+        QCOMPARE(date.dateTime(), before);
+    }
+
+    void aPhotoWithoutAFileOffersNothing()
+    {
+        Pane pane;
+        pane.notifications.post(kSelectNotification, std::make_shared<PIPhoto>());
+        const auto buttons = pane.window.findChildren<QPushButton *>();
+        QVERIFY(std::none_of(buttons.begin(), buttons.end(), [](const auto *b) { return b->isVisible(); }));
     }
 
     void aLostFileCanOnlyBeSoughtFor()
