@@ -1,17 +1,33 @@
 #include "MessageBoxAlertPresenter.h"
 
+#include "PlainText.h"
+
 #include <QApplication>
 #include <QMessageBox>
 #include <QPushButton>
 
+namespace {
+
+/// The window that stays: a dialog over it may end while the alert is up, and would take the alert along.
+QWidget *lastingWindow()
+{
+    QWidget *window = QApplication::activeWindow();
+    while (window && window->parentWidget())
+        window = window->parentWidget()->window();
+    return window;
+}
+
+}
+
 int MessageBoxAlertPresenter::present(const Alert &alert)
 {
-    QMessageBox box(QApplication::activeWindow());
+    QMessageBox box(lastingWindow());
     box.setIcon(QMessageBox::Warning);
     box.setWindowTitle(QApplication::applicationDisplayName());
+    box.setTextFormat(Qt::PlainText);
     box.setText(alert.title.isEmpty() ? alert.message : alert.title);
     if (!alert.title.isEmpty())
-        box.setInformativeText(alert.message);
+        box.setInformativeText(plainText(alert.message)); // the format is for the first text alone
 
     QList<QAbstractButton *> buttons;
     for (const QString &text : alert.buttons)

@@ -27,7 +27,6 @@ int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Tamsel Photo"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Tamsel Photo"));
     QApplication::setApplicationVersion(QStringLiteral(TAMSEL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.harrowmere.TamselPhoto"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tamsel-photo.svg")));

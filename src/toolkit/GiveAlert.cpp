@@ -16,7 +16,7 @@ struct NestedAlert
 
 }
 
-int GiveAlert(const QString &title, const QString &message, const QStringList &buttons)
+int GiveAlert(const QString &title, const QString &message, const QStringList &buttons, int escapeButton)
 {
     const QString cancel = QStringLiteral("Cancel");
     Alert alert{title, message, buttons};
@@ -25,7 +25,7 @@ int GiveAlert(const QString &title, const QString &message, const QStringList &b
         alert.buttons = {QStringLiteral("OK"), cancel};
         alert.hiddenButton = 1;
     }
-    alert.escapeButton = static_cast<int>(alert.buttons.indexOf(cancel));
+    alert.escapeButton = escapeButton >= 0 ? escapeButton : static_cast<int>(alert.buttons.indexOf(cancel));
     const NestedAlert nested;
     return AlertPresenter::shared().present(alert);
 }

@@ -36,6 +36,12 @@ QString FileSizeString(quint64 bytes)
     return withGroups(QString::number(static_cast<double>(quotient), 'f', 2)) + QLatin1Char(' ') + unit.name;
 }
 
+QString CountText(qint64 count, const QString &one, const QString &many)
+{
+    QString text = count == 1 ? one : many;
+    return text.replace(QLatin1String("%n"), QString::number(count));
+}
+
 QString reason(const QString &failureReason, const QString &description)
 {
     QString text = failureReason.isEmpty() ? description : failureReason;

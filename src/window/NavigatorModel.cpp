@@ -4,6 +4,8 @@
 #include "LibraryEditor.h"
 #include "PIFolder.h"
 #include "PhotoLibrary.h"
+#include "PlainText.h"
+#include "TextForPeople.h"
 
 #include <QApplication>
 #include <QFont>
@@ -33,8 +35,9 @@ QVariant nameData(const PIGroup &item, int role)
     switch (role) {
     case Qt::DisplayRole:
     case Qt::EditRole:
-    case Qt::ToolTipRole:
         return item.name();
+    case Qt::ToolTipRole:
+        return plainText(item.name());
     case Qt::DecorationRole:
         if (item.asFolder())
             return themedIcon(QLatin1String("folder"));
@@ -59,8 +62,8 @@ QVariant countData(const PIGroup &item, int role)
     case Qt::TextAlignmentRole:
         return QVariant(Qt::AlignRight | Qt::AlignVCenter);
     case Qt::AccessibleTextRole:
-        return NavigatorModel::tr("%n photos", nullptr,
-                                  item.asFolder() ? item.asFolder()->photoCount(Subfolders::Exclude) : 0);
+        return CountText(item.asFolder() ? item.asFolder()->photoCount(Subfolders::Exclude) : 0,
+                         NavigatorModel::tr("%n photo"), NavigatorModel::tr("%n photos"));
     default:
         return {};
     }

@@ -14,6 +14,7 @@
 #include "PIOutlineView.h"
 #include "PhotoLibrary.h"
 #include "StringUtilities.h"
+#include "TextForPeople.h"
 #include "ThumbnailGridView.h"
 #include "UserDefaults.h"
 #include "UserPaths.h"
@@ -33,6 +34,12 @@ namespace {
 constexpr int kMinimumNavigatorWidth = 200;
 constexpr int kMinimumGridWidth = 153;
 constexpr int kMinimumDetailWidth = 120;
+
+/// A title in which nothing of a name is taken for the mark of unsaved changes.
+QString titlePart(QString name)
+{
+    return name.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
+}
 
 }
 
@@ -218,7 +225,7 @@ bool PIWindowController::windowShouldClose()
 
     const int answer = GiveAlert(tr("Do you want to save the changes you made to the photo library?"),
                                  tr("Your changes will be lost if you don't save them."),
-                                 {tr("Save"), tr("Cancel"), tr("Don't Save")});
+                                 {tr("Save"), tr("Cancel"), tr("Don't Save")}, /*escapeButton=*/1);
     if (answer == 1)
         return false;
     if (answer == 2) {
@@ -395,7 +402,9 @@ void PIWindowController::photoWasSelected()
     const auto folder = shownFolder();
     QString title = tr("Photo");
     if (photo && folder && photo->fileRef())
-        title = tr("Photo — %1 — %2").arg(folder->name(), QVString::fileNameMinusExtension(photo->fileRef()->path()));
+        title =
+            tr("Photo — %1 — %2")
+                .arg(titlePart(folder->name()), titlePart(QVString::fileNameMinusExtension(photo->fileRef()->path())));
     m_window->setWindowTitle(title + QStringLiteral("[*]"));
 }
 
@@ -422,7 +431,7 @@ void PIWindowController::showSummary()
     }
     const int count = static_cast<int>(folder->photos().size());
     const int selected = static_cast<int>(selectedIndexes().count());
-    QString text = tr("%n photos", nullptr, count);
+    QString text = CountText(count, tr("%n photo"), tr("%n photos"));
     if (selected > 1)
         text = tr("%1, %n selected", nullptr, selected).arg(text);
     m_summary->setText(text);

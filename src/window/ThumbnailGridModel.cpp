@@ -3,6 +3,7 @@
 #include "DateFormatter.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
+#include "PlainText.h"
 
 #include <QDateTime>
 #include <QLocale>
@@ -108,9 +109,10 @@ QVariant ThumbnailGridModel::data(const QModelIndex &index, int role) const
         return date ? *date : QString();
     }
     case Qt::DisplayRole:
-    case Qt::ToolTipRole:
     case FileNameRole:
         return fileName(*shown);
+    case Qt::ToolTipRole:
+        return plainText(fileName(*shown));
     case MarkedRole:
         return shown->isMarked();
     case LostRole:

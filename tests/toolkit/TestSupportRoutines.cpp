@@ -51,6 +51,7 @@ private Q_SLOTS:
     void arrayMovesEntriesAndZeroesMissingOnes();
     void fileSizes_data();
     void fileSizes();
+    void countsAgreeWithTheirNouns();
     void reasons_data();
     void reasons();
     void geometryReadsBackExactly_data();
@@ -133,6 +134,11 @@ void TestSupportRoutines::alertWithButtonsAnswersEscapeWithCancel()
     QCOMPARE(presenter.last.buttons, buttons);
     QCOMPARE(presenter.last.escapeButton, 1);
     QCOMPARE(presenter.last.hiddenButton, -1);
+
+    AlertPresenter::install(&presenter);
+    GiveAlert(QString(), QString(), {QStringLiteral("Ja"), QStringLiteral("Abbrechen"), QStringLiteral("Nein")}, 1);
+    AlertPresenter::install(before);
+    QCOMPARE(presenter.last.escapeButton, 1);
 }
 
 void TestSupportRoutines::arrayRefusesOddEntries_data()
@@ -213,6 +219,16 @@ void TestSupportRoutines::fileSizes()
 {
     QFETCH(quint64, bytes);
     QTEST(FileSizeString(bytes), "text");
+}
+
+void TestSupportRoutines::countsAgreeWithTheirNouns()
+{
+    const auto text = [](qint64 count) {
+        return CountText(count, QStringLiteral("%n photo"), QStringLiteral("%n photos"));
+    };
+    QCOMPARE(text(0), QStringLiteral("0 photos"));
+    QCOMPARE(text(1), QStringLiteral("1 photo"));
+    QCOMPARE(text(21), QStringLiteral("21 photos"));
 }
 
 void TestSupportRoutines::reasons_data()
