@@ -40,7 +40,6 @@ PIDetailController::PIDetailController(PhotoLibrary &library, UserDefaults &defa
     auto *scroller = new QScrollArea(m_view);
     scroller->setFrameShape(QFrame::NoFrame);
     scroller->setWidgetResizable(true);
-    scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroller->setWidget(sections);
     m_view->addWidget(m_photoView);
     m_view->addWidget(scroller);

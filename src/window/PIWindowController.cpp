@@ -12,6 +12,7 @@
 #include "PIDetailController.h"
 #include "PIFolder.h"
 #include "PIOutlineView.h"
+#include "PaneSplitter.h"
 #include "PhotoLibrary.h"
 #include "StringUtilities.h"
 #include "TextForPeople.h"
@@ -25,15 +26,10 @@
 #include <QGuiApplication>
 #include <QLabel>
 #include <QScreen>
-#include <QSplitter>
 #include <QStatusBar>
 #include <QTimer>
 
 namespace {
-
-constexpr int kMinimumNavigatorWidth = 200;
-constexpr int kMinimumGridWidth = 153;
-constexpr int kMinimumDetailWidth = 120;
 
 /// A title in which nothing of a name is taken for the mark of unsaved changes.
 QString titlePart(QString name)
@@ -56,7 +52,9 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_thumbnailView(new ThumbnailGridView(library.thumbnails(), library.notifications(), m_window.get()))
     , m_detailController(new PIDetailController(
           library, defaults, [this] { return shownFolder(); }, m_window.get()))
-    , m_paneSplitter(new QSplitter(Qt::Horizontal, m_window.get()))
+    , m_paneSplitter(new PaneSplitter(
+          defaults, {new NavigatorPane(*m_outline, *m_actions), m_thumbnailView, m_detailController->view()},
+          m_window.get()))
     , m_summary(new QLabel(m_window.get()))
     , m_importRunner(new ImportRunner(m_editor, *m_window))
     , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
@@ -65,7 +63,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     bindCommands();
     bindViewCommands();
     observe();
-    QTimer::singleShot(0, this, &PIWindowController::setInitialSplit);
+    QTimer::singleShot(0, m_paneSplitter, &PaneSplitter::setInitialSplit);
     photoWasSelected();
     enableCommands();
 }
@@ -79,31 +77,11 @@ PIWindowController::~PIWindowController()
 
 void PIWindowController::buildPanes()
 {
-    m_outline->setMinimumWidth(kMinimumNavigatorWidth);
-    m_thumbnailView->setMinimumWidth(kMinimumGridWidth);
-    m_detailController->view()->setMinimumWidth(kMinimumDetailWidth);
-    m_paneSplitter->addWidget(new NavigatorPane(*m_outline, *m_actions));
-    m_paneSplitter->addWidget(m_thumbnailView);
-    m_paneSplitter->addWidget(m_detailController->view());
-    m_paneSplitter->setChildrenCollapsible(false);
-    m_paneSplitter->setHandleWidth(1);
-    m_paneSplitter->setStretchFactor(2, 1);
     m_window->setCentralWidget(m_paneSplitter);
     m_window->statusBar()->addPermanentWidget(m_summary);
     m_window->statusBar()->setSizeGripEnabled(false);
     m_window->setMinimumSize(700, 420);
     m_window->setShouldClose([this] { return windowShouldClose(); });
-}
-
-void PIWindowController::setInitialSplit()
-{
-    m_detailController->view()->setVisible(m_defaults.value(WindowPreferences::kShowDetail));
-    const int stored0 = m_defaults.value(WindowPreferences::kSplit0);
-    const int split0 = stored0 > 0 ? stored0 : WindowPreferences::kSplit0.fallback;
-    const int stored1 = m_defaults.value(WindowPreferences::kSplit1);
-    const int split1 = stored1 > 0 ? stored1 : split0 + WindowPreferences::kSplit1Offset;
-    m_paneSplitter->setSizes({split0, split1 - split0, qMax(kMinimumDetailWidth, m_paneSplitter->width() - split1)});
-    m_splitSet = true;
 }
 
 void PIWindowController::bindCommands()
@@ -162,7 +140,6 @@ void PIWindowController::observe()
     });
     connect(m_thumbnailView, &ThumbnailGridView::columnCountChanged, this,
             [this](int columns) { m_defaults.setValue(WindowPreferences::kColumnCount, columns); });
-    connect(m_paneSplitter, &QSplitter::splitterMoved, this, &PIWindowController::saveDividers);
     connect(m_importRunner, &ImportRunner::runningChanged, this, &PIWindowController::enableCommands);
     connect(m_window.get(), &LibraryWindow::filesDropped, this,
             [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
@@ -437,19 +414,9 @@ void PIWindowController::showSummary()
     m_summary->setText(text);
 }
 
-void PIWindowController::saveDividers()
-{
-    if (!m_splitSet)
-        return;
-    const QList<int> sizes = m_paneSplitter->sizes();
-    m_defaults.setValue(WindowPreferences::kSplit0, sizes[0]);
-    m_defaults.setValue(WindowPreferences::kSplit1, sizes[0] + m_paneSplitter->handleWidth() + sizes[1]);
-}
-
 void PIWindowController::toggleDetail(bool shown)
 {
-    m_detailController->view()->setVisible(shown);
-    m_defaults.setValue(WindowPreferences::kShowDetail, shown);
+    m_paneSplitter->setDetailShown(shown);
 }
 
 LibraryFile::WindowState PIWindowController::saveState() const

@@ -21,8 +21,8 @@ class LibraryWindow;
 class NavigatorModel;
 class PIDetailController;
 class PIOutlineView;
+class PaneSplitter;
 class QLabel;
-class QSplitter;
 class ThumbnailGridView;
 class UserDefaults;
 struct WindowRestoreRecord;
@@ -81,7 +81,6 @@ public:
 
 private:
     void buildPanes();
-    void setInitialSplit();
     void bindCommands();
     void bindViewCommands();
     void observe();
@@ -92,7 +91,6 @@ private:
     void photoWasSelected();
     void enableCommands();
     void showSummary();
-    void saveDividers();
     void toggleDetail(bool shown);
     [[nodiscard]] LibraryFile::WindowState saveState() const;
 
@@ -107,13 +105,12 @@ private:
     PIOutlineView *m_outline;
     ThumbnailGridView *m_thumbnailView;
     PIDetailController *m_detailController;
-    QSplitter *m_paneSplitter;
+    PaneSplitter *m_paneSplitter;
     QLabel *m_summary;
     ImportRunner *m_importRunner;
     Housekeeping *m_housekeeping;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;
-    bool m_splitSet = false;
     NotificationCenter::Observer m_selectObserver;
     NotificationCenter::Observer m_redrawObserver;
 };
