@@ -1,6 +1,5 @@
 #include "GridLayout.h"
 
-#include <algorithm>
 #include <limits>
 
 GridLayout::GridLayout(int count, int columns, int viewWidth, int textHeight)
@@ -8,8 +7,7 @@ GridLayout::GridLayout(int count, int columns, int viewWidth, int textHeight)
     , m_innerWidth(std::max(kMinCellWidth, viewWidth - 2 * kMargin))
     , m_textHeight(std::max(0, textHeight))
 {
-    const int fitting = m_innerWidth / kMinCellWidth;
-    m_columns = std::clamp(columns, kMinColumns, std::min(kMaxColumns, fitting));
+    m_columns = std::clamp(columns, kMinColumns, maxColumns());
     m_pictureSide = m_innerWidth / m_columns - 2 * kPadding;
 }
 

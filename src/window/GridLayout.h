@@ -6,6 +6,8 @@
 #include <QRect>
 #include <QSize>
 
+#include <algorithm>
+
 /// The arithmetic of a grid of equal cells that are filled row by row: where a cell is, what is at a point, where a key
 /// leads. Coordinates are those of the whole content, whose width is that of the view. A value.
 class GridLayout
@@ -34,6 +36,8 @@ public:
 
     [[nodiscard]] int count() const { return m_count; }
     [[nodiscard]] int columns() const { return m_columns; }
+    /// As many columns as the view has room for.
+    [[nodiscard]] int maxColumns() const { return std::min(kMaxColumns, m_innerWidth / kMinCellWidth); }
     [[nodiscard]] int rows() const;
     [[nodiscard]] int rowHeight() const { return m_pictureSide + m_textHeight + 2 * kPadding; }
     [[nodiscard]] int contentHeight() const;
@@ -57,7 +61,7 @@ private:
 
     int m_count = 0;
     int m_columns = 1;
-    int m_innerWidth = 0;
+    int m_innerWidth = kMinCellWidth;
     int m_pictureSide = 0;
     int m_textHeight = 0;
 };

@@ -35,6 +35,17 @@ IndexSet GridSelection::band(const IndexSet &covered) const
     return m_bandMode == Mode::Toggle ? difference(m_bandBase, covered) : united(m_bandBase, covered);
 }
 
+qint64 nearest(const IndexSet &indexes, qint64 index)
+{
+    qint64 best = -1;
+    for (const auto &range : indexes.ranges()) {
+        const qint64 candidate = std::clamp(index, range.first, range.last);
+        if (best < 0 || std::abs(candidate - index) < std::abs(best - index))
+            best = candidate;
+    }
+    return best;
+}
+
 namespace {
 
 /// Walks both sets' boundaries in order; `wanted(inOne, inOther)` tells which stretches belong to the result.

@@ -31,6 +31,8 @@ private:
     Mode m_bandMode = Mode::Replace;
 };
 
+/// The one of `indexes` that is nearest to `index`; -1 when there is none.
+[[nodiscard]] qint64 nearest(const IndexSet &indexes, qint64 index);
 [[nodiscard]] IndexSet united(const IndexSet &one, const IndexSet &other);
 /// What is in exactly one of the two.
 [[nodiscard]] IndexSet difference(const IndexSet &one, const IndexSet &other);

@@ -120,10 +120,8 @@ void PIWindowController::bindViewCommands()
     bindText(Command::ShowFileNames, WindowPreferences::kShowFileNames, TileLine::FileName);
 
     m_thumbnailView->setColumnCount(m_defaults.value(WindowPreferences::kColumnCount));
-    m_actions->bind(Command::FewerColumns,
-                    [this](bool) { m_thumbnailView->setColumnCount(m_thumbnailView->columnCount() - 1); });
-    m_actions->bind(Command::MoreColumns,
-                    [this](bool) { m_thumbnailView->setColumnCount(m_thumbnailView->columnCount() + 1); });
+    m_actions->bind(Command::FewerColumns, [this](bool) { m_thumbnailView->addColumns(-1); });
+    m_actions->bind(Command::MoreColumns, [this](bool) { m_thumbnailView->addColumns(1); });
     m_actions->setChecked(Command::ShowDetail, m_defaults.value(WindowPreferences::kShowDetail));
     m_actions->bind(Command::ShowDetail, [this](bool on) { toggleDetail(on); });
 }
@@ -140,6 +138,7 @@ void PIWindowController::observe()
     });
     connect(m_thumbnailView, &ThumbnailGridView::columnCountChanged, this,
             [this](int columns) { m_defaults.setValue(WindowPreferences::kColumnCount, columns); });
+    connect(m_thumbnailView, &ThumbnailGridView::columnsLaidOut, this, &PIWindowController::enableCommands);
     connect(m_importRunner, &ImportRunner::runningChanged, this, &PIWindowController::enableCommands);
     connect(m_window.get(), &LibraryWindow::filesDropped, this,
             [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
@@ -150,10 +149,6 @@ void PIWindowController::observe()
     });
     NotificationCenter &center = m_library.notifications();
     m_selectObserver = center.observe(kSelectNotification, [this](const NotificationObject &) { photoWasSelected(); });
-    m_redrawObserver = center.observe(kRedrawNotification, [this](const NotificationObject &object) {
-        if (const PIPhoto *photo = object.as<PIPhoto>())
-            m_thumbnailView->redraw(*photo);
-    });
 }
 
 void PIWindowController::showWindow(bool zoomed)
@@ -355,11 +350,8 @@ void PIWindowController::outlineViewSelectionDidChange()
 
 void PIWindowController::gridSelectionDidChange()
 {
-    const IndexSet selected = m_thumbnailView->selectedPositions();
-    if (const auto folder = m_thumbnailView->folder())
-        folder->selection() = selected;
-    const auto photo = selected.isEmpty() ? nullptr : m_thumbnailView->currentPhoto();
-    m_library.notifications().post(kSelectNotification, photo);
+    m_library.notifications().post(kSelectNotification, m_thumbnailView->leadingPhoto());
+    enableCommands();
     showSummary();
 }
 
@@ -395,6 +387,8 @@ void PIWindowController::enableCommands()
     m_actions->setEnabled(Command::ShowSelection, !selectedIndexes().isEmpty());
     const auto item = selectedItem();
     m_actions->setEnabled(Command::Rename, item && LibraryEditor::canRename(*item));
+    m_actions->setEnabled(Command::FewerColumns, m_thumbnailView->canAddColumns(-1));
+    m_actions->setEnabled(Command::MoreColumns, m_thumbnailView->canAddColumns(1));
     m_actions->setEnabled(Command::Back, m_history.canGoBack());
     m_actions->setEnabled(Command::Forward, m_history.canGoForward());
 }

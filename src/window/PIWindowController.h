@@ -112,5 +112,4 @@ private:
     FolderHistory m_history;
     bool m_preserveForwardStack = false;
     NotificationCenter::Observer m_selectObserver;
-    NotificationCenter::Observer m_redrawObserver;
 };

@@ -115,6 +115,11 @@ std::shared_ptr<PIPhoto> ThumbnailGridView::currentPhoto() const
     return m_model->photo(currentRow());
 }
 
+std::shared_ptr<PIPhoto> ThumbnailGridView::leadingPhoto() const
+{
+    return m_model->photo(int(nearest(m_selected, currentRow())));
+}
+
 bool ThumbnailGridView::makeCurrent(const PIPhoto &photo)
 {
     const int row = rowOfSame(photo, m_model->photos());
@@ -141,6 +146,17 @@ void ThumbnailGridView::setColumnCount(int columns)
     m_columns = columns;
     relayout(Anchor::CurrentPhoto);
     Q_EMIT columnCountChanged(columns);
+}
+
+void ThumbnailGridView::addColumns(int more)
+{
+    if (canAddColumns(more))
+        setColumnCount(columnsWith(more));
+}
+
+int ThumbnailGridView::columnsWith(int more) const
+{
+    return std::clamp(m_layout.columns() + more, GridLayout::kMinColumns, m_layout.maxColumns());
 }
 
 TileText ThumbnailGridView::shown() const
@@ -379,7 +395,7 @@ void ThumbnailGridView::wheelEvent(QWheelEvent *event)
     m_wheelRest += event->angleDelta().y();
     const int notches = m_wheelRest / kWheelNotch;
     m_wheelRest -= notches * kWheelNotch;
-    setColumnCount(m_columns - notches);
+    addColumns(-notches);
     event->accept();
 }
 
@@ -404,7 +420,8 @@ void ThumbnailGridView::relayout(Anchor anchor)
     const bool needsBar = withoutBar.contentHeight() > whole.height();
     // Whether there is a bar depends on the width without one; otherwise it could come and go for ever.
     verticalScrollBar()->setRange(0, needsBar ? std::max(1, verticalScrollBar()->maximum()) : 0);
-    m_layout = GridLayout(m_model->rowCount(), m_columns, viewport()->width(), text);
+    const GridLayout before =
+        std::exchange(m_layout, GridLayout(m_model->rowCount(), m_columns, viewport()->width(), text));
 
     verticalScrollBar()->setSingleStep(std::max(20, m_layout.rowHeight() / 4));
     verticalScrollBar()->setPageStep(viewport()->height());
@@ -413,6 +430,8 @@ void ThumbnailGridView::relayout(Anchor anchor)
     m_fetcher->setPictureSide(m_layout.pictureSide(), devicePixelRatioF());
     viewport()->update();
     showVisible();
+    if (before.columns() != m_layout.columns() || before.maxColumns() != m_layout.maxColumns())
+        Q_EMIT columnsLaidOut();
 }
 
 /// The photo that is to stay where it is, and the point of its tile that does, with its height in the view.
@@ -497,10 +516,10 @@ bool ThumbnailGridView::handleZoomKey(const QKeyEvent &event)
     switch (event.key()) {
     case Qt::Key_Plus:
     case Qt::Key_Equal:
-        setColumnCount(m_columns - 1);
+        addColumns(-1);
         return true;
     case Qt::Key_Minus:
-        setColumnCount(m_columns + 1);
+        addColumns(1);
         return true;
     default:
         return false;
@@ -535,8 +554,11 @@ void ThumbnailGridView::beginBand(const QMouseEvent &event)
 
 void ThumbnailGridView::takeUpBand(const QRect &contentRect)
 {
-    if (applySelection(m_gestures.band(m_layout.touchedBy(contentRect))))
-        Q_EMIT selectedPhotosChanged();
+    if (!applySelection(m_gestures.band(m_layout.touchedBy(contentRect))))
+        return;
+    if (!m_selected.isEmpty())
+        setCurrentAndAnchor(int(nearest(m_selected, currentRow())));
+    Q_EMIT selectedPhotosChanged();
 }
 
 void ThumbnailGridView::updateTile(int row)

@@ -43,6 +43,8 @@ public:
     void scrollToSelection();
     /// The photo with the keyboard cursor; null when there is none.
     [[nodiscard]] std::shared_ptr<PIPhoto> currentPhoto() const;
+    /// Of the selected photos the one with the keyboard cursor, else the nearest to it; null when none is selected.
+    [[nodiscard]] std::shared_ptr<PIPhoto> leadingPhoto() const;
     /// Moves the keyboard cursor to the photo; the selection stays. False when it is not in the folder.
     bool makeCurrent(const PIPhoto &photo);
     /// The photo's texts, marks or picture changed.
@@ -51,6 +53,9 @@ public:
     [[nodiscard]] int columnCount() const { return m_columns; }
     /// Clamped to 1 … 20. A view too narrow for so many shows fewer.
     void setColumnCount(int columns);
+    /// So many more columns (fewer below 0) than are seen now, within what the view has room for.
+    void addColumns(int more);
+    [[nodiscard]] bool canAddColumns(int more) const { return columnsWith(more) != m_layout.columns(); }
     [[nodiscard]] TileText shown() const;
     void setShown(TileText lines);
 
@@ -66,6 +71,8 @@ Q_SIGNALS:
     /// Enter or a double click.
     void photoActivated(int index);
     void columnCountChanged(int columns);
+    /// Other columns are seen, or there is room for more or fewer.
+    void columnsLaidOut();
 
 protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -105,6 +112,7 @@ private:
     [[nodiscard]] bool applySelection(IndexSet rows);
     [[nodiscard]] bool takeUpSelection();
     void setCurrentAndAnchor(int row);
+    [[nodiscard]] int columnsWith(int more) const;
     void choose(int row, GridSelection::Mode mode);
     void moveTo(int row, Qt::KeyboardModifiers modifiers);
     void toggleCurrent(Qt::KeyboardModifiers modifiers);

@@ -136,6 +136,7 @@ private Q_SLOTS:
         QCOMPARE(desk.selected(), QStringLiteral("5-9"));
         desk.click(7, Qt::ControlModifier);
         QCOMPARE(desk.selected(), QStringLiteral("5-6 8-9"));
+        QCOMPARE(desk.view.leadingPhoto(), desk.folder->photos().at(6)); // 7 is no longer one of them
 
         // A press keeps a selection of several, for a menu or a drag; only the release chooses the one.
         QTest::mousePress(desk.view.viewport(), Qt::LeftButton, {}, desk.center(8));
@@ -165,6 +166,7 @@ private Q_SLOTS:
         QTest::mousePress(viewport, Qt::LeftButton, Qt::ControlModifier, gap);
         desk.drag(desk.center(5));
         QCOMPARE(desk.selected(), QStringLiteral("2 5"));
+        QCOMPARE(desk.view.currentPhoto(), desk.view.leadingPhoto());
         QTest::mouseRelease(viewport, Qt::LeftButton, Qt::ControlModifier, desk.center(5));
         desk.drag(desk.center(11)); // no band any more
         QCOMPARE(desk.selected(), QStringLiteral("2 5"));
@@ -224,6 +226,16 @@ private Q_SLOTS:
         turn(-240, {});
         QCOMPARE(desk.view.columnCount(), 6);
         QVERIFY(desk.view.verticalScrollBar()->value() > 0);
+
+        // Steps start from what is seen.
+        for (int step = 0; step < 30; ++step)
+            desk.view.addColumns(1);
+        QCOMPARE(desk.view.columnCount(), GridLayout(1, 1, desk.view.viewport()->width(), 0).maxColumns());
+        QVERIFY(!desk.view.canAddColumns(1));
+        desk.view.setColumnCount(20);
+        const int width = desk.view.visualRect(desk.index(0)).width();
+        desk.view.addColumns(-1);
+        QVERIFY(desk.view.visualRect(desk.index(0)).width() > width);
     }
 
     void theCurrentPhotoStaysInSightWhileZooming()
