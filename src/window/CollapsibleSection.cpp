@@ -15,7 +15,6 @@ CollapsibleSection::CollapsibleSection(const QString &title, QWidget *content, Q
     m_header->setToolTip(tr("Show or hide this section"));
     m_header->setAccessibleName(title);
     m_header->setAutoRaise(true);
-    m_header->setArrowType(Qt::DownArrow);
     m_header->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_header->setIconSize(QSize(10, 10));
 
@@ -24,6 +23,7 @@ CollapsibleSection::CollapsibleSection(const QString &title, QWidget *content, Q
     layout->setSpacing(0);
     layout->addWidget(m_header);
     layout->addWidget(m_content);
+    showState();
     connect(m_header, &QToolButton::clicked, this, [this] { setOpen(!isOpen()); });
 }
 
@@ -36,7 +36,13 @@ void CollapsibleSection::setOpen(bool open)
 {
     if (open == isOpen())
         return;
-    m_header->setArrowType(open ? Qt::DownArrow : Qt::RightArrow);
     m_content->setVisible(open);
+    showState();
     Q_EMIT openChanged(open);
+}
+
+void CollapsibleSection::showState()
+{
+    m_header->setArrowType(isOpen() ? Qt::DownArrow : Qt::RightArrow);
+    m_header->setAccessibleDescription(isOpen() ? tr("Open") : tr("Folded away"));
 }

@@ -20,6 +20,8 @@ Q_SIGNALS:
     void openChanged(bool open);
 
 private:
+    void showState();
+
     QToolButton *m_header;
     QWidget *m_content;
 };

@@ -1,5 +1,6 @@
 #include "ThumbnailGridView.h"
 
+#include "AccessibleGrid.h"
 #include "LibraryNotifications.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
@@ -29,6 +30,7 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCen
     , m_delegate(new ThumbnailDelegate(m_fetcher->pictures(), thumbnails.placeholder(), this))
     , m_band(new RubberBand(*this))
 {
+    AccessibleGrid::install(); // before anybody can ask for the interface, which is kept
     setModel(m_model);
     setItemDelegate(m_delegate);
     setSelectionMode(ExtendedSelection);
@@ -37,6 +39,8 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCen
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setAccessibleName(tr("Photos"));
+    connect(this, &ThumbnailGridView::selectedPhotosChanged, this,
+            [this] { AccessibleGrid::announceSelection(*this); });
     connect(m_fetcher, &TileFetcher::tileChanged, this, &ThumbnailGridView::updateTile);
     connect(m_band, &RubberBand::stretched, this, &ThumbnailGridView::takeUpBand);
 
@@ -278,6 +282,12 @@ void ThumbnailGridView::selectionChanged(const QItemSelection &selected, const Q
         Q_EMIT selectedPhotosChanged();
 }
 
+void ThumbnailGridView::currentChanged(const QModelIndex &current, const QModelIndex &previous)
+{
+    QAbstractItemView::currentChanged(current, previous);
+    AccessibleGrid::announceFocus(*this);
+}
+
 void ThumbnailGridView::scrollContentsBy(int, int dy)
 {
     if (m_band->isActive())
@@ -316,6 +326,12 @@ void ThumbnailGridView::changeEvent(QEvent *event)
     QAbstractItemView::changeEvent(event);
     if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
         relayout(Anchor::TopRow);
+}
+
+void ThumbnailGridView::focusInEvent(QFocusEvent *event)
+{
+    QAbstractItemView::focusInEvent(event);
+    AccessibleGrid::announceFocus(*this);
 }
 
 namespace {

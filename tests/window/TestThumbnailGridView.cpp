@@ -9,11 +9,13 @@
 #include "ThumbnailGridView.h"
 
 #include <QAbstractItemModelTester>
+#include <QAccessible>
 #include <QFile>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextDocumentFragment>
 #include <QWheelEvent>
 
 namespace {
@@ -368,12 +370,53 @@ private Q_SLOTS:
         model.setFolder(desk.folder);
         const QModelIndex first = model.index(0);
         QCOMPARE(first.data(Qt::ToolTipRole).toString(), QStringLiteral("my [photo].jpg"));
-        QCOMPARE(first.data(Qt::AccessibleTextRole).toString(), QStringLiteral("my [photo].jpg, Harbour, marked"));
         QCOMPARE(first.data(ThumbnailGridModel::LostRole).toBool(), false);
         QCOMPARE(model.index(1).data(ThumbnailGridModel::LostRole).toBool(), true);
         model.learnDate(1);
         QVERIFY(model.isDateKnown(1));
         QVERIFY(!model.isDateKnown(0));
+    }
+
+    void namesAreNoMarkup()
+    {
+        Desk desk;
+        desk.add(QStringLiteral("a<b>x.jpg"));
+        desk.show();
+        const QString shown = desk.index(0).data(Qt::ToolTipRole).toString();
+        QCOMPARE(QTextDocumentFragment::fromHtml(shown).toPlainText(), QStringLiteral("a<b>x.jpg"));
+    }
+
+    void assistiveToolsSeeAListOfPhotos()
+    {
+        Desk desk;
+        desk.addPhotos(100'000);
+        desk.folder->photos().at(1)->setCaption(QStringLiteral("Harbour"));
+        desk.folder->photos().at(1)->setMarked(true);
+        desk.show();
+        desk.view.activateWindow();
+        desk.view.setFocus();
+        QTRY_VERIFY(desk.view.hasFocus());
+
+        QAccessibleInterface *list = QAccessible::queryAccessibleInterface(&desk.view);
+        QVERIFY(list);
+        QCOMPARE(list->role(), QAccessible::List);
+        QCOMPARE(list->text(QAccessible::Name), QStringLiteral("Photos"));
+        QCOMPARE(list->childCount(), 100'000);
+        QVERIFY(!list->child(100'000));
+        QTest::keyClick(&desk.view, Qt::Key_Right);
+        QAccessibleInterface *photo = list->focusChild();
+        QVERIFY(photo && photo == list->child(1));
+        QCOMPARE(photo->role(), QAccessible::ListItem);
+        QCOMPARE(photo->text(QAccessible::Name), QStringLiteral("1.jpg, Harbour, marked, file missing"));
+        QCOMPARE(photo->parent(), list);
+        QCOMPARE(list->indexOfChild(photo), 1);
+        QVERIFY(photo->state().selected && photo->state().focused && !photo->state().offscreen);
+        QVERIFY(!list->child(0)->state().selected && list->child(90'000)->state().offscreen);
+        QCOMPARE(list->childAt(photo->rect().center().x(), photo->rect().center().y()), photo);
+
+        desk.view.setFolder(nullptr);
+        QCOMPARE(list->childCount(), 0);
+        QVERIFY(!photo->isValid());
     }
 
     void thumbnailsAppearAndFollowTheirFiles()
