@@ -20,6 +20,7 @@
 #include "ThumbnailFolder.h"
 #include "Toolkit.h"
 
+#include <QFileOpenEvent>
 #include <QGuiApplication>
 #include <QSessionManager>
 #include <QTimer>
@@ -140,6 +141,7 @@ void PIAppController::loadLibrary()
 void PIAppController::showLibrary(const QStringList &files)
 {
     m_windowController = std::make_unique<PIWindowController>(*m_library, *m_defaults, m_paths.databasePath);
+    qApp->installEventFilter(this);
     buildMainMenu(m_windowController->window(), m_windowController->actions());
     connect(&m_windowController->window(), &LibraryWindow::closed, qApp, &QCoreApplication::quit);
     m_windowController->showWindow(/*zoomed=*/!m_hasRunBefore);
@@ -206,24 +208,27 @@ void PIAppController::applicationOpenFiles(const QStringList &paths, const std::
 {
     if (!m_launched)
         return;
-    const auto report = [this, finished](const PhotoImport::Outcome &outcome) {
+    const auto report = [finished](const PhotoImport::Outcome &outcome) {
         if (outcome.photosAdded == 0 && !outcome.scan.cancelled)
             GiveAlert(tr("No photos added."),
                       tr("The folders or files you specified did not contain any usable images."));
-        else if (outcome.firstFolder)
-            m_windowController->resetList(outcome.firstFolder);
         if (finished)
             finished();
     };
-    m_windowController->openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto, report);
+    if (!m_windowController->openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto, report))
+        report({});
 }
 
 bool PIAppController::applicationOpenFile(const QString &path)
 {
-    if (!m_windowController)
-        return false;
-    m_windowController->openFiles({path}, nullptr, kNotFound, UndoName::AddPhoto);
-    return true;
+    return m_windowController && m_windowController->openFiles({path}, nullptr, kNotFound, UndoName::AddPhoto);
+}
+
+bool PIAppController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FileOpen && applicationOpenFile(static_cast<QFileOpenEvent *>(event)->file()))
+        return true;
+    return QObject::eventFilter(watched, event);
 }
 
 QString PIAppController::aboutString()

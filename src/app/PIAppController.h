@@ -50,8 +50,10 @@ public:
     /// Brings files and folders into the library; ignored before the launch has finished. `finished` (may be empty)
     /// comes when they are in.
     void applicationOpenFiles(const QStringList &paths, const std::function<void()> &finished = {});
-    /// Brings one file or folder in, without a word when it holds no picture; false before the window is there.
+    /// Brings one file or folder in, without a word when it holds no picture; what the desktop asks for while the
+    /// program runs comes here. False when it is not taken up, as before the window is there.
     bool applicationOpenFile(const QString &path);
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
     /// Services that are not part of the launch but begun by it; empty ones are passed over. To be set before it.
     struct LaunchHooks

@@ -72,6 +72,7 @@ void PhotoImport::start(Progress progress, Finished finished)
 {
     m_progress = std::move(progress);
     m_finished = std::move(finished);
+    notePlace();
     m_workers.async([channel = m_channel, paths = m_request.paths] {
         const ScanSummary summary = scanForImages(
             paths, [&](ScanStep step) { Channel::add(channel, std::move(step)); }, channel->cancelled);
@@ -82,6 +83,19 @@ void PhotoImport::start(Progress progress, Finished finished)
         }
         Channel::wakeUp(channel);
     });
+}
+
+/// What is clicked while the walk runs does not change where things go.
+void PhotoImport::notePlace()
+{
+    const LibraryView &view = m_editor.view();
+    m_selectedBefore = view.selectedItem();
+    if (!m_request.toFolder) {
+        m_request.toFolder = view.shownFolder();
+        const auto first = m_request.toFolder ? view.selectedIndexes().first() : std::nullopt;
+        m_request.atIndex = first ? static_cast<quint64>(*first) : kNotFound;
+    }
+    m_parent = m_request.toFolder ? m_request.toFolder : m_selectedBefore;
 }
 
 void PhotoImport::cancel()
@@ -114,70 +128,46 @@ void PhotoImport::takeSlice()
         if (done)
             return finish();
         if (!step)
-            return;
-        if (!take(*step)) {
-            m_outcome.accepted = false;
-            cancel();
-        }
+            return reportProgress();
+        take(*step);
     }
-    if (m_progress)
-        m_progress(m_outcome.photosAdded + static_cast<int>(m_loosePhotos.size()));
     Channel::wakeUp(m_channel);
+    reportProgress();
 }
 
-bool PhotoImport::take(const ScanStep &step)
+void PhotoImport::reportProgress()
+{
+    if (m_progress && std::exchange(m_photosReported, m_photosTaken) != m_photosTaken)
+        m_progress(m_photosTaken);
+}
+
+void PhotoImport::take(const ScanStep &step)
 {
     switch (step.kind) {
     case ScanStep::Kind::FolderBegins:
         return beginFolder(step.path);
     case ScanStep::Kind::FolderEnds:
-        m_openFolders.pop_back();
-        return true;
+        return m_openFolders.pop_back();
     case ScanStep::Kind::Image:
         break;
     }
     auto photo = std::make_shared<PIPhoto>(m_editor.library().fileRefs().fileRefForPath(step.path));
+    PIGroup::PhotoList &photos = m_openFolders.empty() ? m_loosePhotos : m_openFolders.back()->photos();
+    photos.append(std::move(photo));
+    ++m_photosTaken;
+}
+
+void PhotoImport::beginFolder(const QString &path)
+{
+    std::shared_ptr<PIFolder> folder;
     if (m_openFolders.empty()) {
-        m_loosePhotos.append(std::move(photo));
+        folder = std::make_shared<PIFolder>();
+        m_newFolders.append(folder);
     } else {
-        m_openFolders.back()->photos().append(std::move(photo));
-        ++m_outcome.photosAdded;
+        folder = m_openFolders.back()->makeNewFolder();
     }
-    return true;
-}
-
-bool PhotoImport::beginFolder(const QString &path)
-{
-    std::shared_ptr<PIGroup> parent = m_openFolders.empty() ? chooseParent() : m_openFolders.back();
-    bool created = false;
-    if (!parent) {
-        const auto target = m_editor.selectOrCreateFolder(m_request.undoName);
-        if (!target)
-            return false;
-        parent = target->folder;
-        created = target->created;
-    }
-    if (!created && m_request.undoName != UndoName::AlreadyRecorded &&
-        !m_editor.recorder().setUndoAction(UndoAction::FolderList, m_request.undoName,
-                                           {.container = parent, .photo = {}}))
-        return false;
-    m_request.undoName = UndoName::AlreadyRecorded;
-
-    const auto folder = created ? std::static_pointer_cast<PIFolder>(parent) : parent->makeNewFolder();
     folder->setName(QVString::lastPathComponent(path));
-    if (!m_outcome.firstFolder)
-        m_outcome.firstFolder = folder;
     m_openFolders.push_back(folder);
-    return true;
-}
-
-std::shared_ptr<PIGroup> PhotoImport::chooseParent()
-{
-    if (m_request.toFolder)
-        return m_request.toFolder;
-    if (const auto shown = m_editor.view().shownFolder())
-        return shown;
-    return m_editor.view().selectedItem();
 }
 
 void PhotoImport::finish()
@@ -185,14 +175,55 @@ void PhotoImport::finish()
     m_channel->import = nullptr;
     m_outcome.scan = m_channel->summary;
     m_outcome.scan.cancelled = m_channel->cancelled; // the walk may have been through already
-    if (m_outcome.accepted && !m_loosePhotos.isEmpty()) {
-        m_outcome.accepted =
-            m_editor.addPhotos(m_loosePhotos, m_request.toFolder, m_request.atIndex, m_request.undoName);
-        if (m_outcome.accepted)
-            m_outcome.photosAdded += static_cast<int>(m_loosePhotos.size());
-    }
+    m_outcome.accepted = addFolders() && addLoosePhotos();
+    m_outcome.photosAdded = m_outcome.accepted ? m_photosTaken : 0;
     const Finished finished = std::move(m_finished);
     const Outcome outcome = std::move(m_outcome);
     if (finished)
         finished(outcome);
+}
+
+/// What was selected in the navigator stays so; without that, and without photos to be shown in a moment, the first
+/// new folder is.
+bool PhotoImport::addFolders()
+{
+    if (m_newFolders.isEmpty())
+        return true;
+    for (const auto &folder : std::as_const(m_newFolders)) {
+        if (!addFolder(folder))
+            return false;
+    }
+    m_outcome.firstFolder = m_newFolders.first();
+    const bool showsNew = !m_selectedBefore && m_loosePhotos.isEmpty();
+    m_editor.view().resetList(showsNew ? m_outcome.firstFolder : m_selectedBefore);
+    return true;
+}
+
+bool PhotoImport::addFolder(const std::shared_ptr<PIFolder> &folder)
+{
+    std::shared_ptr<PIGroup> parent = m_parent;
+    if (!parent) {
+        const auto target = m_editor.selectOrCreateFolder(m_request.undoName);
+        if (!target)
+            return false;
+        parent = target->folder;
+        if (target->created) { // an empty folder to begin with: this one takes its place
+            parent = target->folder->parent();
+            parent->folders().removeOne(target->folder);
+        }
+    }
+    if (m_request.undoName != UndoName::AlreadyRecorded &&
+        !m_editor.recorder().setUndoAction(UndoAction::FolderList, m_request.undoName,
+                                           {.container = parent, .photo = {}}))
+        return false;
+    m_request.undoName = UndoName::AlreadyRecorded;
+    folder->setParent(parent);
+    parent->folders().append(folder);
+    return true;
+}
+
+bool PhotoImport::addLoosePhotos()
+{
+    return m_loosePhotos.isEmpty() ||
+           m_editor.addPhotos(m_loosePhotos, m_request.toFolder, m_request.atIndex, m_request.undoName);
 }

@@ -15,7 +15,8 @@
 class DispatchQueue;
 
 /// Brings files and folders into the library as one undoable step: a worker walks the disk, and the main thread takes
-/// what it finds in small slices, so that the window stays alive. Cancelling keeps what was taken until then.
+/// what it finds in small slices, so that the window stays alive. The library's tree gets it all in one turn at the
+/// end, at the place that was chosen at the start. Cancelling keeps what was taken until then.
 class PhotoImport
 {
 public:
@@ -30,7 +31,7 @@ public:
 
     struct Outcome
     {
-        bool accepted = true; ///< false when a recording was refused
+        bool accepted = true; ///< false when a recording was refused; nothing was added then
         int photosAdded = 0;
         /// Made for the first folder that was brought in; null when none was.
         std::shared_ptr<PIFolder> firstFolder;
@@ -54,11 +55,15 @@ public:
 private:
     struct Channel;
 
+    void notePlace();
     void takeSlice();
-    bool take(const ScanStep &step);
-    bool beginFolder(const QString &path);
-    [[nodiscard]] std::shared_ptr<PIGroup> chooseParent();
+    void reportProgress();
+    void take(const ScanStep &step);
+    void beginFolder(const QString &path);
     void finish();
+    [[nodiscard]] bool addFolders();
+    [[nodiscard]] bool addFolder(const std::shared_ptr<PIFolder> &folder);
+    [[nodiscard]] bool addLoosePhotos();
 
     LibraryEditor &m_editor;
     DispatchQueue &m_workers;
@@ -66,7 +71,12 @@ private:
     Progress m_progress;
     Finished m_finished;
     std::shared_ptr<Channel> m_channel;                   ///< what the walk has found and nobody has taken yet
+    std::shared_ptr<PIGroup> m_selectedBefore;            ///< in the navigator, when the import started
+    std::shared_ptr<PIGroup> m_parent;                    ///< of the new folders; null: made for them
     std::vector<std::shared_ptr<PIFolder>> m_openFolders; ///< the library folders of the walk's present place
+    QList<std::shared_ptr<PIFolder>> m_newFolders;        ///< not yet in the library's tree
     PIGroup::PhotoList m_loosePhotos;
+    int m_photosTaken = 0;
+    int m_photosReported = 0;
     Outcome m_outcome;
 };

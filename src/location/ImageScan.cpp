@@ -63,15 +63,14 @@ private:
 
     void walkFolder(const QString &path, int depth)
     {
-        if (depth > kMaxDepth || !isFirstVisit(path))
+        if (depth > kMaxDepth)
+            return noteUnreadable(path, QStringLiteral("Too many folders inside each other"));
+        if (!isFirstVisit(path))
             return;
         QString reason;
         auto listing = readDirectory(path, &reason);
-        if (!listing) {
-            ++m_summary.unreadableFolders;
-            LogString("Can't read folder %@: %@", path, reason);
-            return;
-        }
+        if (!listing)
+            return noteUnreadable(path, reason);
         m_summary.skippedNames += listing->undecodableNames;
         QList<DirectoryEntry> entries = visibleEntries(path, std::move(listing->entries));
         if (entries.isEmpty())
@@ -88,6 +87,12 @@ private:
             }
         }
         m_report({ScanStep::Kind::FolderEnds, path});
+    }
+
+    void noteUnreadable(const QString &path, const QString &reason)
+    {
+        ++m_summary.unreadableFolders;
+        LogString("Can't read folder %@: %@", path, reason);
     }
 
     /// Two paths may lead to one folder, and a link may lead back up.

@@ -21,7 +21,7 @@ struct ScanSummary
     qint64 folders = 0;
     /// Names that are no valid UTF-8 and could not be taken.
     qint64 skippedNames = 0;
-    /// Folders that could not be read; each is told of in the log.
+    /// Folders that could not be read or stand too deep; each is told of in the log.
     qint64 unreadableFolders = 0;
     bool cancelled = false;
 };

@@ -1,6 +1,7 @@
 #include "ImportRunner.h"
 
 #include "GiveAlert.h"
+#include "TextForPeople.h"
 
 #include <QProgressDialog>
 #include <QWidget>
@@ -18,10 +19,7 @@ ImportRunner::ImportRunner(LibraryEditor &editor, QWidget &window)
     , m_workers(QStringLiteral("hmphoto.import"), 1)
 {}
 
-ImportRunner::~ImportRunner()
-{
-    cancelAll();
-}
+ImportRunner::~ImportRunner() = default;
 
 void ImportRunner::run(PhotoImport::Request request, Finished finished)
 {
@@ -32,7 +30,8 @@ void ImportRunner::run(PhotoImport::Request request, Finished finished)
 
 void ImportRunner::cancelAll()
 {
-    m_waiting.clear();
+    for (Job &job : std::exchange(m_waiting, {}))
+        m_dropped.push_back(std::move(job));
     if (m_import)
         m_import->cancel();
 }
@@ -55,8 +54,7 @@ void ImportRunner::startNext()
     Q_EMIT runningChanged(true);
     m_import->start(
         [this](int photosAdded) {
-            m_progress->setLabelText(tr("%n photos added", nullptr, photosAdded));
-            m_progress->setValue(0);
+            m_progress->setLabelText(CountText(photosAdded, tr("%n photo found"), tr("%n photos found")));
         },
         [this, finished = std::move(job.finished)](const PhotoImport::Outcome &outcome) {
             importFinished(outcome, finished);
@@ -72,21 +70,33 @@ void ImportRunner::importFinished(const PhotoImport::Outcome &outcome, const Fin
         Q_EMIT runningChanged(false);
     if (callBack)
         callBack(outcome);
+    tellDropped();
     reportSkipped(outcome.scan);
     if (!m_waiting.empty() && !m_import)
         startNext();
+}
+
+void ImportRunner::tellDropped()
+{
+    PhotoImport::Outcome nothing;
+    nothing.scan.cancelled = true;
+    for (const Job &job : std::exchange(m_dropped, {})) {
+        if (job.finished)
+            job.finished(nothing);
+    }
 }
 
 void ImportRunner::reportSkipped(const ScanSummary &scan)
 {
     QStringList lines;
     if (scan.skippedNames > 0)
-        lines << tr(
-            "%n names are not valid UTF-8 and could not be added. Rename these files, then add the folder again.",
-            nullptr, static_cast<int>(scan.skippedNames));
+        lines << CountText(
+            scan.skippedNames,
+            tr("%n name is not valid UTF-8 and could not be added. Rename this file, then add the folder again."),
+            tr("%n names are not valid UTF-8 and could not be added. Rename these files, then add the folder again."));
     if (scan.unreadableFolders > 0)
-        lines << tr("%n folders could not be read. The system log names them.", nullptr,
-                    static_cast<int>(scan.unreadableFolders));
+        lines << CountText(scan.unreadableFolders, tr("%n folder could not be read. The system log names it."),
+                           tr("%n folders could not be read. The system log names them."));
     if (!lines.isEmpty())
         GiveAlert(tr("Some files were skipped."), lines.join(u'\n'));
 }

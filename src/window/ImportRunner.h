@@ -25,7 +25,7 @@ public:
 
     void run(PhotoImport::Request request, Finished finished);
     [[nodiscard]] bool isRunning() const { return m_import != nullptr; }
-    /// Ends the running import soon and drops those that wait.
+    /// Ends the running import soon and drops those that wait; each of them still tells its `finished`.
     void cancelAll();
 
 Q_SIGNALS:
@@ -40,12 +40,14 @@ private:
 
     void startNext();
     void importFinished(const PhotoImport::Outcome &outcome, const Finished &finished);
+    void tellDropped();
     void reportSkipped(const ScanSummary &scan);
 
     LibraryEditor &m_editor;
     QWidget &m_window;
     DispatchQueue m_workers;
     std::deque<Job> m_waiting;
+    std::deque<Job> m_dropped; ///< wait for the running one, to be told of after it
     std::unique_ptr<PhotoImport> m_import;
     std::unique_ptr<QProgressDialog> m_progress;
 };

@@ -31,6 +31,13 @@
 
 namespace {
 
+void alertWhenNothingWasAdded(const PhotoImport::Outcome &outcome)
+{
+    if (outcome.photosAdded == 0 && !outcome.scan.cancelled)
+        GiveAlert(PIWindowController::tr("No photos added."),
+                  PIWindowController::tr("The folders or files you specified did not contain any usable images."));
+}
+
 /// A title in which nothing of a name is taken for the mark of unsaved changes.
 QString titlePart(QString name)
 {
@@ -211,17 +218,13 @@ bool PIWindowController::windowShouldClose()
     return false;
 }
 
-void PIWindowController::openFiles(const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
+bool PIWindowController::openFiles(const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                    UndoName undoName, const ImportFinished &finished)
 {
-    const auto selectedBefore = selectedItem();
-    m_importRunner->run({paths, toFolder, atIndex, undoName},
-                        [this, selectedBefore, finished](const PhotoImport::Outcome &outcome) {
-                            if (outcome.firstFolder)
-                                resetList(selectedBefore ? selectedBefore : outcome.firstFolder);
-                            if (finished)
-                                finished(outcome);
-                        });
+    if (paths.isEmpty())
+        return false;
+    m_importRunner->run({paths, toFolder, atIndex, undoName}, finished);
+    return true;
 }
 
 void PIWindowController::importFolder(const QString &path, UndoName undoName, IfEmpty alertIfEmpty)
@@ -232,9 +235,8 @@ void PIWindowController::importFolder(const QString &path, UndoName undoName, If
                                 resetList(outcome.firstFolder);
                                 selectIndexes(IndexSet::range(0, outcome.firstFolder->photos().size()));
                             }
-                            if (outcome.photosAdded == 0 && !outcome.scan.cancelled && alertIfEmpty == IfEmpty::Alert)
-                                GiveAlert(tr("No photos added."), tr("The folders or files you specified did not "
-                                                                     "contain any usable images."));
+                            if (alertIfEmpty == IfEmpty::Alert)
+                                alertWhenNothingWasAdded(outcome);
                         });
 }
 
@@ -275,20 +277,15 @@ void PIWindowController::selectIndexes(const IndexSet &indexes)
 
 void PIWindowController::addFiles()
 {
-    const QStringList filters = {tr("Images (%1)").arg(readableImageNameFilters().join(u' ')), tr("All files (*)")};
-    const QStringList paths = QFileDialog::getOpenFileNames(m_window.get(), tr("Select one or more files to import"),
-                                                            m_defaults.value(WindowPreferences::kLastFolder),
-                                                            filters.join(QStringLiteral(";;")));
+    const QStringList paths = QFileDialog::getOpenFileNames(
+        m_window.get(), tr("Select one or more files to import"), m_defaults.value(WindowPreferences::kLastFolder),
+        tr("Images (%1)").arg(readableImageNameFilters().join(u' ')));
     if (paths.isEmpty())
         return;
     m_defaults.setValue(WindowPreferences::kLastFolder, QVString::deletingLastPathComponent(paths.first()));
     const auto last = selectedIndexes().last();
     openFiles(paths, shownFolder(), last ? static_cast<quint64>(*last) : kNotFound, UndoName::AddPhoto,
-              [](const PhotoImport::Outcome &outcome) {
-                  if (outcome.photosAdded == 0)
-                      GiveAlert(tr("No photos added."),
-                                tr("The folders or files you specified did not contain any usable images."));
-              });
+              alertWhenNothingWasAdded);
 }
 
 void PIWindowController::addFolder()

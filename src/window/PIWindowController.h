@@ -55,8 +55,9 @@ public:
 
     using ImportFinished = PhotoImport::Finished;
     /// Brings files and folders into the library in the background. Folders become folders of `toFolder`, loose files
-    /// join it; without one the place is chosen. `finished` comes on the main thread.
-    void openFiles(const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
+    /// join it and are shown; without one the place is chosen now. False when there is nothing to bring in; otherwise
+    /// `finished` comes on the main thread and tells whether it was accepted.
+    bool openFiles(const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                    UndoName undoName, const ImportFinished &finished = {});
     enum class IfEmpty { Alert, Quiet };
     /// Brings one folder in and shows what came.

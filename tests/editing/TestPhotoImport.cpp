@@ -63,6 +63,49 @@ private Q_SLOTS:
         QVERIFY(!house.a->photos().first()->isFileLost());
     }
 
+    void whatIsClickedMeanwhileDoesNotMoveTheImport()
+    {
+        QTemporaryDir dir;
+        for (const char *name : {"one/a.jpg", "two/b.jpg", "c.jpg"})
+            touch(dir.filePath(QLatin1String(name)));
+        House house;
+        house.view.folder = house.a;
+        house.view.item = house.a;
+        PhotoImport::Request request;
+        request.paths << dir.filePath(QStringLiteral("one")) << dir.filePath(QStringLiteral("two"))
+                      << dir.filePath(QStringLiteral("c.jpg"));
+        const auto outcome = runImport(house, request, [&house](PhotoImport &) {
+            house.view.folder = house.b;
+            house.view.item = house.b;
+            QVERIFY(house.a->folders().isEmpty()); // the navigator reads the tree: it changes in one turn
+        });
+        QCOMPARE(outcome.photosAdded, 3);
+        QCOMPARE(house.a->folders().size(), 2);
+        QVERIFY(house.b->folders().isEmpty() && house.b->photos().isEmpty());
+        QCOMPARE(house.view.folder, house.a); // where the loose photo is
+        QCOMPARE(house.view.selection.archive(), QStringLiteral("0"));
+    }
+
+    void whatWasSelectedStaysSelected()
+    {
+        QTemporaryDir dir;
+        touch(dir.filePath(QStringLiteral("trip/a.jpg")));
+        House house;
+        PhotoImport::Request request;
+        request.paths << dir.filePath(QStringLiteral("trip"));
+        house.view.item = house.group;
+        (void)runImport(house, request);
+        QCOMPARE(house.view.item, house.group);
+        QCOMPARE(house.group->folders().last()->name(), QStringLiteral("trip"));
+
+        House bare;
+        bare.group->folders().clear();
+        const auto outcome = runImport(bare, request);
+        QCOMPARE(bare.group->folders().size(), 1);
+        QCOMPARE(bare.view.item, std::shared_ptr<PIGroup>(outcome.firstFolder));
+        QCOMPARE(bare.group->folders().first()->parent(), bare.group);
+    }
+
     void photosOfOneFileShareItsReference()
     {
         QTemporaryDir dir;

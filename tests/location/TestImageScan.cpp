@@ -87,6 +87,18 @@ private Q_SLOTS:
         QCOMPARE(walk({dir.filePath(QStringLiteral("top"))}), QStringLiteral("top( linked( a.jpg ) b.jpg link.jpg )"));
     }
 
+    void tellsOfFoldersThatStandTooDeep()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("a/").repeated(502) + QStringLiteral("lost.jpg"));
+        touch(path);
+        touch(dir.filePath(QStringLiteral("a/seen.jpg")));
+        ScanSummary summary;
+        (void)walk({dir.filePath(QStringLiteral("a"))}, &summary);
+        QCOMPARE(summary.images, 1);
+        QCOMPARE(summary.unreadableFolders, 1);
+    }
+
     void passesOverWhatOnlyLooksLikeAPicture()
     {
         QTemporaryDir dir;
