@@ -2,42 +2,39 @@
 
 #include "PIFolder.h"
 
-void FolderHistory::visit(const std::shared_ptr<PIFolder> &folder)
+void FolderHistory::addFolderToNavigator(const std::shared_ptr<PIFolder> &folder)
 {
-    m_forward.clear();
-    if (m_back.isEmpty() || m_back.last() != folder)
-        m_back.append(folder);
+    m_forwardFolders.clear();
+    if (m_backFolders.isEmpty() || m_backFolders.last() != folder)
+        m_backFolders.append(folder);
 }
 
 std::shared_ptr<PIFolder> FolderHistory::goBack()
 {
     if (!canGoBack())
         return nullptr;
-    m_forward.append(m_back.takeLast());
-    return m_back.last();
+    m_forwardFolders.append(m_backFolders.takeLast());
+    return m_backFolders.last();
 }
 
 std::shared_ptr<PIFolder> FolderHistory::goForward()
 {
     if (!canGoForward())
         return nullptr;
-    m_back.append(m_forward.takeLast());
-    return m_back.last();
+    m_backFolders.append(m_forwardFolders.takeLast());
+    return m_backFolders.last();
 }
 
-void FolderHistory::forget(const std::shared_ptr<PIFolder> &folder)
+void FolderHistory::deleteFolderFromNavigator(const std::shared_ptr<PIFolder> &folder, TopLevel topLevel)
 {
-    removeWithSubfolders(folder);
-    for (qsizetype i = m_back.size() - 1; i > 0; --i) {
-        if (m_back[i] == m_back[i - 1])
-            m_back.removeAt(i);
-    }
-}
-
-void FolderHistory::removeWithSubfolders(const std::shared_ptr<PIFolder> &folder)
-{
-    m_back.removeAll(folder);
-    m_forward.clear();
+    m_backFolders.removeAll(folder);
+    m_forwardFolders.clear();
     for (const auto &child : folder->folders())
-        removeWithSubfolders(child);
+        deleteFolderFromNavigator(child, TopLevel::No);
+    if (topLevel == TopLevel::No)
+        return;
+    for (qsizetype i = m_backFolders.size() - 1; i > 0; --i) {
+        if (m_backFolders[i] == m_backFolders[i - 1])
+            m_backFolders.removeAt(i);
+    }
 }

@@ -11,18 +11,17 @@ class FolderHistory
 {
 public:
     /// A folder was shown by the user's choice; what lay forward is forgotten.
-    void visit(const std::shared_ptr<PIFolder> &folder);
+    void addFolderToNavigator(const std::shared_ptr<PIFolder> &folder);
     /// Steps and returns the folder to show now; null when there is none.
     std::shared_ptr<PIFolder> goBack();
     std::shared_ptr<PIFolder> goForward();
-    [[nodiscard]] bool canGoBack() const { return m_back.size() > 1; }
-    [[nodiscard]] bool canGoForward() const { return !m_forward.isEmpty(); }
-    /// A folder was deleted: it and everything beneath it leave the history.
-    void forget(const std::shared_ptr<PIFolder> &folder);
+    [[nodiscard]] bool canGoBack() const { return m_backFolders.size() > 1; }
+    [[nodiscard]] bool canGoForward() const { return !m_forwardFolders.isEmpty(); }
+    enum class TopLevel { Yes, No };
+    /// A folder was deleted: it and everything beneath it leave the history. `TopLevel::No` is for those beneath.
+    void deleteFolderFromNavigator(const std::shared_ptr<PIFolder> &folder, TopLevel topLevel = TopLevel::Yes);
 
 private:
-    void removeWithSubfolders(const std::shared_ptr<PIFolder> &folder);
-
-    QList<std::shared_ptr<PIFolder>> m_back; // the last one is on show
-    QList<std::shared_ptr<PIFolder>> m_forward;
+    QList<std::shared_ptr<PIFolder>> m_backFolders; // the last one is on show
+    QList<std::shared_ptr<PIFolder>> m_forwardFolders;
 };

@@ -22,12 +22,12 @@ QToolButton *makeButton(LibraryActions &actions, Command command, QWidget *paren
 NavigatorPane::NavigatorPane(PIOutlineView &outline, LibraryActions &actions, QWidget *parent)
     : QWidget(parent)
 {
-    auto *history = new QHBoxLayout;
-    history->setContentsMargins(4, 4, 4, 4);
-    history->addStretch();
-    history->addWidget(makeButton(actions, Command::Back, this));
-    history->addWidget(makeButton(actions, Command::Forward, this));
-    history->addStretch();
+    auto *folderNavigator = new QHBoxLayout;
+    folderNavigator->setContentsMargins(4, 4, 4, 4);
+    folderNavigator->addStretch();
+    folderNavigator->addWidget(makeButton(actions, Command::Back, this));
+    folderNavigator->addWidget(makeButton(actions, Command::Forward, this));
+    folderNavigator->addStretch();
 
     auto *buttons = new QHBoxLayout;
     buttons->setContentsMargins(4, 2, 4, 2);
@@ -38,7 +38,7 @@ NavigatorPane::NavigatorPane(PIOutlineView &outline, LibraryActions &actions, QW
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addLayout(history);
+    layout->addLayout(folderNavigator);
     layout->addWidget(&outline, 1);
     layout->addLayout(buttons);
 }

@@ -76,14 +76,17 @@ void PIOutlineView::selectionChanged(const QItemSelection &selected, const QItem
         Q_EMIT selectedItemChanged();
 }
 
+/// Groups open. Folders are as the library has them, also those inside closed ones.
 void PIOutlineView::applyClosedFlags(const QModelIndex &parent)
 {
     for (int row = m_model.rowCount(parent) - 1; row >= 0; --row) {
         const QModelIndex index = m_model.index(row, NavigatorModel::NameColumn, parent);
-        const bool open = !parent.isValid() || !m_model.itemAt(index)->isClosed();
-        if (!open || m_model.rowCount(index) == 0)
+        if (m_model.rowCount(index) == 0)
             continue;
-        setExpanded(index, !m_model.itemAt(index)->isClosed());
+        const auto item = m_model.itemAt(index);
+        if (!parent.isValid())
+            item->setClosed(false);
+        setExpanded(index, !item->isClosed());
         applyClosedFlags(index);
     }
 }

@@ -31,6 +31,14 @@
 
 namespace {
 
+/// Opens what stands above the item. Whether it is open itself remains the user's choice.
+void openAncestors(const PIGroup &item)
+{
+    const auto parent = item.asFolder() ? item.asFolder()->parent() : nullptr;
+    if (parent)
+        parent->enforceVisibility();
+}
+
 void alertWhenNothingWasAdded(const PhotoImport::Outcome &outcome)
 {
     if (outcome.photosAdded == 0 && !outcome.scan.cancelled)
@@ -178,8 +186,7 @@ void PIWindowController::restoreState(const WindowRestoreRecord &record)
     m_window->setWindowModified(m_library.isDirty());
     if (!record.folder)
         return;
-    record.folder->enforceVisibility();
-    m_outline->resetList(record.folder);
+    resetList(record.folder);
     selectIndexes(record.selection.value_or(IndexSet()));
     if (record.photo && m_thumbnailView->makeCurrent(*record.photo))
         m_library.notifications().post(kSelectNotification, record.photo);
@@ -263,7 +270,7 @@ std::shared_ptr<PIGroup> PIWindowController::selectedItem() const
 void PIWindowController::resetList(const std::shared_ptr<PIGroup> &item)
 {
     if (item)
-        item->enforceVisibility();
+        openAncestors(*item);
     m_outline->resetList(item);
     m_thumbnailView->reload();
     showSummary();
@@ -339,8 +346,10 @@ void PIWindowController::outlineViewSelectionDidChange()
         m_thumbnailView->setFolder(folder);
         m_thumbnailView->scrollToSelection();
         if (folder && !m_preserveForwardStack)
-            m_history.visit(folder);
+            m_history.addFolderToNavigator(folder);
     }
+    if (folder && !folder->photos().isEmpty() && m_outline->hasFocus())
+        m_thumbnailView->setFocus();
     enableCommands();
     showSummary();
 }
@@ -357,9 +366,10 @@ void PIWindowController::navigateFolders(const std::shared_ptr<PIFolder> &target
     if (!target)
         return;
     m_preserveForwardStack = true;
+    target->enforceVisibility();
     resetList(target);
     m_preserveForwardStack = false;
-    enableCommands();
+    enableNavigator();
 }
 
 void PIWindowController::photoWasSelected()
@@ -386,6 +396,11 @@ void PIWindowController::enableCommands()
     m_actions->setEnabled(Command::Rename, item && LibraryEditor::canRename(*item));
     m_actions->setEnabled(Command::FewerColumns, m_thumbnailView->canAddColumns(-1));
     m_actions->setEnabled(Command::MoreColumns, m_thumbnailView->canAddColumns(1));
+    enableNavigator();
+}
+
+void PIWindowController::enableNavigator()
+{
     m_actions->setEnabled(Command::Back, m_history.canGoBack());
     m_actions->setEnabled(Command::Forward, m_history.canGoForward());
 }

@@ -91,6 +91,7 @@ private:
     void navigateFolders(const std::shared_ptr<PIFolder> &target);
     void photoWasSelected();
     void enableCommands();
+    void enableNavigator();
     void showSummary();
     void toggleDetail(bool shown);
     [[nodiscard]] LibraryFile::WindowState saveState() const;

@@ -91,13 +91,13 @@ private Q_SLOTS:
         FolderHistory history;
         QVERIFY(!history.canGoBack());
         for (const auto &folder : {a, b, b, c})
-            history.visit(folder);
+            history.addFolderToNavigator(folder);
         QCOMPARE(history.goBack(), b);
         QCOMPARE(history.goBack(), a);
         QVERIFY(!history.goBack());
         QCOMPARE(history.goForward(), b);
         QVERIFY(history.canGoForward());
-        history.visit(c);
+        history.addFolderToNavigator(c);
         QVERIFY(!history.canGoForward());
         QCOMPARE(history.goBack(), b);
     }
@@ -109,8 +109,8 @@ private Q_SLOTS:
         const auto inside = b->makeNewFolder();
         FolderHistory history;
         for (const auto &folder : {a, b, a, inside, a})
-            history.visit(folder);
-        history.forget(b);
+            history.addFolderToNavigator(folder);
+        history.deleteFolderFromNavigator(b);
         QVERIFY(!history.canGoBack()); // the neighbours have become one
     }
 
