@@ -2,33 +2,55 @@
 
 #include <QFile>
 #include <QGuiApplication>
+#include <QIconEngine>
 #include <QPainter>
 #include <QPalette>
-#include <QPixmap>
+#include <QPixmapCache>
 #include <QSvgRenderer>
 
 namespace {
 
-QIcon ownIcon(QLatin1String name)
+/// Draws in the text colour of the moment, so that the icon stays legible when the desktop turns dark.
+class OwnIconEngine final : public QIconEngine
 {
-    const QString path = QStringLiteral(":/icons/%1.svg").arg(name);
-    const QPalette palette = QGuiApplication::palette();
-    QIcon icon;
-    for (const int side : {16, 22, 24, 32, 48, 64}) {
-        const auto pixmap = [&](QPalette::ColorGroup group) {
-            return QPixmap::fromImage(renderSvg(path, {side, side}, palette.color(group, QPalette::ButtonText)));
-        };
-        icon.addPixmap(pixmap(QPalette::Active), QIcon::Normal);
-        icon.addPixmap(pixmap(QPalette::Disabled), QIcon::Disabled);
+public:
+    explicit OwnIconEngine(const QString &path)
+        : m_path(path)
+    {}
+
+    [[nodiscard]] QIconEngine *clone() const override { return new OwnIconEngine(m_path); }
+    [[nodiscard]] QSize actualSize(const QSize &size, QIcon::Mode, QIcon::State) override { return size; }
+
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        const qreal ratio = painter->device()->devicePixelRatio();
+        painter->drawPixmap(rect, pixmap(rect.size() * ratio, mode, state));
     }
-    return icon;
-}
+
+    [[nodiscard]] QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State) override
+    {
+        const auto group = mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active;
+        const QColor color = QGuiApplication::palette().color(group, QPalette::ButtonText);
+        const QString key =
+            QStringLiteral("%1 %2x%3 %4").arg(m_path).arg(size.width()).arg(size.height()).arg(color.name());
+        QPixmap drawn;
+        if (!QPixmapCache::find(key, &drawn)) {
+            drawn = QPixmap::fromImage(renderSvg(m_path, size, color));
+            QPixmapCache::insert(key, drawn);
+        }
+        return drawn;
+    }
+
+private:
+    QString m_path;
+};
 
 }
 
 QIcon themedIcon(QLatin1String name)
 {
-    return QIcon::hasThemeIcon(name) ? QIcon::fromTheme(name) : ownIcon(name);
+    return QIcon::hasThemeIcon(name) ? QIcon::fromTheme(name)
+                                     : QIcon(new OwnIconEngine(QStringLiteral(":/icons/%1.svg").arg(name)));
 }
 
 QImage renderSvg(const QString &path, QSize size, const QColor &color)

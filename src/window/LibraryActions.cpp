@@ -48,3 +48,17 @@ void LibraryActions::setChecked(Command command, bool checked)
 {
     action(command)->setChecked(checked);
 }
+
+void LibraryActions::addContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands)
+{
+    widget.setContextMenuPolicy(Qt::ActionsContextMenu);
+    for (const auto &command : commands) {
+        if (command) {
+            widget.addAction(action(*command));
+        } else {
+            auto *separator = new QAction(&widget);
+            separator->setSeparator(true);
+            widget.addAction(separator);
+        }
+    }
+}

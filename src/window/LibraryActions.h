@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <functional>
+#include <optional>
 
 class QAction;
 class QWidget;
@@ -24,6 +25,8 @@ public:
     void bind(Command command, std::function<void(bool checked)> perform);
     void setEnabled(Command command, bool enabled);
     void setChecked(Command command, bool checked);
+    /// Gives the widget a context menu of these commands; nothing stands for a separator.
+    void addContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands);
 
 private:
     QHash<Command, QAction *> m_actions;

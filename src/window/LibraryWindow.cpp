@@ -26,6 +26,15 @@ LibraryWindow::LibraryWindow(QWidget *parent)
     setObjectName(QStringLiteral("LibraryWindow"));
 }
 
+void LibraryWindow::changeEvent(QEvent *event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange)
+        Q_EMIT fullScreenChanged(isFullScreen());
+    else if (event->type() == QEvent::ActivationChange && !isActiveWindow())
+        Q_EMIT didResignKey();
+}
+
 void LibraryWindow::closeEvent(QCloseEvent *event)
 {
     if (m_shouldClose && !m_shouldClose()) {

@@ -18,8 +18,12 @@ public:
 Q_SIGNALS:
     void filesDropped(const QStringList &paths);
     void closed();
+    void fullScreenChanged(bool fullScreen);
+    /// Another window is used now.
+    void didResignKey();
 
 protected:
+    void changeEvent(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;

@@ -92,6 +92,12 @@ PIWindowController::~PIWindowController()
 
 void PIWindowController::buildPanes()
 {
+    m_actions->addContextMenu(
+        *m_outline, {Command::NewFolder, Command::NewGroup, Command::AddFolder, std::nullopt, Command::Rename});
+    m_actions->addContextMenu(*m_thumbnailView,
+                              {Command::AddFiles, Command::AddFolder, std::nullopt, Command::SelectAll,
+                               Command::ShowSelection, std::nullopt, Command::FewerColumns, Command::MoreColumns,
+                               std::nullopt, Command::ShowCaptions, Command::ShowDates, Command::ShowFileNames});
     m_window->setCentralWidget(m_paneSplitter);
     m_window->statusBar()->addPermanentWidget(m_summary);
     m_window->statusBar()->setSizeGripEnabled(false);
@@ -154,6 +160,9 @@ void PIWindowController::observe()
     connect(m_thumbnailView, &ThumbnailGridView::columnCountChanged, this,
             [this](int columns) { m_defaults.setValue(WindowPreferences::kColumnCount, columns); });
     connect(m_thumbnailView, &ThumbnailGridView::columnsLaidOut, this, &PIWindowController::enableCommands);
+    connect(m_window.get(), &LibraryWindow::didResignKey, this, &PIWindowController::windowDidResignKey);
+    connect(m_window.get(), &LibraryWindow::fullScreenChanged, this,
+            [this](bool on) { m_actions->setChecked(Command::FullScreen, on); });
     connect(m_importRunner, &ImportRunner::runningChanged, this, &PIWindowController::enableCommands);
     connect(m_window.get(), &LibraryWindow::filesDropped, this,
             [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
@@ -359,6 +368,13 @@ void PIWindowController::gridSelectionDidChange()
     m_library.notifications().post(kSelectNotification, m_thumbnailView->leadingPhoto());
     enableCommands();
     showSummary();
+}
+
+/// Text that is being edited in the detail pane is taken as it stands.
+void PIWindowController::windowDidResignKey()
+{
+    if (m_detailController->view()->isAncestorOf(m_window->focusWidget()))
+        m_thumbnailView->setFocus();
 }
 
 void PIWindowController::navigateFolders(const std::shared_ptr<PIFolder> &target)

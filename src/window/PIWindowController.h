@@ -88,6 +88,7 @@ private:
 
     void outlineViewSelectionDidChange();
     void gridSelectionDidChange();
+    void windowDidResignKey();
     void navigateFolders(const std::shared_ptr<PIFolder> &target);
     void photoWasSelected();
     void enableCommands();

@@ -18,12 +18,14 @@
 
 #include <QAbstractItemModelTester>
 #include <QAction>
+#include <QDir>
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
+#include <QWindow>
 
 namespace {
 
@@ -171,7 +173,90 @@ private Q_SLOTS:
         QCOMPARE(drop.dropAction(), Qt::CopyAction);
         QTRY_COMPARE(folder->photos().size(), 1);
         QTRY_VERIFY(desk.controller->detailController().photo());
-        QCOMPARE(desk.controller->window().windowTitle(), QStringLiteral("Photo — New Folder — a[*]"));
+        folder->setName(QStringLiteral("a[*]b"));
+        desk.controller->resetList(folder);
+        desk.notifications.post(kSelectNotification, folder->photos().first());
+        QCOMPARE(desk.controller->window().windowHandle()->title(), QStringLiteral("Photo — a[*]b — a*"));
+    }
+
+    void aDropOfFoldersAndPhotosEndsAtThePhotos()
+    {
+        Desk desk;
+        const auto folder = desk.group()->folders().first();
+        desk.controller->resetList(folder);
+        QDir().mkpath(desk.dir.filePath(QStringLiteral("trip")));
+        const QString inside = desk.makePicture(QStringLiteral("trip/a.png"));
+        const QString loose = desk.makePicture(QStringLiteral("b.png"));
+        QVERIFY(!desk.controller->openFiles({}, nullptr, kNotFound, UndoName::AddPhoto));
+        int finished = 0;
+        const auto count = [&finished](const PhotoImport::Outcome &) { ++finished; };
+        QVERIFY(desk.controller->openFiles({QFileInfo(inside).path(), loose}, nullptr, kNotFound, UndoName::AddPhoto,
+                                           count));
+        QTRY_COMPARE(finished, 1);
+        QCOMPARE(folder->folders().first()->photos().size(), 1);
+        QCOMPARE(desk.controller->shownFolder(), folder);
+        QTRY_VERIFY(desk.controller->detailController().photo());
+        QCOMPARE(desk.controller->detailController().photo()->fileRef()->path(), loose);
+
+        // An import that waits is dropped by closing, and still tells that it is over.
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(desk.controller->openFiles({loose}, folder, kNotFound, UndoName::AddPhoto, count));
+        QVERIFY(!desk.controller->windowShouldClose());
+        QTRY_COMPARE(finished, 3);
+        desk.library.setDirty(false); // closing comes again
+    }
+
+    void foldersStayAsTheUserFoldedThem()
+    {
+        Desk desk;
+        const auto outer = desk.group()->folders().first();
+        const auto nest = outer->makeNewFolder();
+        const auto open = nest->makeNewFolder();
+        open->makeNewFolder()->photos() << std::make_shared<PIPhoto>();
+        nest->setClosed(true);
+        desk.group()->setClosed(true);
+        desk.controller->resetList(nest);
+        QVERIFY(nest->isClosed());
+        QVERIFY(!desk.group()->isClosed());
+
+        auto &model = *static_cast<NavigatorModel *>(desk.outline().model());
+        QVERIFY(!desk.outline().isExpanded(model.indexOf(nest.get())));
+        desk.outline().expand(model.indexOf(nest.get()));
+        QVERIFY(!nest->isClosed());
+        QVERIFY(desk.outline().isExpanded(model.indexOf(open.get())));
+    }
+
+    void theFocusGoesToThePhotos()
+    {
+        Desk desk;
+        const auto folder = desk.group()->folders().first();
+        folder->photos() << std::make_shared<PIPhoto>(
+            desk.library.fileRefs().fileRefForPath(desk.makePicture(QStringLiteral("a.png"))));
+        desk.controller->window().activateWindow();
+        desk.outline().setFocus();
+        QTRY_VERIFY(desk.outline().hasFocus());
+        desk.outline().selectAndCenter(folder);
+        QVERIFY(desk.controller->thumbnailView().hasFocus());
+        QVERIFY(desk.controller->actions().action(Command::ShowSelection)->isEnabled());
+
+        auto *name = desk.controller->detailController().view()->findChild<QLineEdit *>();
+        name->setFocus();
+        QTRY_VERIFY(name->hasFocus());
+        QWidget other;
+        other.show();
+        other.activateWindow();
+        QTRY_COMPARE(desk.controller->window().focusWidget(), &desk.controller->thumbnailView());
+    }
+
+    void theFullScreenCommandFollowsTheWindow()
+    {
+        Desk desk;
+        const QAction &action = *desk.controller->actions().action(Command::FullScreen);
+        desk.controller->window().showFullScreen();
+        QTRY_VERIFY(action.isChecked());
+        desk.trigger(Command::FullScreen);
+        QTRY_VERIFY(!desk.controller->window().isFullScreen());
+        QTRY_VERIFY(!action.isChecked());
     }
 
     void closingAsksAboutChanges_data()
