@@ -1,6 +1,7 @@
 #include "PhotoImport.h"
 
 #include "DispatchQueue.h"
+#include "FileFinder.h"
 #include "LibraryView.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
@@ -25,7 +26,12 @@ struct PhotoImport::Channel
 {
     std::mutex mutex;
     std::condition_variable room;
-    std::deque<ScanStep> steps;
+    struct Step
+    {
+        ScanStep scanned;
+        QByteArray prepared; ///< for the file finder
+    };
+    std::deque<Step> steps;
     bool wakeUpSent = false;
     bool walkDone = false;
     ScanSummary summary;
@@ -41,7 +47,7 @@ struct PhotoImport::Channel
         });
     }
 
-    static void add(const std::shared_ptr<Channel> &channel, ScanStep step)
+    static void add(const std::shared_ptr<Channel> &channel, Step step)
     {
         std::unique_lock lock(channel->mutex);
         channel->room.wait(lock, [&] { return channel->steps.size() < kMaxPending || channel->cancelled; });
@@ -73,16 +79,20 @@ void PhotoImport::start(Progress progress, Finished finished)
     m_progress = std::move(progress);
     m_finished = std::move(finished);
     notePlace();
-    m_workers.async([channel = m_channel, paths = m_request.paths] {
-        const ScanSummary summary = scanForImages(
-            paths, [&](ScanStep step) { Channel::add(channel, std::move(step)); }, channel->cancelled);
-        {
-            const std::lock_guard lock(channel->mutex);
-            channel->summary = summary;
-            channel->walkDone = true;
-        }
-        Channel::wakeUp(channel);
-    });
+    m_workers.async(
+        [channel = m_channel, paths = m_request.paths, prepare = m_editor.library().fileFinder().preparation()] {
+            const auto report = [&](const ScanStep &step) {
+                const bool isSlow = prepare && step.kind == ScanStep::Kind::Image && !channel->cancelled;
+                Channel::add(channel, {step, isSlow ? prepare(step.path) : QByteArray()});
+            };
+            const ScanSummary summary = scanForImages(paths, report, channel->cancelled);
+            {
+                const std::lock_guard lock(channel->mutex);
+                channel->summary = summary;
+                channel->walkDone = true;
+            }
+            Channel::wakeUp(channel);
+        });
 }
 
 /// What is clicked while the walk runs does not change where things go.
@@ -110,7 +120,7 @@ void PhotoImport::takeSlice()
     QElapsedTimer timer;
     timer.start();
     while (timer.elapsed() < kSliceMilliseconds) {
-        std::optional<ScanStep> step;
+        std::optional<Channel::Step> step;
         bool done = false;
         {
             const std::lock_guard lock(m_channel->mutex);
@@ -129,7 +139,8 @@ void PhotoImport::takeSlice()
             return finish();
         if (!step)
             return reportProgress();
-        take(*step);
+        m_editor.library().fileFinder().usePrepared(step->scanned.path, step->prepared);
+        take(step->scanned);
     }
     Channel::wakeUp(m_channel);
     reportProgress();

@@ -5,7 +5,6 @@
 #include "PIFolder.h"
 #include "PIPhoto.h"
 #include "PhotoLibrary.h"
-#include "StringUtilities.h"
 
 #include <chrono>
 
@@ -14,9 +13,19 @@ namespace {
 constexpr std::chrono::milliseconds kSettleTime(200);
 constexpr int kFilesPerSlice = 200;
 
-QString diskFolderOf(const PIFileRef &file)
+QStringView diskFolderOf(const PIFileRef &file)
 {
-    return QVString::deletingLastPathComponent(file.path());
+    return QStringView(file.path()).left(qMax<qsizetype>(file.path().lastIndexOf(u'/'), 1));
+}
+
+template<typename Visit>
+void forEachFile(const std::shared_ptr<PIFolder> &folder, const Visit &visit)
+{
+    if (!folder)
+        return;
+    for (const auto &photo : std::as_const(folder->photos()))
+        if (photo->fileRef())
+            visit(photo->fileRef());
 }
 
 }
@@ -31,82 +40,106 @@ FolderFollower::FolderFollower(PhotoLibrary &library, QObject *parent)
     connect(&m_watcher, &FolderWatcher::namesChanged, this, &FolderFollower::namesChanged);
     connect(&m_watcher, &FolderWatcher::fileWritten, this, &FolderFollower::fileWritten);
     connect(&m_watcher, &FolderWatcher::overflowed, this, &FolderFollower::lookAgain);
+    connect(&m_settle, &QTimer::timeout, this, &FolderFollower::takeUpEvents);
     connect(&m_slice, &QTimer::timeout, this, &FolderFollower::lookAtSome);
-    connect(&m_settle, &QTimer::timeout, this, [this] {
-        for (const auto &photo : m_folder ? m_folder->photos() : PIGroup::PhotoList()) {
-            if (photo->fileRef() && m_changedFolders.contains(diskFolderOf(*photo->fileRef())))
-                m_toLookAt.push_back(photo->fileRef());
-        }
-        m_changedFolders.clear();
-        m_slice.start();
-    });
 }
 
 void FolderFollower::setFolder(const std::shared_ptr<PIFolder> &folder)
 {
     m_folder = folder;
     m_changedFolders.clear();
-    m_toLookAt.clear();
-    watchFolders();
+    m_writtenPaths.clear();
+    watchAgain();
+}
+
+void FolderFollower::watchAgain()
+{
+    QSet<QString> folders;
+    QStringView last; // neighbours mostly stand in one folder
+    forEachFile(m_folder, [&](const std::shared_ptr<PIFileRef> &file) {
+        const QStringView folder = diskFolderOf(*file);
+        if (folder != last)
+            folders.insert(folder.toString());
+        last = folder;
+    });
+    m_watcher.setFolders(folders.values());
 }
 
 void FolderFollower::lookAgain()
 {
-    if (!m_folder)
-        return;
-    m_toLookAt.clear();
-    for (const auto &photo : m_folder->photos()) {
-        if (photo->fileRef())
-            m_toLookAt.push_back(photo->fileRef());
-    }
+    forEachFile(m_folder, [this](const std::shared_ptr<PIFileRef> &file) { m_toLookAt.push_back(file); });
     m_slice.start();
 }
 
-void FolderFollower::watchFolders()
+void FolderFollower::lookAt(const QList<std::shared_ptr<PIFileRef>> &files)
 {
-    QSet<QString> folders;
-    for (const auto &photo : m_folder ? m_folder->photos() : PIGroup::PhotoList()) {
-        if (photo->fileRef())
-            folders.insert(diskFolderOf(*photo->fileRef()));
-    }
-    m_watcher.setFolders(folders.values());
+    m_toLookAt.insert(m_toLookAt.end(), files.cbegin(), files.cend());
+    m_slice.start();
 }
 
 void FolderFollower::namesChanged(const QString &diskFolder)
 {
     m_changedFolders.insert(diskFolder);
-    m_settle.start();
+    if (!m_settle.isActive())
+        m_settle.start();
 }
 
 void FolderFollower::fileWritten(const QString &path)
 {
-    for (const auto &photo : m_folder ? m_folder->photos() : PIGroup::PhotoList()) {
-        if (photo->fileRef() && photo->fileRef()->path() == path) {
-            m_library.notifications().post(kFileChangeNotification, photo->fileRef());
-            return;
-        }
-    }
+    m_writtenPaths.insert(path);
+    if (!m_settle.isActive())
+        m_settle.start();
+}
+
+void FolderFollower::takeUpEvents()
+{
+    const QSet<QString> folders = std::exchange(m_changedFolders, {});
+    const QSet<QString> paths = std::exchange(m_writtenPaths, {});
+    QSet<PIFileRef *> written;
+    QList<std::shared_ptr<PIFileRef>> touched;
+    forEachFile(m_folder, [&](const std::shared_ptr<PIFileRef> &file) {
+        const bool isWritten = paths.contains(file->path());
+        if (isWritten && !file->isFileLost())
+            written.insert(file.get());
+        if (isWritten || folders.contains(diskFolderOf(*file).toString()))
+            touched.append(file);
+    });
+    for (PIFileRef *file : std::as_const(written))
+        m_library.notifications().post(kFileChangeNotification, file);
+    tell(written);
+    lookAt(touched);
 }
 
 void FolderFollower::lookAtSome()
 {
-    QSet<const PIFileRef *> changed;
+    QSet<PIFileRef *> changed;
     for (int i = 0; i < kFilesPerSlice && !m_toLookAt.empty(); ++i) {
         const auto file = m_toLookAt.front().lock();
         m_toLookAt.pop_front();
         if (!file)
             continue;
         const bool wasLost = file->isFileLost();
-        if (file->verify() == wasLost)
+        const bool wasAway = file->isVolumeAway();
+        if (file->verify() == wasLost || file->isVolumeAway() != wasAway)
             changed.insert(file.get());
     }
-    for (const auto &photo : m_folder ? m_folder->photos() : PIGroup::PhotoList()) {
-        if (changed.contains(photo->fileRef().get()))
-            m_library.notifications().post(kThumbnailNotification, photo);
-    }
+    tell(changed);
     if (!m_toLookAt.empty())
         return;
     m_slice.stop();
-    watchFolders();
-    Q_EMIT looked();
+    watchAgain();
+}
+
+void FolderFollower::tell(const QSet<PIFileRef *> &files)
+{
+    if (files.isEmpty() || !m_folder)
+        return;
+    const auto photos = m_folder->photos(); // whoever is told may change the folder
+    for (const auto &photo : photos) {
+        if (!files.contains(photo->fileRef().get()))
+            continue;
+        if (!photo->isFileLost())
+            m_library.thumbnails().fileFound(*photo);
+        m_library.notifications().post(kThumbnailNotification, photo);
+    }
 }

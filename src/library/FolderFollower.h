@@ -2,6 +2,7 @@
 
 #include "FolderWatcher.h"
 
+#include <QList>
 #include <QObject>
 #include <QSet>
 #include <QTimer>
@@ -13,8 +14,9 @@ class PIFileRef;
 class PIFolder;
 class PhotoLibrary;
 
-/// Follows what happens on disk to the files of the folder on show: a file that goes missing is noted and reported, one
-/// that is back is shown again, and one that was written is announced as changed. Looks at files in small slices.
+/// Follows what happens on disk to the files of the folder on show: a file that goes missing is noted and shown as
+/// lost, one that is back is shown again, and one that was written is announced as changed. Looks at files in small
+/// slices. Main thread.
 class FolderFollower final : public QObject
 {
     Q_OBJECT
@@ -22,26 +24,29 @@ class FolderFollower final : public QObject
 public:
     explicit FolderFollower(PhotoLibrary &library, QObject *parent = nullptr);
 
-    /// The folder whose files are followed from now on; null for none.
+    /// The folder whose files are followed from now on; null for none. Its files are not looked at yet.
     void setFolder(const std::shared_ptr<PIFolder> &folder);
+    [[nodiscard]] const std::shared_ptr<PIFolder> &folder() const { return m_folder; }
+    /// Watches where the folder's files are now: some moved, or came into it.
+    void watchAgain();
     /// Looks at every file of the folder, as when the window comes to the front after others were used.
     void lookAgain();
-
-Q_SIGNALS:
-    /// Files of the folder were looked at; some may have been noted as lost.
-    void looked();
+    /// Looks at these files as well.
+    void lookAt(const QList<std::shared_ptr<PIFileRef>> &files);
 
 private:
-    void watchFolders();
     void namesChanged(const QString &diskFolder);
     void fileWritten(const QString &path);
+    void takeUpEvents();
     void lookAtSome();
+    void tell(const QSet<PIFileRef *> &files);
 
     PhotoLibrary &m_library;
     FolderWatcher m_watcher;
     std::shared_ptr<PIFolder> m_folder;
-    QSet<QString> m_changedFolders; ///< on disk, since the last look
+    QSet<QString> m_changedFolders; ///< on disk, since events were last taken up
+    QSet<QString> m_writtenPaths;
     std::deque<std::weak_ptr<PIFileRef>> m_toLookAt;
-    QTimer m_settle; ///< a rename is two events, and a copy of many files thousands: they are awaited together
+    QTimer m_settle; ///< a rename is two events, and a copy of many files thousands: they are taken up together
     QTimer m_slice;
 };

@@ -1,9 +1,13 @@
 #include "LostFileSearch.h"
 
+#include "FileNotifications.h"
 #include "LibraryNotifications.h"
 #include "PhotoLibrary.h"
 
-#include <QSet>
+#include <utility>
+
+using Doubt = LocatorFileFinder::Doubt;
+using Status = BookmarkResolution::Status;
 
 /// Touched on the main thread only.
 struct LostFileSearch::Link
@@ -11,11 +15,13 @@ struct LostFileSearch::Link
     LostFileSearch *search = nullptr;
 };
 
-LostFileSearch::LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder)
+LostFileSearch::LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder, const BookmarkOptions &options)
     : m_library(library)
     , m_finder(finder)
+    , m_options(options)
     , m_link(std::make_shared<Link>())
-    , m_queue(QStringLiteral("hmphoto.lostFiles"), 1)
+    , m_near(QStringLiteral("hmphoto.lostFilesNear"))
+    , m_far(QStringLiteral("hmphoto.lostFilesFar"))
 {
     m_link->search = this;
 }
@@ -23,90 +29,156 @@ LostFileSearch::LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder)
 LostFileSearch::~LostFileSearch()
 {
     m_link->search = nullptr;
-    m_stop.request_stop();
+    m_near.stop.request_stop();
+    m_far.stop.request_stop();
 }
 
 void LostFileSearch::start()
 {
-    if (m_running) {
-        m_again = true;
-        return;
-    }
-    const QList<LocatorFileFinder::Unsettled> files = m_finder.takeUnsettled();
-    if (files.isEmpty())
-        return;
-    m_running = true;
-    m_again = false;
-    m_summary = {.sought = files.size()};
-    m_stop = {};
+    if (m_near.running)
+        return; // goes on with them when it ends
+    const Files files = m_finder.takeUnsettled();
+    if (!files.isEmpty())
+        run(m_near, files);
+}
 
+void LostFileSearch::cancel()
+{
+    m_summary.cancelled = isRunning();
+    m_far.stop.request_stop();
+}
+
+void LostFileSearch::run(Stage &stage, const Files &files)
+{
+    stage.running = true;
+    stage.stop = {};
     const auto toHere = [link = m_link](auto deliver) {
         runOnMain([link, deliver] {
             if (link->search)
                 deliver(*link->search);
         });
     };
-    BookmarkOptions options;
-    options.stop = m_stop.get_token();
-    options.pathsInUse = pathsInUse();
-    options.progress = [toHere](const BookmarkProgress &progress) {
-        toHere([progress](LostFileSearch &search) {
-            if (search.m_progress)
-                search.m_progress(progress);
+    BookmarkOptions options = m_options;
+    options.stop = stage.stop.get_token();
+    if (&stage == &m_near) {
+        options.reach = BookmarkOptions::Reach::OldFolders;
+    } else {
+        options.pathsInUse = pathsInUse();
+        options.progress = [toHere](const BookmarkProgress &walk) {
+            toHere([walk](LostFileSearch &search) {
+                if (search.m_progress && search.m_far.running)
+                    search.m_progress(search.m_summary, walk);
+            });
+        };
+    }
+    Stage LostFileSearch::*const which = &stage == &m_near ? &LostFileSearch::m_near : &LostFileSearch::m_far;
+    stage.queue.async([toHere, which, files, options] {
+        searchUnsettled(files, options, [toHere, which](const QList<SearchedFile> &searched) {
+            toHere([which, searched](LostFileSearch &search) { search.take(search.*which, searched); });
         });
-    };
-    m_queue.async([toHere, files, options] {
-        searchUnsettled(files, options, [toHere](const QList<SearchedFile> &searched) {
-            toHere([searched](LostFileSearch &search) { search.take(searched); });
-        });
-        toHere([cancelled = options.stop.stop_requested()](LostFileSearch &search) { search.end(cancelled); });
+        toHere([which](LostFileSearch &search) { search.end(search.*which); });
     });
 }
 
-void LostFileSearch::cancel()
+namespace {
+
+/// Whether there is nothing more to ask about a file.
+bool isTold(const BookmarkResolution &resolution)
 {
-    m_stop.request_stop();
+    return resolution.status == Status::Found || resolution.status == Status::VolumeAway;
 }
 
-void LostFileSearch::take(const QList<SearchedFile> &files)
+}
+
+void LostFileSearch::take(const Stage &stage, const QList<SearchedFile> &files)
+{
+    for (const SearchedFile &searched : files) {
+        const QString &guid = searched.file.guid;
+        if (isTold(searched.resolution)) {
+            m_soughtInVain.remove(guid);
+        } else if (&stage == &m_far) {
+            giveUp(searched.file);
+        } else if (!m_soughtInVain.contains(guid)) {
+            m_rest.append(searched.file);
+        }
+    }
+    follow(files);
+}
+
+void LostFileSearch::follow(const QList<SearchedFile> &files)
 {
     QSet<const PIFileRef *> moved;
-    QSet<const PIFileRef *> changed;
+    QSet<const PIFileRef *> rewritten;
+    qsizetype found = 0;
     for (const SearchedFile &searched : files) {
         const auto ref = m_library.fileRefs().fileRefForGuid(searched.file.guid);
         if (!ref)
             continue;
-        const bool wasLost = ref->isFileLost();
-        const QString before = ref->path();
-        ref->take(m_finder.settle(searched.file, searched.resolution));
-        if (ref->path() != before || ref->isFileLost() != wasLost)
+        const FoundFile before{!ref->isFileLost(), ref->path(), ref->isVolumeAway()};
+        const FoundFile place = m_finder.settle(searched.file, searched.resolution);
+        ref->take(place);
+        const bool isElsewhere = ref->path() != before.path;
+        const bool isReplaced = place.contentChanged && searched.resolution.status == Status::Missing;
+        found += isElsewhere;
+        if (isReplaced)
+            m_library.notifications().post(kFileChangeNotification, ref);
+        if (isReplaced || isElsewhere || ref->isFileLost() == before.found || ref->isVolumeAway() != before.volumeAway)
             moved.insert(ref.get());
-        else if (searched.file.doubt == LocatorFileFinder::Doubt::Changed)
-            changed.insert(ref.get());
-        m_summary.found += !ref->isFileLost() && (wasLost || ref->path() != before);
+        else if (place.contentChanged)
+            rewritten.insert(ref.get());
     }
-    if (moved.isEmpty() && changed.isEmpty())
-        return;
-    for (const PIFileRef *ref : moved + changed)
-        m_library.imageCache().storeImage({}, ref->guid());
-    m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        if (changed.contains(photo->fileRef().get()))
-            m_library.thumbnails().updateForFilters(*photo);
-        if (moved.contains(photo->fileRef().get()) || changed.contains(photo->fileRef().get()))
-            m_library.notifications().post(kThumbnailNotification, photo);
-    });
-    if (!moved.isEmpty())
-        m_library.setDirty(true);
+    m_summary.found += found;
+    tellPhotos(moved, rewritten);
+    if (found > 0 && m_moved)
+        m_moved();
 }
 
-void LostFileSearch::end(bool cancelled)
+void LostFileSearch::tellPhotos(const QSet<const PIFileRef *> &moved, const QSet<const PIFileRef *> &rewritten) const
 {
-    m_running = false;
-    m_summary.cancelled = cancelled;
-    if (m_finished)
-        m_finished(m_summary);
-    if (m_again)
+    if (moved.isEmpty() && rewritten.isEmpty())
+        return;
+    for (const PIFileRef *ref : moved + rewritten)
+        m_library.imageCache().storeImage({}, ref->guid());
+    m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        const bool isRewritten = rewritten.contains(photo->fileRef().get());
+        if (!isRewritten && !moved.contains(photo->fileRef().get()))
+            return;
+        if (isRewritten)
+            m_library.thumbnails().updateForFilters(*photo);
+        else if (!photo->isFileLost())
+            m_library.thumbnails().fileFound(*photo);
+        m_library.notifications().post(kThumbnailNotification, photo);
+    });
+}
+
+void LostFileSearch::end(Stage &stage)
+{
+    stage.running = false;
+    if (&stage == &m_near)
         start();
+    walkForRest();
+    if (isRunning())
+        return;
+    const Summary summary = std::exchange(m_summary, {});
+    if (m_finished && (summary.found > 0 || summary.missing > 0))
+        m_finished(summary);
+}
+
+void LostFileSearch::walkForRest()
+{
+    if (m_far.running || m_near.running || m_rest.isEmpty())
+        return;
+    const Files rest = std::exchange(m_rest, {});
+    if (!m_summary.cancelled)
+        return run(m_far, rest);
+    for (const auto &file : rest)
+        giveUp(file);
+}
+
+void LostFileSearch::giveUp(const LocatorFileFinder::Unsettled &file)
+{
+    m_soughtInVain.insert(file.guid);
+    m_summary.missing += file.doubt != Doubt::Changed;
 }
 
 QSet<QString> LostFileSearch::pathsInUse() const

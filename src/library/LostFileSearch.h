@@ -4,59 +4,84 @@
 #include "DispatchQueue.h"
 #include "LocatorFileFinder.h"
 
+#include <QSet>
+
 #include <functional>
 #include <memory>
 #include <stop_token>
 
 class PhotoLibrary;
+class PIFileRef;
 
-/// Looks in the background for the files that are not where they were, all at once, and lets the library's references
-/// and photos follow what is found, batch by batch. Main thread.
+/// Looks in the background for the files that are not where they were, and lets the library's references and photos
+/// follow what is found, batch by batch. All are first looked for near their old places, which is quick; the rest
+/// together with one walk, and once only: what was not found then is looked for near its old place from then on.
+/// Main thread.
 class LostFileSearch
 {
 public:
     struct Summary
     {
-        qsizetype sought = 0;
-        qsizetype found = 0; ///< at another place than before
+        qsizetype found = 0;   ///< at other places
+        qsizetype missing = 0; ///< looked for everywhere and not found, or not until the end
         bool cancelled = false;
     };
 
-    /// `progress` is called a few times a second while a search runs, `finished` when it ends.
-    using Progress = std::function<void(const BookmarkProgress &)>;
+    /// Called a few times a second while a walk is under way.
+    using Progress = std::function<void(const Summary &soFar, const BookmarkProgress &walk)>;
+    /// Called after each batch from which some files were found elsewhere.
+    using Moved = std::function<void()>;
+    /// Called when nothing is left to look for.
     using Finished = std::function<void(const Summary &)>;
 
-    /// Both outlive the search.
-    LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder);
+    /// `library` and `finder` outlive the search. `options` tells how far it may go.
+    LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder, const BookmarkOptions &options = {});
     ~LostFileSearch();
     LostFileSearch(const LostFileSearch &) = delete;
     LostFileSearch &operator=(const LostFileSearch &) = delete;
 
     void setProgress(Progress progress) { m_progress = std::move(progress); }
+    void setMoved(Moved moved) { m_moved = std::move(moved); }
     void setFinished(Finished finished) { m_finished = std::move(finished); }
 
-    /// Looks for everything that was noted as lost since the last search; nothing happens when nothing was. While a
-    /// search runs, the next one begins when it ends.
+    /// Looks for everything that the finder noted since the last time; nothing happens when it noted nothing.
     void start();
-    /// What was found so far stays; the rest stays lost.
+    /// Ends the walk, or forgoes it. What was found so far stays; the rest stays lost.
     void cancel();
-    [[nodiscard]] bool isRunning() const { return m_running; }
+    [[nodiscard]] bool isRunning() const { return m_near.running || m_far.running; }
 
 private:
+    using Files = QList<LocatorFileFinder::Unsettled>;
     struct Link;
+    struct Stage
+    {
+        explicit Stage(const QString &label)
+            : queue(label, 1)
+        {}
+        bool running = false;
+        std::stop_source stop;
+        DispatchQueue queue;
+    };
 
-    void take(const QList<SearchedFile> &files);
-    void end(bool cancelled);
+    void run(Stage &stage, const Files &files);
+    void take(const Stage &stage, const QList<SearchedFile> &files);
+    void follow(const QList<SearchedFile> &files);
+    void tellPhotos(const QSet<const PIFileRef *> &moved, const QSet<const PIFileRef *> &rewritten) const;
+    void end(Stage &stage);
+    void walkForRest();
+    void giveUp(const LocatorFileFinder::Unsettled &file);
     [[nodiscard]] QSet<QString> pathsInUse() const;
 
     PhotoLibrary &m_library;
     LocatorFileFinder &m_finder;
+    const BookmarkOptions m_options;
     Progress m_progress;
+    Moved m_moved;
     Finished m_finished;
     Summary m_summary;
-    bool m_running = false;
-    bool m_again = false;
-    std::stop_source m_stop;
+    Files m_rest;                 ///< not found near their old places
+    QSet<QString> m_soughtInVain; ///< guids of files that the last walk did not find
     std::shared_ptr<Link> m_link; ///< leads a worker's results here, as long as there is a here
-    DispatchQueue m_queue;
+    Stage m_near;
+    Stage m_far;
 };

@@ -40,6 +40,11 @@ std::shared_ptr<PIPhoto> PIPhoto::copy() const
     return std::shared_ptr<PIPhoto>(new PIPhoto(*this));
 }
 
+bool PIPhoto::isVolumeAway() const
+{
+    return m_fileRef && m_fileRef->isVolumeAway();
+}
+
 bool PIPhoto::isFileLost() const
 {
     return !m_fileRef || m_fileRef->isFileLost();

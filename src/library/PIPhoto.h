@@ -58,6 +58,8 @@ public:
     void clearSaveIndex() { m_saveIndex = kNotFound; }
     /// No file reference, or one whose file is lost.
     [[nodiscard]] bool isFileLost() const;
+    /// Lost only because the volume of the file is not mounted.
+    [[nodiscard]] bool isVolumeAway() const;
     /// Whether the crop has the preset's shape, in either orientation, within one hundredth; preset 0 is free.
     [[nodiscard]] bool goodCrop(int cropSizeIndex) const;
 

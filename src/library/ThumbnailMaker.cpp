@@ -120,6 +120,12 @@ void ThumbnailMaker::fileChanged(PIPhoto &photo)
         remake(photo);
 }
 
+void ThumbnailMaker::fileFound(PIPhoto &photo)
+{
+    if (photo.isWaitingForThumbnail() && !m_inFlight.contains(photo.guid()))
+        updateForFilters(photo);
+}
+
 void ThumbnailMaker::remake(PIPhoto &photo)
 {
     updateForFilters(photo);

@@ -48,6 +48,9 @@ public:
     void updateForFilters(PIPhoto &photo);
     /// The photo's image file has a new content: crop and thumbnail are gone, and remade if it was on show.
     void fileChanged(PIPhoto &photo);
+    /// The photo's file is found again, maybe elsewhere. What was made of it holds; an attempt that failed is no reason
+    /// not to try again.
+    void fileFound(PIPhoto &photo);
     /// Makes the thumbnail anew, even where an earlier attempt failed: for a photo whose file was found again.
     void remake(PIPhoto &photo);
 

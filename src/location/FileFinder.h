@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 /// Where a reference's file was found.
 struct FoundFile
 {
@@ -10,6 +12,8 @@ struct FoundFile
     QString path; ///< the present path; the last known one when it was not found
     /// Not found because the volume on which it stood is not mounted; nothing about it is to be changed.
     bool volumeAway = false;
+    /// A search told that the file was written or replaced where it stands, which has been taken up.
+    bool contentChanged = false;
 };
 
 /// How file references keep their files findable, keyed by the reference's guid. The library owns one and hands it
@@ -29,6 +33,16 @@ public:
     [[nodiscard]] virtual QByteArray bookmark(const QString & /*guid*/) { return {}; }
     /// Writes what is stored and not on disk yet.
     virtual void save() {}
+
+    /// Does the slow part of locate() for a file that is new. May be called on any thread, as long as the finder lives.
+    using Preparation = std::function<QByteArray(const QString &path)>;
+    /// Empty when there is no slow part.
+    [[nodiscard]] virtual Preparation preparation() { return {}; }
+    /// Hands over what the preparation gave for the file that is located next.
+    virtual void usePrepared(const QString &path, const QByteArray &prepared);
+
+    /// Where the volume of the file was mounted, to tell people which one is away; empty when that is not known.
+    [[nodiscard]] virtual QString mountPoint(const QString &guid) const;
 };
 
 /// Believes the path alone: a file is where it was, or it is lost.

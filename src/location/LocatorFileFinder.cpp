@@ -43,11 +43,13 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
     if (!locator)
         return relocate(guid, path);
     const auto doubt = doubtAbout(*locator, m_bookmarks);
-    if (!doubt)
+    if (!doubt) {
+        m_away.remove(guid);
         return {true, locator->path()};
+    }
     if (m_search == Search::Later) {
-        m_unsettled.insert(guid, *doubt);
-        return {*doubt == Doubt::Changed, locator->path()};
+        note(guid, *doubt);
+        return {*doubt == Doubt::Changed, locator->path(), *doubt == Doubt::Lost && m_away.contains(guid)};
     }
     BookmarkOptions options;
     options.copies = copiesFor(*doubt);
@@ -59,10 +61,17 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
 FoundFile LocatorFileFinder::relocate(const QString &guid, const QString &path)
 {
     m_unsettled.remove(guid);
-    QVFileLocator locator(path, m_bookmarks);
-    const auto result = locator.verify(m_bookmarks);
-    store(guid, locator);
-    return {result.found, result.found ? locator.path() : path, result.volumeAway};
+    m_away.remove(guid);
+    const auto prepared = std::exchange(m_prepared, {});
+    const bool isReady = prepared && prepared->path == path;
+    QVFileLocator locator = isReady ? QVFileLocator(path, prepared->bookmark) : QVFileLocator(path, m_bookmarks);
+    // What was just made from its path can only be there, or not be anywhere yet.
+    const auto here = locator.verifyPath(m_bookmarks);
+    if (here && here->bookmarkOutdated && isReady)
+        (void)locator.setBookmarkFromPath(m_bookmarks);
+    if (store(guid, locator) && !here && isReady)
+        note(guid, Doubt::Lost); // gone since it was prepared
+    return {here.has_value(), path};
 }
 
 void LocatorFileFinder::trimUnusedFiles(const QStringList &guidsInUse)
@@ -77,6 +86,41 @@ QByteArray LocatorFileFinder::bookmark(const QString &guid)
     return locator ? locator->bookmark() : QByteArray();
 }
 
+void LocatorFileFinder::save()
+{
+    if (m_manager)
+        m_manager->save();
+}
+
+FileFinder::Preparation LocatorFileFinder::preparation()
+{
+    return [&bookmarks = m_bookmarks](const QString &path) {
+        QString reason; // when there is no bookmark, locating the file tells why
+        return bookmarks.create(path, reason).value_or(QByteArray());
+    };
+}
+
+void LocatorFileFinder::usePrepared(const QString &path, const QByteArray &prepared)
+{
+    m_prepared.reset();
+    if (!prepared.isEmpty())
+        m_prepared = Prepared{path, prepared};
+}
+
+QString LocatorFileFinder::mountPoint(const QString &guid) const
+{
+    const auto locator = m_manager ? m_manager->locatorForGuid(guid) : std::nullopt;
+    return locator ? FileBookmark::mountPoint(locator->bookmark()) : QString();
+}
+
+void LocatorFileFinder::note(const QString &guid, Doubt doubt)
+{
+    const bool isFirst = m_unsettled.isEmpty();
+    m_unsettled.insert(guid, doubt);
+    if (isFirst && m_noteListener)
+        m_noteListener();
+}
+
 QList<LocatorFileFinder::Unsettled> LocatorFileFinder::takeUnsettled()
 {
     QList<Unsettled> files;
@@ -89,58 +133,57 @@ QList<LocatorFileFinder::Unsettled> LocatorFileFinder::takeUnsettled()
 
 FoundFile LocatorFileFinder::settle(const Unsettled &file, const BookmarkResolution &resolution)
 {
+    const auto present = m_manager ? m_manager->locatorForGuid(file.guid) : std::nullopt;
+    if (present && (present->path() != file.locator.path() || present->bookmark() != file.locator.bookmark()))
+        return locate(file.guid, present->path());
+    const FoundFile result = takeUp(file, resolution);
+    if (result.volumeAway)
+        m_away.insert(file.guid);
+    else
+        m_away.remove(file.guid);
+    return result;
+}
+
+FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolution &resolution)
+{
     QVFileLocator locator = file.locator;
+    const bool isChanged = file.doubt == Doubt::Changed;
     // A folder that took the place of a photo is not what its locator is to follow.
     if (resolution.status == Status::Found || file.doubt == Doubt::Lost) {
         const auto result = locator.follow(resolution, m_bookmarks);
-        if (result.changed || locator.path() != file.locator.path())
-            store(file.guid, locator);
-        return {result.found, locator.path(), result.volumeAway};
+        const bool isElsewhere = locator.path() != file.locator.path();
+        const bool isStored = (result.changed || isElsewhere) && store(file.guid, locator);
+        return {result.found, locator.path(), result.volumeAway, isChanged && !isElsewhere && isStored};
     }
     if (file.doubt == Doubt::Occupied)
         return {false, locator.path(), resolution.status == Status::VolumeAway};
     // The file that was meant is no more, so it was replaced by the one that is there.
-    if (resolution.status == Status::Missing && locator.setBookmarkFromPath(m_bookmarks))
-        store(file.guid, locator);
-    return {true, locator.path()};
+    const bool isReplaced = resolution.status == Status::Missing && locator.setBookmarkFromPath(m_bookmarks);
+    return {true, locator.path(), false, isReplaced && store(file.guid, locator)};
 }
 
-void LocatorFileFinder::store(const QString &guid, const QVFileLocator &locator)
+bool LocatorFileFinder::store(const QString &guid, const QVFileLocator &locator)
 {
-    if (m_manager)
-        m_manager->setLocator(locator, guid);
-}
-
-namespace {
-
-void searchAll(const QList<LocatorFileFinder::Unsettled> &files, BookmarkOptions options,
-               const std::function<void(const QList<SearchedFile> &)> &searched)
-{
-    QList<QByteArray> bookmarks;
-    for (const auto &file : files)
-        bookmarks.append(file.locator.bookmark());
-    options.resolved = [&](const QList<BookmarkResolution> &resolutions) {
-        QList<SearchedFile> batch;
-        for (const BookmarkResolution &resolution : resolutions)
-            batch.append({files.at(resolution.index), resolution});
-        searched(batch);
-    };
-    if (!files.isEmpty())
-        FileBookmark::resolveMany(bookmarks, options);
-}
-
+    return m_manager && m_manager->setLocator(locator, guid);
 }
 
 void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const BookmarkOptions &options,
                      const std::function<void(const QList<SearchedFile> &)> &searched)
 {
-    for (const BookmarkOptions::Copies copies : {BookmarkOptions::Copies::Refused, BookmarkOptions::Copies::Accepted}) {
-        QList<LocatorFileFinder::Unsettled> some;
-        for (const auto &file : files)
-            if (copiesFor(file.doubt) == copies)
-                some.append(file);
-        BookmarkOptions wanted = options;
-        wanted.copies = copies;
-        searchAll(some, wanted, searched);
+    if (files.isEmpty())
+        return;
+    BookmarkOptions wanted = options;
+    QList<QByteArray> bookmarks;
+    for (const auto &file : files) {
+        if (copiesFor(file.doubt) == BookmarkOptions::Copies::Refused)
+            wanted.originalsOnly.insert(bookmarks.size());
+        bookmarks.append(file.locator.bookmark());
     }
+    wanted.resolved = [&](const QList<BookmarkResolution> &resolutions) {
+        QList<SearchedFile> batch;
+        for (const BookmarkResolution &resolution : resolutions)
+            batch.append({files.at(resolution.index), resolution});
+        searched(batch);
+    };
+    FileBookmark::resolveMany(bookmarks, wanted);
 }

@@ -6,8 +6,10 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 
 #include <functional>
+#include <optional>
 
 class BookmarkService;
 class PILocatorManager;
@@ -29,6 +31,10 @@ public:
     FoundFile relocate(const QString &guid, const QString &path) override;
     void trimUnusedFiles(const QStringList &guidsInUse) override;
     QByteArray bookmark(const QString &guid) override;
+    void save() override;
+    [[nodiscard]] Preparation preparation() override;
+    void usePrepared(const QString &path, const QByteArray &prepared) override;
+    [[nodiscard]] QString mountPoint(const QString &guid) const override;
 
     /// Why the path of a locator does not tell where its file is.
     enum class Doubt {
@@ -42,18 +48,33 @@ public:
         QVFileLocator locator;
         Doubt doubt = Doubt::Lost;
     };
+    /// Called whenever there is something to take where nothing was before.
+    void setNoteListener(std::function<void()> listener) { m_noteListener = std::move(listener); }
+    [[nodiscard]] bool hasUnsettled() const { return !m_unsettled.isEmpty(); }
     /// The files noted since the last call, for searchUnsettled().
     [[nodiscard]] QList<Unsettled> takeUnsettled();
-    /// Takes up what the search told about a file, stores it, and tells where the file is.
+    /// Takes up what the search told about a file, stores it, and tells where the file is. A file that was given
+    /// another place since it was noted is left there.
     FoundFile settle(const Unsettled &file, const BookmarkResolution &resolution);
 
 private:
-    void store(const QString &guid, const QVFileLocator &locator);
+    void note(const QString &guid, Doubt doubt);
+    [[nodiscard]] FoundFile takeUp(const Unsettled &file, const BookmarkResolution &resolution);
+    bool store(const QString &guid, const QVFileLocator &locator);
+
+    struct Prepared
+    {
+        QString path;
+        QByteArray bookmark;
+    };
 
     PILocatorManager *m_manager;
     BookmarkService &m_bookmarks;
     Search m_search;
     QHash<QString, Doubt> m_unsettled;
+    QSet<QString> m_away; ///< guids of which the last search told that their volume is not mounted
+    std::optional<Prepared> m_prepared;
+    std::function<void()> m_noteListener;
 };
 
 /// A file with what the search told about it.
@@ -63,7 +84,7 @@ struct SearchedFile
     BookmarkResolution resolution;
 };
 
-/// Looks for all the files on the calling thread, which is not the main one, and hands them to `searched`, some at a
-/// time. `options` tells how far to go.
+/// Looks for all the files on the calling thread, which is not the main one, with one walk, and hands them to
+/// `searched`, some at a time. `options` tells how far to go.
 void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const BookmarkOptions &options,
                      const std::function<void(const QList<SearchedFile> &)> &searched);

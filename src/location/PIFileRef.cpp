@@ -68,6 +68,11 @@ void PIFileRef::update(From from)
     take(from == From::Stored ? finder.locate(m_guid, m_path) : finder.relocate(m_guid, m_path));
 }
 
+QString PIFileRef::mountPoint() const
+{
+    return m_environment.finder->mountPoint(m_guid);
+}
+
 bool PIFileRef::verify()
 {
     const FoundFile file = m_environment.finder->locate(m_guid, m_path);

@@ -45,6 +45,8 @@ public:
     void setFileLost(bool lost) { m_fileLost = lost; }
     /// Lost only because the volume on which the file stands is not mounted.
     [[nodiscard]] bool isVolumeAway() const { return m_fileLost && m_volumeAway; }
+    /// Where that volume was mounted; empty when that is not known.
+    [[nodiscard]] QString mountPoint() const;
     void setVolumeAway(bool away) { m_volumeAway = away; }
 
     /// Finds the file's present place, without opening the file; false when it is lost.

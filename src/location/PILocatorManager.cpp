@@ -66,16 +66,16 @@ struct PILocatorManager::Allocation
     std::optional<FreeBlockList::Block> reused = {};
 };
 
-void PILocatorManager::setLocator(const QVFileLocator &locator, const QString &guid)
+bool PILocatorManager::setLocator(const QVFileLocator &locator, const QString &guid)
 {
     const QByteArray data = locator.createBinaryArchive();
     if (!m_file.isOpen() || !LocatorMap::isGuid(guid) || data.size() > qsizetype(LocatorBlock::kMaxLength))
-        return;
+        return false;
     const Allocation allocation = allocateBlock(static_cast<quint32>(data.size()), guid);
     // Only what is written changes the map: after a failure the guid keeps what it had.
     if (!m_file.write(allocation.offset, allocation.block, data)) {
         LogString("Can't write locator database: %d", errno);
-        return;
+        return false;
     }
     if (allocation.released)
         m_map.freeBlocks.append(*allocation.released);
@@ -83,6 +83,7 @@ void PILocatorManager::setLocator(const QVFileLocator &locator, const QString &g
         m_map.freeBlocks.remove(*allocation.reused);
     m_map.offsets.insert(guid, static_cast<quint32>(allocation.offset));
     m_dirty = true;
+    return true;
 }
 
 PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, const QString &guid) const

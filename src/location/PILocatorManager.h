@@ -23,7 +23,8 @@ public:
 
     /// Nothing when none is stored or it cannot be read.
     [[nodiscard]] std::optional<QVFileLocator> locatorForGuid(const QString &guid);
-    void setLocator(const QVFileLocator &locator, const QString &guid);
+    /// False when it could not be written; the guid then keeps what it had.
+    bool setLocator(const QVFileLocator &locator, const QString &guid);
     /// Forgets the locators of all guids but those given. To be called once every reference of the library was read:
     /// up to then the database is kept in memory, so that reading all locators takes one system call.
     void trimUnusedFiles(const QStringList &guidsInUse);

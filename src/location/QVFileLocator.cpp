@@ -15,6 +15,12 @@ QVFileLocator::QVFileLocator(const QString &path, BookmarkService &bookmarks, Lo
     (void)setBookmarkFromPath(bookmarks);
 }
 
+QVFileLocator::QVFileLocator(const QString &path, const QByteArray &bookmark)
+    : m_bookmark(bookmark)
+    , m_method(methodFromPath(path))
+    , m_path(path)
+{}
+
 QVFileLocator::Verification QVFileLocator::verify(BookmarkService &bookmarks, BookmarkOptions::Mounting mounting)
 {
     if (const auto here = verifyPath(bookmarks))

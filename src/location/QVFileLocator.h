@@ -30,6 +30,8 @@ class QVFileLocator
 public:
     /// With a bookmark when one can be made. With Nil the method is that of the path.
     QVFileLocator(const QString &path, BookmarkService &bookmarks, LocatorMethod method = LocatorMethod::Nil);
+    /// With a bookmark of that path that was made before.
+    QVFileLocator(const QString &path, const QByteArray &bookmark);
     /// From the text form; nothing when it is malformed.
     [[nodiscard]] static std::optional<QVFileLocator> fromArchive(const QString &text);
     /// The same from any value; nothing unless it is a text.

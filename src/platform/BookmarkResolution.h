@@ -20,7 +20,8 @@ struct BookmarkResolution
         VolumeAway, ///< the volume on which the file stood is not mounted; nothing was searched
         Missing,    ///< looked for everywhere, and not there
         Ambiguous,  ///< the file is gone, and more than one file could be a copy of it
-        Unsearched, ///< the search was cancelled, ran out of time, or would have had to walk a network volume
+        Unsearched, ///< the search was cancelled, ran out of time, was to reach no further, or would have had to walk a
+                    ///< network volume
     };
 
     qsizetype index = 0; ///< of the bookmark in the list that was given
@@ -46,6 +47,13 @@ struct BookmarkOptions
     /// Whether a file that is nowhere to be found may be replaced by the only one with its content.
     enum class Copies { Refused, Accepted };
     Copies copies = Copies::Accepted;
+    /// Where copies are accepted: the bookmarks, by their index, for which they are not.
+    QSet<qsizetype> originalsOnly = {};
+    enum class Reach {
+        OldFolders, ///< the old paths and what stands beside them; no walk, so this is quick
+        Everywhere,
+    };
+    Reach reach = Reach::Everywhere;
     /// Files that are known to be something else, such as those of other references: no copies.
     QSet<QString> pathsInUse = {};
     std::chrono::milliseconds timeLimit = std::chrono::minutes(2);

@@ -27,7 +27,7 @@ void BookmarkResolver::decode(const QList<QByteArray> &bookmarks)
             add({index, Status::Missing});
             continue;
         }
-        if (data->fingerprint && m_options.copies == BookmarkOptions::Copies::Accepted)
+        if (data->fingerprint && acceptsCopies(index))
             m_wanted.addWantedName(NativePath::fileName(data->volumePath));
         m_lost.push_back({.index = index, .data = *std::move(data)});
         neighbour = &m_lost.back().data;
@@ -112,7 +112,14 @@ VolumeSearch &BookmarkResolver::searchOf(const Volume &volume)
 
 bool BookmarkResolver::mayWalk(const Volume &volume) const
 {
+    if (m_options.reach == BookmarkOptions::Reach::OldFolders)
+        return false;
     return !volume.isNetwork() || m_options.mounting == BookmarkOptions::Mounting::Allowed;
+}
+
+bool BookmarkResolver::acceptsCopies(qsizetype index) const
+{
+    return m_options.copies == BookmarkOptions::Copies::Accepted && !m_options.originalsOnly.contains(index);
 }
 
 void BookmarkResolver::searchByIdentity()
@@ -133,13 +140,12 @@ void BookmarkResolver::searchByContent()
 {
     if (m_options.copies == BookmarkOptions::Copies::Refused)
         return;
-    const bool isAnyOpen =
-        std::any_of(m_lost.cbegin(), m_lost.cend(), [](const LostFile &lost) { return lost.isOpen; });
-    if (!isAnyOpen)
+    const auto mayBeCopied = [this](const LostFile &lost) { return lost.isOpen && acceptsCopies(lost.index); };
+    if (std::none_of(m_lost.cbegin(), m_lost.cend(), mayBeCopied))
         return;
     ContentSearch search(QSet<ContentSearch::Object>(m_taken.cbegin(), m_taken.cend()), pathsInUse());
     for (LostFile &lost : m_lost)
-        if (lost.isOpen)
+        if (mayBeCopied(lost))
             search.add(lost);
     if (!search.wantsAnything())
         return;

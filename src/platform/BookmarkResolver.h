@@ -31,6 +31,7 @@ private:
     [[nodiscard]] bool placeOnVolume(LostFile &lost, const LostFile *neighbour) const;
     VolumeSearch &searchOf(const Volume &volume);
     [[nodiscard]] bool mayWalk(const Volume &volume) const;
+    [[nodiscard]] bool acceptsCopies(qsizetype index) const;
     void searchByIdentity();
     void searchByContent();
     [[nodiscard]] QSet<QByteArray> pathsInUse();

@@ -85,6 +85,11 @@ void FolderWatcher::handle(int watch, quint32 mask, const QByteArray &name)
         m_watchOfPath.remove(path);
         return;
     }
+    if (mask & IN_MOVE_SELF) { // what is watched is no longer what stands at the path
+        ::inotify_rm_watch(m_inotify.number(), watch);
+        m_pathOfWatch.remove(watch);
+        m_watchOfPath.remove(path);
+    }
     if (mask & kNameEvents)
         Q_EMIT namesChanged(path);
     else if (mask & IN_CLOSE_WRITE)

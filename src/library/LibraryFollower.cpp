@@ -1,0 +1,83 @@
+#include "LibraryFollower.h"
+
+#include "PhotoLibrary.h"
+
+#include <QSet>
+
+#include <chrono>
+
+namespace {
+
+constexpr std::chrono::milliseconds kNoteTime(50);
+constexpr std::chrono::milliseconds kMountTime(200);
+
+}
+
+LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finder, const BookmarkOptions &options,
+                                 QObject *parent)
+    : QObject(parent)
+    , m_library(library)
+    , m_finder(finder)
+    , m_folder(library)
+    , m_search(library, finder, options)
+{
+    m_searchSoon.setSingleShot(true);
+    m_searchSoon.setInterval(kNoteTime);
+    m_mountsSettle.setSingleShot(true);
+    m_mountsSettle.setInterval(kMountTime);
+    connect(&m_searchSoon, &QTimer::timeout, this, [this] { m_search.start(); });
+    connect(&m_mountsSettle, &QTimer::timeout, this, &LibraryFollower::lookAtAbsent);
+    connect(&m_mounts, &MountWatcher::mountsChanged, this, [this] {
+        if (m_begun)
+            m_mountsSettle.start();
+    });
+    m_search.setProgress([this](const LostFileSearch::Summary &soFar, const BookmarkProgress &walk) {
+        Q_EMIT walking(soFar.found, walk.total);
+    });
+    m_search.setMoved([this] { m_folder.watchAgain(); });
+    m_search.setFinished([this](const LostFileSearch::Summary &summary) { Q_EMIT finished(summary); });
+}
+
+LibraryFollower::~LibraryFollower()
+{
+    m_finder.setNoteListener({});
+}
+
+void LibraryFollower::setFolder(const std::shared_ptr<PIFolder> &folder)
+{
+    if (folder == m_folder.folder())
+        return m_folder.watchAgain(); // files may have come into it
+    m_folder.setFolder(folder);
+    if (m_begun)
+        m_folder.lookAgain();
+}
+
+void LibraryFollower::begin()
+{
+    m_begun = true;
+    m_finder.setNoteListener([this] { m_searchSoon.start(); });
+    if (m_finder.hasUnsettled())
+        m_searchSoon.start();
+}
+
+void LibraryFollower::lookAgain()
+{
+    if (m_begun)
+        m_folder.lookAgain();
+}
+
+/// What was away may be back, and what is on show may have gone.
+void LibraryFollower::lookAtAbsent()
+{
+    QSet<const PIFileRef *> seen;
+    QList<std::shared_ptr<PIFileRef>> absent;
+    m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        const auto &file = photo->fileRef();
+        if (!file || !file->isVolumeAway() || seen.contains(file.get()))
+            return;
+        seen.insert(file.get());
+        absent.append(file);
+    });
+    m_folder.lookAgain();
+    m_folder.lookAt(absent);
+}

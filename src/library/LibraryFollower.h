@@ -1,0 +1,48 @@
+#pragma once
+
+#include "FolderFollower.h"
+#include "LostFileSearch.h"
+#include "MountWatcher.h"
+
+#include <QObject>
+#include <QTimer>
+
+/// Lets a library follow its files for as long as the program runs: what was found missing is looked for in the
+/// background, the folder on show is watched, and photos of a volume that was away come back with it. Main thread.
+class LibraryFollower final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `library` and `finder` outlive this. `options` tells how far searches may go.
+    LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finder, const BookmarkOptions &options = {},
+                    QObject *parent = nullptr);
+    ~LibraryFollower() override;
+
+    /// The folder whose files are watched. One that was not shown before is looked through, too, once following has
+    /// begun.
+    void setFolder(const std::shared_ptr<PIFolder> &folder);
+    /// To be called once the window is up: files that were noted as missing are looked for from now on.
+    void begin();
+    /// Looks at every file of the folder, as when the window comes to the front after others were used.
+    void lookAgain();
+    void cancelSearch() { m_search.cancel(); }
+    [[nodiscard]] bool isSearching() const { return m_search.isRunning() || m_searchSoon.isActive(); }
+
+Q_SIGNALS:
+    /// A walk is under way: so many files were found, and so many are looked for.
+    void walking(qsizetype found, qsizetype total);
+    void finished(const LostFileSearch::Summary &summary);
+
+private:
+    void lookAtAbsent();
+
+    PhotoLibrary &m_library;
+    LocatorFileFinder &m_finder;
+    FolderFollower m_folder;
+    LostFileSearch m_search;
+    MountWatcher m_mounts;
+    QTimer m_searchSoon; ///< what is noted in one go is looked for in one go
+    QTimer m_mountsSettle;
+    bool m_begun = false;
+};

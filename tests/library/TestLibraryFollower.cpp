@@ -1,0 +1,126 @@
+#include "FollowedLibrary.h"
+#include "TestRunner.h"
+
+#include "FileNotifications.h"
+#include "LibraryFollower.h"
+#include "LibraryNotifications.h"
+
+#include <QTest>
+
+class TestLibraryFollower : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<FollowedLibrary> m_house;
+    std::shared_ptr<PIPhoto> m_photo;
+    std::unique_ptr<LibraryFollower> m_follower;
+    NotificationCenter::Observer m_fileObserver;
+    NotificationCenter::Observer m_tileObserver;
+    int m_filesChanged = 0;
+    int m_tilesChanged = 0;
+
+    QString path() const { return m_photo->fileRef()->path(); }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_house = std::make_unique<FollowedLibrary>();
+        m_photo = m_house->add("shown/a.png");
+        m_follower = std::make_unique<LibraryFollower>(*m_house->library, *m_house->finder, m_house->options());
+        m_follower->setFolder(m_house->folder);
+        m_follower->begin();
+        m_filesChanged = 0;
+        m_tilesChanged = 0;
+        m_fileObserver =
+            m_house->notifications.observe(kFileChangeNotification, [this](const NotificationObject &object) {
+                m_filesChanged += object.as<PIFileRef>() == m_photo->fileRef().get();
+            });
+        m_tileObserver =
+            m_house->notifications.observe(kThumbnailNotification, [this](const NotificationObject &object) {
+                m_tilesChanged += object.as<PIPhoto>() == m_photo.get();
+            });
+    }
+    void cleanup()
+    {
+        m_follower.reset();
+        m_photo.reset();
+        m_house.reset();
+    }
+
+    void renamesAreFollowedWithoutAWalk()
+    {
+        bool isWalked = false;
+        connect(m_follower.get(), &LibraryFollower::walking, this, [&] { isWalked = true; });
+        m_house->move("shown/a.png", "shown/b.png");
+        QTRY_COMPARE(path(), m_house->at("shown/b.png"));
+        m_house->move("shown/b.png", "shown/c.png");
+        QTRY_COMPARE(path(), m_house->at("shown/c.png"));
+        QTRY_VERIFY(!m_follower->isSearching());
+        QVERIFY(!m_photo->isFileLost());
+        QVERIFY(!isWalked);
+        QVERIFY(m_tilesChanged > 0);
+        QCOMPARE(m_filesChanged, 0);
+    }
+
+    void movesAreFollowedAndWatchedWhereTheyLead()
+    {
+        m_house->move("shown", "renamed folder");
+        QTRY_COMPARE(path(), m_house->at("renamed folder/a.png"));
+        m_house->move("renamed folder/a.png", "renamed folder/sub/a.png");
+        QTRY_COMPARE(path(), m_house->at("renamed folder/sub/a.png"));
+        m_house->move("renamed folder/sub/a.png", "renamed folder/sub/z.png");
+        QTRY_COMPARE(path(), m_house->at("renamed folder/sub/z.png"));
+    }
+
+    void aWrittenFileIsAnnounced_data()
+    {
+        QTest::addColumn<bool>("inPlace");
+        QTest::newRow("in place") << true;
+        QTest::newRow("saved beside it, and then over it") << false;
+    }
+    void aWrittenFileIsAnnounced()
+    {
+        QFETCH(bool, inPlace);
+        const QImage before = m_photo->fileRef()->image().pixels().value_or(QImage());
+        QVERIFY(!before.isNull());
+        m_house->draw(inPlace ? "shown/a.png" : "shown/a.png.part");
+        if (!inPlace)
+            m_house->move("shown/a.png.part", "shown/a.png");
+        QTRY_COMPARE(m_filesChanged, 1);
+        QTRY_VERIFY(m_tilesChanged > 0);
+        QTRY_VERIFY(!m_follower->isSearching());
+        QVERIFY(m_photo->fileRef()->image().pixels().value_or(QImage()) != before);
+        QCOMPARE(path(), m_house->at("shown/a.png"));
+
+        // Its bookmark is fresh: it is followed from here on as well.
+        QTRY_VERIFY(!m_house->finder->hasUnsettled());
+        m_house->move("shown/a.png", "shown/b.png");
+        QTRY_COMPARE(path(), m_house->at("shown/b.png"));
+    }
+
+    void aFileThatGoesIsLostUntilItIsBack()
+    {
+        const auto second = m_house->add("shown/b.png");
+        m_house->move("shown/b.png", "b.png");
+        QVERIFY(QFile::remove(m_house->at("b.png")));
+        QTRY_VERIFY(second->isFileLost());
+        QTRY_VERIFY(!m_follower->isSearching());
+        m_house->draw("shown/b.png");
+        QTRY_VERIFY(!second->isFileLost());
+        QVERIFY(!m_photo->isFileLost());
+    }
+
+    void whatWasNotedBeforeItBeganIsLookedFor()
+    {
+        m_follower.reset();
+        m_house->move("shown/a.png", "elsewhere/a.png");
+        m_house->lookAtAll();
+        QVERIFY(m_photo->isFileLost());
+        m_follower = std::make_unique<LibraryFollower>(*m_house->library, *m_house->finder, m_house->options());
+        m_follower->begin();
+        QTRY_COMPARE(path(), m_house->at("elsewhere/a.png"));
+    }
+};
+
+REGISTER_TEST(TestLibraryFollower)
+#include "TestLibraryFollower.moc"

@@ -1,0 +1,188 @@
+#include "FollowedLibrary.h"
+#include "TestRunner.h"
+
+#include "FileNotifications.h"
+#include "LibraryNotifications.h"
+#include "LostFileSearch.h"
+
+#include <QTest>
+
+using Summary = LostFileSearch::Summary;
+
+class TestLostFileSearch : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<FollowedLibrary> m_house;
+    qsizetype m_foldersWalked = 0;
+
+    /// Looks at all files, searches to the end, and tells what that came to. `meanwhile` runs before any result comes.
+    Summary search(LostFileSearch &search, const std::function<void()> &meanwhile = {})
+    {
+        Summary summary;
+        bool isDone = false;
+        m_foldersWalked = 0;
+        search.setProgress(
+            [this](const Summary &, const BookmarkProgress &walk) { m_foldersWalked = walk.foldersRead; });
+        search.setFinished([&](const Summary &result) {
+            summary = result;
+            isDone = true;
+        });
+        m_house->lookAtAll();
+        search.start();
+        if (meanwhile)
+            meanwhile();
+        if (!QTest::qWaitFor([&] { return isDone || !search.isRunning(); }, 60000))
+            qFatal("the search does not end");
+        search.setFinished({});
+        return summary;
+    }
+
+private Q_SLOTS:
+    void init() { m_house = std::make_unique<FollowedLibrary>(); }
+    void cleanup() { m_house.reset(); }
+
+    void aRenamedAndShuffledTreeIsFoundWithOneWalk()
+    {
+        FollowedLibrary &house = *m_house;
+        QList<std::shared_ptr<PIPhoto>> photos;
+        for (const char *name : {"tree/a/1.png", "tree/a/2.png", "tree/b/1.png", "tree/b/c/3.png"})
+            photos << house.add(name);
+        const auto still = house.add("other/still.png");
+        house.library->setDirty(false);
+        house.move("tree", "moved/away");
+        house.move("moved/away/a/1.png", "moved/away/b/c/swapped.png");
+        house.move("moved/away/b/1.png", "moved/away/a/1.png");
+        house.move("moved/away/b/c/3.png", "far/from/all.png");
+        QStringList shown;
+        const auto observer =
+            house.notifications.observe(kThumbnailNotification, [&](const NotificationObject &object) {
+                shown << object.as<PIPhoto>()->caption();
+            });
+
+        LostFileSearch lost(*house.library, *house.finder, house.options());
+        const Summary summary = search(lost);
+        QCOMPARE(summary.found, 4);
+        QCOMPARE(summary.missing, 0);
+        QVERIFY2(m_foldersWalked <= 10, qPrintable(QString::number(m_foldersWalked))); // no folder twice
+        const char *places[] = {"moved/away/b/c/swapped.png", "moved/away/a/2.png", "moved/away/a/1.png",
+                                "far/from/all.png"};
+        for (int i = 0; i < 4; ++i) {
+            QCOMPARE(photos[i]->fileRef()->path(), house.at(places[i]));
+            QVERIFY(!photos[i]->isFileLost());
+            QCOMPARE(house.storedPath(*photos[i]), house.at(places[i]));
+        }
+        QVERIFY(!shown.contains(still->caption()));
+        QCOMPARE(QSet<QString>(shown.begin(), shown.end()).size(), 4);
+        QVERIFY(!house.library->isDirty()); // the locators know: there is nothing to ask about at the end
+    }
+
+    void whatIsNowhereIsWalkedForOnce()
+    {
+        FollowedLibrary &house = *m_house;
+        const auto gone = house.add("a/gone.png");
+        QVERIFY(QFile::remove(house.at("a/gone.png")));
+        LostFileSearch lost(*house.library, *house.finder, house.options());
+        const Summary summary = search(lost);
+        QCOMPARE(summary.missing, 1);
+        QVERIFY(m_foldersWalked > 0);
+        QVERIFY(gone->isFileLost());
+        QCOMPARE(search(lost).missing, 0); // not told again
+        QCOMPARE(m_foldersWalked, 0);
+    }
+
+    void cancellingForgoesTheWalk()
+    {
+        FollowedLibrary &house = *m_house;
+        const auto near = house.add("a/near.png");
+        const auto far = house.add("a/far.png");
+        house.move("a/near.png", "a/renamed.png");
+        house.move("a/far.png", "b/far.png");
+        LostFileSearch lost(*house.library, *house.finder, house.options());
+        const Summary summary = search(lost, [&] { lost.cancel(); });
+        QVERIFY(summary.cancelled);
+        QCOMPARE(summary.found, 1);
+        QCOMPARE(summary.missing, 1);
+        QCOMPARE(near->fileRef()->path(), house.at("a/renamed.png"));
+        QVERIFY(far->isFileLost());
+        QCOMPARE(far->fileRef()->path(), house.at("a/far.png"));
+        QCOMPARE(m_foldersWalked, 0);
+    }
+
+    void aPlaceGivenByHandMeanwhileStays()
+    {
+        FollowedLibrary &house = *m_house;
+        const auto photo = house.add("a/1.png");
+        house.draw("chosen.png");
+        house.move("a/1.png", "a/2.png");
+        LostFileSearch lost(*house.library, *house.finder, house.options());
+        (void)search(lost, [&] { photo->fileRef()->setPath(house.at("chosen.png")); });
+        QCOMPARE(photo->fileRef()->path(), house.at("chosen.png"));
+        QCOMPARE(house.storedPath(*photo), house.at("chosen.png"));
+    }
+
+    void whatStandsAtAnOldPathIsTakenForWhatItIs_data()
+    {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<QString>("a"); ///< where the first photo is then
+        QTest::addColumn<bool>("cropStays");
+        QTest::addColumn<bool>("thumbnailStays");
+        QTest::newRow("written in place") << "write"
+                                          << "d/a.png" << true << false;
+        QTest::newRow("replaced by a new file") << "replace"
+                                                << "d/a.png" << false << false;
+        QTest::newRow("exchanged with another photo") << "swap"
+                                                      << "d/b.png" << true << true;
+    }
+    void whatStandsAtAnOldPathIsTakenForWhatItIs()
+    {
+        QFETCH(QString, change);
+        FollowedLibrary &house = *m_house;
+        const auto photo = house.add("d/a.png");
+        const auto other = house.add("d/b.png");
+        photo->setCropRect({1, 1, 20, 20});
+        photo->setThumbnailDate(7);
+        if (change == QLatin1String("swap")) {
+            house.move("d/a.png", "d/c.png");
+            house.move("d/b.png", "d/a.png");
+            house.move("d/c.png", "d/b.png");
+        } else if (change == QLatin1String("write")) {
+            house.draw("d/a.png");
+        } else {
+            house.draw("d/new.png");
+            house.move("d/new.png", "d/a.png");
+        }
+        LostFileSearch lost(*house.library, *house.finder, house.options());
+        (void)search(lost);
+        QTEST(photo->fileRef()->path().mid(house.at("").size()), "a");
+        QTEST(!photo->cropRect().isEmpty(), "cropStays");
+        QTEST(photo->thumbnailDate() == 7, "thumbnailStays");
+        QVERIFY(!photo->isFileLost() && !other->isFileLost());
+        house.lookAtAll();
+        QVERIFY(!house.finder->hasUnsettled()); // the bookmarks are fresh
+    }
+
+    void anAbsentVolumeIsNotSearchedAndNothingIsChanged()
+    {
+        FollowedLibrary &house = *m_house;
+        const auto photo = house.add("usb/a.png");
+        const QString stored = house.storedPath(*photo);
+        house.move("usb", "unplugged");
+        BookmarkOptions options = house.options();
+        options.volumes = std::make_shared<const Volumes>(QByteArray(), identifyMount);
+        LostFileSearch lost(*house.library, *house.finder, options);
+        QCOMPARE(search(lost).missing, 0);
+        QVERIFY(photo->isVolumeAway());
+        QCOMPARE(m_foldersWalked, 0);
+        QCOMPARE(house.storedPath(*photo), stored);
+        house.lookAtAll();
+        QVERIFY(photo->isVolumeAway()); // still, before the next search has told so
+
+        house.move("unplugged", "usb");
+        house.lookAtAll();
+        QVERIFY(!photo->isFileLost() && !photo->isVolumeAway());
+    }
+};
+
+REGISTER_TEST(TestLostFileSearch)
+#include "TestLostFileSearch.moc"
