@@ -8,10 +8,14 @@
 #include "Icons.h"
 #include "LibraryActions.h"
 #include "LibraryFile.h"
+#include "LibraryFollower.h"
 #include "LibraryNotifications.h"
 #include "LibraryWindow.h"
+#include "LocatorFileFinder.h"
 #include "LogString.h"
+#include "LostFileProgress.h"
 #include "MainMenu.h"
+#include "PILocatorManager.h"
 #include "PIWindowController.h"
 #include "PhotoLibrary.h"
 #include "PrintSettings.h"
@@ -23,6 +27,7 @@
 #include <QFileOpenEvent>
 #include <QGuiApplication>
 #include <QSessionManager>
+#include <QStatusBar>
 #include <QTimer>
 
 namespace {
@@ -62,7 +67,9 @@ PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QSt
     if (claim != Launch::Running)
         return claim;
 
-    m_library = std::make_unique<PhotoLibrary>(m_paths.thumbnailFolder, m_fileFinder, m_notifications);
+    m_locators = PILocatorManager::open(m_paths.libraryFolder);
+    m_fileFinder = std::make_unique<LocatorFileFinder>(m_locators.get(), m_bookmarks, LocatorFileFinder::Search::Later);
+    m_library = std::make_unique<PhotoLibrary>(m_paths.thumbnailFolder, *m_fileFinder, m_notifications);
     m_library->thumbnails().setPlaceholder(
         renderSvg(QStringLiteral(":/MissingThumbnail.svg"), kPlaceholderSize, Qt::gray));
     LibraryFile::registerTags();
@@ -146,9 +153,11 @@ void PIAppController::showLibrary(const QStringList &files)
     connect(&m_windowController->window(), &LibraryWindow::closed, qApp, &QCoreApplication::quit);
     m_windowController->showWindow(/*zoomed=*/!m_hasRunBefore);
     m_windowController->resetList(nullptr);
+    followFiles();
     QTimer::singleShot(0, m_windowController.get(), [this, files] {
         m_windowController->restoreState(m_restore);
         m_restore = {};
+        m_follower->begin();
         if (!files.isEmpty())
             applicationOpenFiles(files);
     });
@@ -177,8 +186,10 @@ void PIAppController::commitData(QSessionManager &session)
         if (!applicationShouldTerminate())
             session.cancel();
         session.release();
-    } else if (m_library->isDirty() && !m_windowController->SaveLibrary()) {
-        LogString("The session ends and the library could not be saved");
+    } else {
+        m_fileFinder->save();
+        if (m_library->isDirty() && !m_windowController->SaveLibrary())
+            LogString("The session ends and the library could not be saved");
     }
 }
 
@@ -187,19 +198,43 @@ bool PIAppController::applicationShouldTerminate()
     return !m_windowController || m_windowController->windowShouldClose();
 }
 
+void PIAppController::followFiles()
+{
+    m_follower = std::make_unique<LibraryFollower>(*m_library, *m_fileFinder);
+    LibraryFollower *follower = m_follower.get();
+    LibraryWindow &window = m_windowController->window();
+    connect(m_windowController.get(), &PIWindowController::folderShown, follower, &LibraryFollower::setFolder);
+    connect(&window, &LibraryWindow::cameBack, follower, &LibraryFollower::lookAgain);
+
+    auto *progress = new LostFileProgress(*window.statusBar());
+    connect(follower, &LibraryFollower::walking, progress, &LostFileProgress::walking);
+    connect(follower, &LibraryFollower::finished, progress, &LostFileProgress::finished);
+    connect(progress, &LostFileProgress::cancelled, follower, &LibraryFollower::cancelSearch);
+}
+
+bool PIAppController::isSearching() const
+{
+    return m_follower && m_follower->isSearching();
+}
+
 void PIAppController::applicationWillTerminate()
 {
     if (!m_launched)
         return;
     m_launched = false;
     m_terminationSignals.reset();
+    m_follower.reset();
     m_windowController.reset(); // writes preferences of its own
     m_defaults->setValue(kHasRun, true);
+    if (m_locators)
+        m_locators->close();
     writeExportPreferences(*m_defaults);
     if (!m_defaults->synchronize())
         LogString("Can't write preferences %@", UserDefaults::standardPath());
     m_operationQueue.waitForDone();
     m_library.reset();
+    m_fileFinder.reset();
+    m_locators.reset();
     m_defaults.reset();
     m_instance.reset();
 }

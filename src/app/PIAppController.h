@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileFinder.h"
+#include "BookmarkService.h"
 #include "LibraryPaths.h"
 #include "NotificationCenter.h"
 #include "SingleInstance.h"
@@ -15,7 +15,10 @@
 #include <memory>
 #include <optional>
 
+class LibraryFollower;
+class LocatorFileFinder;
 class PhotoLibrary;
+class PILocatorManager;
 class PIWindowController;
 class QSessionManager;
 class TerminationSignals;
@@ -68,6 +71,8 @@ public:
     [[nodiscard]] bool isLaunched() const { return m_launched; }
     [[nodiscard]] PhotoLibrary &library() const { return *m_library; }
     [[nodiscard]] PIWindowController &windowController() const { return *m_windowController; }
+    /// Whether moved files are being looked for.
+    [[nodiscard]] bool isSearching() const;
     [[nodiscard]] QThreadPool &operationQueue() { return m_operationQueue; }
 
 private:
@@ -79,15 +84,19 @@ private:
     void commitData(QSessionManager &session);
     void loadLibrary();
     void showLibrary(const QStringList &files);
+    void followFiles();
 
     NotificationCenter m_notifications;
-    PathFileFinder m_fileFinder;
+    FileBookmarkService m_bookmarks;
+    std::unique_ptr<PILocatorManager> m_locators; ///< null when the database cannot be opened: nothing is stored then
+    std::unique_ptr<LocatorFileFinder> m_fileFinder;
     QThreadPool m_operationQueue;
     std::unique_ptr<UserDefaults> m_defaults;
     LibraryPaths m_paths;
     std::unique_ptr<SingleInstance> m_instance;
     std::unique_ptr<PhotoLibrary> m_library;
     std::unique_ptr<PIWindowController> m_windowController;
+    std::unique_ptr<LibraryFollower> m_follower;
     WindowRestoreRecord m_restore;
     std::optional<QStringList> m_photoGuids; ///< of a library that was read without fault, until the clean-up has them
     LaunchHooks m_hooks;

@@ -31,8 +31,8 @@ ScreenshotRun::ScreenshotRun(PIAppController &controller, const QString &path, Q
 
 void ScreenshotRun::look()
 {
-    const bool busy =
-        m_controller.windowController().isImporting() || m_controller.library().thumbnails().pendingJobs() > 0;
+    const bool busy = m_controller.windowController().isImporting() || m_controller.isSearching() ||
+                      m_controller.library().thumbnails().pendingJobs() > 0;
     m_quietLooks = busy ? 0 : m_quietLooks + 1;
     if (m_quietLooks >= kQuietLooks || ++m_looks >= kMaxLooks)
         shoot(busy);

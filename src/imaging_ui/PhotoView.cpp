@@ -252,7 +252,8 @@ QString PhotoView::message() const
     const QString name = m_photo && m_photo->fileRef() ? QFileInfo(m_photo->fileRef()->path()).fileName() : QString();
     switch (m_state) {
     case State::Missing:
-        return tr("The file is missing.") + QLatin1Char('\n') + name;
+        return (m_photo && m_photo->isVolumeAway() ? tr("Volume not mounted") : tr("The file is missing.")) +
+               QLatin1Char('\n') + name;
     case State::Unreadable:
         return tr("This file cannot be shown. It may be damaged.") + QLatin1Char('\n') + name;
     case State::Empty:

@@ -5,6 +5,8 @@
 #include <QMimeData>
 #include <QUrl>
 
+#include <utility>
+
 namespace {
 
 QStringList localFiles(const QMimeData &data)
@@ -33,6 +35,15 @@ void LibraryWindow::changeEvent(QEvent *event)
         Q_EMIT fullScreenChanged(isFullScreen());
     else if (event->type() == QEvent::ActivationChange && !isActiveWindow())
         Q_EMIT didResignKey();
+}
+
+bool LibraryWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::WindowDeactivate)
+        m_wasLeft = true;
+    else if (event->type() == QEvent::WindowActivate && std::exchange(m_wasLeft, false))
+        Q_EMIT cameBack();
+    return QMainWindow::event(event);
 }
 
 void LibraryWindow::closeEvent(QCloseEvent *event)

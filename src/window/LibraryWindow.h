@@ -21,13 +21,17 @@ Q_SIGNALS:
     void fullScreenChanged(bool fullScreen);
     /// Another window is used now.
     void didResignKey();
+    /// The window is used again after others were.
+    void cameBack();
 
 protected:
     void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
     std::function<bool()> m_shouldClose;
+    bool m_wasLeft = false;
 };

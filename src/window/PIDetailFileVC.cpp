@@ -152,7 +152,9 @@ void PIDetailFileVC::showLostTree()
         return;
     }
     if (file->isVolumeAway()) {
-        m_missing->setText(tr("The volume of this file is not mounted. The photo comes back when it is."));
+        const QString point = file->mountPoint();
+        m_missing->setText(point.isEmpty() ? tr("Volume not mounted. The photo comes back with it.")
+                                           : tr("Volume not mounted: “%1”. The photo comes back with it.").arg(point));
         m_find->setVisible(false);
         return;
     }

@@ -1,5 +1,6 @@
 #include "PIWindowController.h"
 
+#include "FileFinder.h"
 #include "GiveAlert.h"
 #include "Housekeeping.h"
 #include "ImageFormat.h"
@@ -214,6 +215,7 @@ bool PIWindowController::windowShouldClose()
         return false;
     }
     m_thumbnailView->setFocus(); // ends text editing elsewhere, which may change the library
+    m_library.fileFinder().save();
     m_defaults.setData(QLatin1String(WindowPreferences::kGeometry), m_window->saveGeometry());
     if (!m_library.isDirty())
         return true;
@@ -283,6 +285,7 @@ void PIWindowController::resetList(const std::shared_ptr<PIGroup> &item)
     m_outline->resetList(item);
     m_thumbnailView->reload();
     showSummary();
+    Q_EMIT folderShown(shownFolder());
 }
 
 void PIWindowController::selectIndexes(const IndexSet &indexes)
@@ -341,6 +344,7 @@ void PIWindowController::newFolder()
 
 void PIWindowController::saveDocument()
 {
+    m_library.fileFinder().save(); // a crash after it costs nothing: files that the library does not name are let go
     if (!SaveLibrary())
         GiveAlert(tr("Save failed."), tr("I can't save the photo library. Your changes will be lost if you quit. "
                                          "Please check that your hard disk is not full."));
@@ -356,6 +360,7 @@ void PIWindowController::outlineViewSelectionDidChange()
         m_thumbnailView->scrollToSelection();
         if (folder && !m_preserveForwardStack)
             m_history.addFolderToNavigator(folder);
+        Q_EMIT folderShown(folder);
     }
     if (folder && !folder->photos().isEmpty() && m_outline->hasFocus())
         m_thumbnailView->setFocus();

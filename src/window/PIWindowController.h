@@ -80,6 +80,10 @@ public:
     void newFolder();
     void saveDocument();
 
+Q_SIGNALS:
+    /// The grid shows another folder, or this one with other photos.
+    void folderShown(const std::shared_ptr<PIFolder> &folder);
+
 private:
     void buildPanes();
     void bindCommands();

@@ -113,6 +113,23 @@ void paintMark(QPainter &painter, const QRectF &picture, qreal size)
     painter.drawPath(ribbon);
 }
 
+/// A drive with a bar across it.
+void paintAway(QPainter &painter, const QRectF &picture, qreal size)
+{
+    const QColor line(0x1c, 0x2b, 0x3a);
+    const QRectF area(picture.left() + size * 0.3, picture.bottom() - size * 1.3, size * 1.4, size);
+    painter.setPen(QPen(line, 1.4));
+    painter.setBrush(QColor(0xdc, 0xe6, 0xf0));
+    painter.drawRoundedRect(area, size * 0.15, size * 0.15);
+    const qreal slot = area.bottom() - area.height() * 0.3;
+    painter.drawLine(QPointF(area.left(), slot), QPointF(area.right(), slot));
+    for (const auto &[color, width] : {std::pair(QColor(Qt::white), size * 0.32), std::pair(line, size * 0.16)}) {
+        painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap));
+        painter.drawLine(area.bottomLeft() + QPointF(-size * 0.1, size * 0.1),
+                         area.topRight() + QPointF(size * 0.1, -size * 0.1));
+    }
+}
+
 /// A warning triangle.
 void paintLost(QPainter &painter, const QRectF &picture, qreal size)
 {
@@ -157,7 +174,9 @@ void ThumbnailDelegate::paintPicture(QPainter &painter, const QRect &square, con
     const qreal badge = std::clamp(square.width() / 8.0, 9.0, 24.0);
     if (photo->isMarked())
         paintMark(painter, area, badge);
-    if (lost)
+    if (photo->isVolumeAway())
+        paintAway(painter, area, badge);
+    else if (lost)
         paintLost(painter, area, badge);
 }
 

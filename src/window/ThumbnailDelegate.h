@@ -5,8 +5,8 @@
 
 #include <QAbstractItemDelegate>
 
-/// Paints one tile: the picture centred in its square, a flag on marked photos, a sign on photos whose file is missing,
-/// and the lines of text that are shown.
+/// Paints one tile: the picture centred in its square, a flag on marked photos, a sign on photos whose file is missing
+/// and another on those whose volume is, and the lines of text that are shown.
 class ThumbnailDelegate final : public QAbstractItemDelegate
 {
     Q_OBJECT

@@ -112,7 +112,7 @@ QVariant ThumbnailGridModel::data(const QModelIndex &index, int role) const
     case FileNameRole:
         return fileName(*shown);
     case Qt::ToolTipRole:
-        return plainText(fileName(*shown));
+        return plainText(toolTip(*shown));
     case MarkedRole:
         return shown->isMarked();
     case LostRole:
@@ -132,6 +132,17 @@ QString ThumbnailGridModel::fileName(const PIPhoto &photo)
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
+QString ThumbnailGridModel::toolTip(const PIPhoto &photo)
+{
+    const QString name = fileName(photo);
+    if (photo.isVolumeAway()) {
+        const QString point = photo.fileRef()->mountPoint();
+        return point.isEmpty() ? tr("%1\nVolume not mounted").arg(name)
+                               : tr("%1\nVolume not mounted: %2").arg(name, point);
+    }
+    return photo.isFileLost() ? tr("%1\nFile missing").arg(name) : name;
+}
+
 QString ThumbnailGridModel::spokenText(const PIPhoto &photo)
 {
     QStringList parts{fileName(photo)};
@@ -139,7 +150,9 @@ QString ThumbnailGridModel::spokenText(const PIPhoto &photo)
         parts << photo.caption();
     if (photo.isMarked())
         parts << tr("marked");
-    if (photo.isFileLost())
+    if (photo.isVolumeAway())
+        parts << tr("volume not mounted");
+    else if (photo.isFileLost())
         parts << tr("file missing");
     return parts.join(QStringLiteral(", "));
 }

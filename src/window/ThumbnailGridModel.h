@@ -54,6 +54,7 @@ public:
 
 private:
     [[nodiscard]] static QString fileName(const PIPhoto &photo);
+    [[nodiscard]] static QString toolTip(const PIPhoto &photo);
     [[nodiscard]] static QString spokenText(const PIPhoto &photo);
 
     std::shared_ptr<PIFolder> m_folder;

@@ -48,16 +48,24 @@ public:
     /// The captions, marks and file names of the saved library, group by group.
     QString saved() const
     {
+        QString text;
+        withLibrary([&](PhotoLibrary &library) {
+            for (const auto &group : library.groups())
+                text += describe(*group);
+        });
+        return text;
+    }
+
+    /// Shows the saved library, each file where the library file has it.
+    void withLibrary(const std::function<void(PhotoLibrary &)> &show) const
+    {
         QTemporaryDir thumbnails;
         NotificationCenter notifications;
         PathFileFinder finder;
         PhotoLibrary library(thumbnails.path(), finder, notifications);
         LibraryFile::registerTags();
-        const auto result = LibraryFile::load(database(), library);
-        QString text = result.failure;
-        for (const auto &group : library.groups())
-            text += describe(*group);
-        return text;
+        QCOMPARE(LibraryFile::load(database(), library).failure, QString());
+        show(library);
     }
 
     QString log;
@@ -79,10 +87,10 @@ private:
     QProcessEnvironment m_environment;
 };
 
-void makePicture(const QString &path)
+void makePicture(const QString &path, int width = 320)
 {
     QDir().mkpath(QFileInfo(path).path());
-    QImage image(320, 200, QImage::Format_RGB32);
+    QImage image(width, 200, QImage::Format_RGB32);
     image.fill(Qt::darkCyan);
     QVERIFY(image.save(path));
 }
@@ -125,6 +133,46 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(target).isFile() && !QFileInfo(target).isSymLink());
         QVERIFY(QFileInfo::exists(home.path(QStringLiteral("elsewhere/Photo~.xml"))));
         QCOMPARE(home.saved(), QStringLiteral("New Group(New Folder())"));
+    }
+
+    void photosFollowTheirFilesAcrossRuns()
+    {
+        Home home;
+        const auto at = [&home](const char *name) { return home.path(QString::fromUtf8(name)); };
+        const char *names[] = {"Photos/2023/a.png", "Photos/2023/b.png", "Photos/2024/a.png",
+                               "Photos/2024/sub ü/d.png"};
+        for (int i = 0; i < 4; ++i)
+            makePicture(at(names[i]), 300 + i);
+        QCOMPARE(home.run({at("Photos")}), 0);
+        // What each photo shows is its caption from now on.
+        home.withLibrary([&home](PhotoLibrary &library) {
+            library.forEachPhoto([](const std::shared_ptr<PIPhoto> &photo) {
+                photo->setCaption(QString::number(QImage(photo->fileRef()->path()).width()));
+            });
+            QVERIFY(LibraryFile::save(home.database(), library, {}));
+        });
+
+        const auto move = [&at](const char *from, const char *to) {
+            QDir().mkpath(QFileInfo(at(to)).path());
+            QVERIFY2(QFile::rename(at(from), at(to)), from);
+        };
+        move("Photos", "Pictures/Old");
+        move("Pictures/Old/2023/a.png", "Pictures/Old/2024/sub ü/a.png");
+        move("Pictures/Old/2024/a.png", "Pictures/Old/2023/a.png"); // another photo under an old name
+        move("Pictures/Old/2023/b.png", "Pictures/renamed.png");
+        QCOMPARE(home.run({}), 0);
+
+        QStringList places;
+        home.withLibrary([&](PhotoLibrary &library) {
+            library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+                const QString path = photo->fileRef()->path();
+                QCOMPARE(photo->caption(), QString::number(QImage(path).width()));
+                places << path.mid(at("Pictures/").size());
+            });
+        });
+        places.sort();
+        QCOMPARE(places, QStringList({QStringLiteral("Old/2023/a.png"), QString::fromUtf8("Old/2024/sub ü/a.png"),
+                                      QString::fromUtf8("Old/2024/sub ü/d.png"), QStringLiteral("renamed.png")}));
     }
 
     void aDamagedLibraryIsCopiedAside()
