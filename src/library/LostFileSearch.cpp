@@ -4,6 +4,7 @@
 #include "LibraryNotifications.h"
 #include "PhotoLibrary.h"
 
+#include <algorithm>
 #include <utility>
 
 using Doubt = LocatorFileFinder::Doubt;
@@ -93,16 +94,16 @@ bool isTold(const BookmarkResolution &resolution)
 void LostFileSearch::take(const Stage &stage, const QList<SearchedFile> &files)
 {
     for (const SearchedFile &searched : files) {
-        const QString &guid = searched.file.guid;
-        if (isTold(searched.resolution)) {
-            m_soughtInVain.remove(guid);
-        } else if (&stage == &m_far) {
-            giveUp(searched.file);
-        } else if (!m_soughtInVain.contains(guid)) {
+        if (isTold(searched.resolution))
+            continue;
+        if (&stage == &m_far)
+            m_summary.missing += searched.file.doubt != Doubt::Changed;
+        else if (searched.file.isNew)
             m_rest.append(searched.file);
-        }
     }
-    follow(files);
+    QList<SearchedFile> settled = files;
+    settled.removeIf([](const SearchedFile &file) { return file.resolution.status == Status::Unsearched; });
+    follow(settled);
 }
 
 void LostFileSearch::follow(const QList<SearchedFile> &files)
@@ -171,14 +172,8 @@ void LostFileSearch::walkForRest()
     const Files rest = std::exchange(m_rest, {});
     if (!m_summary.cancelled)
         return run(m_far, rest);
-    for (const auto &file : rest)
-        giveUp(file);
-}
-
-void LostFileSearch::giveUp(const LocatorFileFinder::Unsettled &file)
-{
-    m_soughtInVain.insert(file.guid);
-    m_summary.missing += file.doubt != Doubt::Changed;
+    m_summary.missing +=
+        std::count_if(rest.cbegin(), rest.cend(), [](const auto &file) { return file.doubt != Doubt::Changed; });
 }
 
 QSet<QString> LostFileSearch::pathsInUse() const

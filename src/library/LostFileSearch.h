@@ -69,7 +69,6 @@ private:
     void tellPhotos(const QSet<const PIFileRef *> &moved, const QSet<const PIFileRef *> &rewritten) const;
     void end(Stage &stage);
     void walkForRest();
-    void giveUp(const LocatorFileFinder::Unsettled &file);
     [[nodiscard]] QSet<QString> pathsInUse() const;
 
     PhotoLibrary &m_library;
@@ -79,8 +78,7 @@ private:
     Moved m_moved;
     Finished m_finished;
     Summary m_summary;
-    Files m_rest;                 ///< not found near their old places
-    QSet<QString> m_soughtInVain; ///< guids of files that the last walk did not find
+    Files m_rest;                 ///< not found near their old places, and to be walked for
     std::shared_ptr<Link> m_link; ///< leads a worker's results here, as long as there is a here
     Stage m_near;
     Stage m_far;

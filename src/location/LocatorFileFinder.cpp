@@ -44,7 +44,7 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
         return relocate(guid, path);
     const auto doubt = doubtAbout(*locator, m_bookmarks);
     if (!doubt) {
-        m_away.remove(guid);
+        noteFound(guid);
         return {true, locator->path()};
     }
     if (m_search == Search::Later) {
@@ -61,7 +61,7 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
 FoundFile LocatorFileFinder::relocate(const QString &guid, const QString &path)
 {
     m_unsettled.remove(guid);
-    m_away.remove(guid);
+    noteFound(guid);
     const auto prepared = std::exchange(m_prepared, {});
     const bool isReady = prepared && prepared->path == path;
     QVFileLocator locator = isReady ? QVFileLocator(path, prepared->bookmark) : QVFileLocator(path, m_bookmarks);
@@ -116,18 +116,29 @@ QString LocatorFileFinder::mountPoint(const QString &guid) const
 void LocatorFileFinder::note(const QString &guid, Doubt doubt)
 {
     const bool isFirst = m_unsettled.isEmpty();
-    m_unsettled.insert(guid, doubt);
+    const auto earlier = m_unsettled.constFind(guid);
+    const auto before = m_doubtful.constFind(guid);
+    const bool isNew =
+        before == m_doubtful.cend() || *before != doubt || (earlier != m_unsettled.cend() && earlier->isNew);
+    m_unsettled.insert(guid, {guid, doubt, isNew});
+    m_doubtful.insert(guid, doubt);
     if (isFirst && m_noteListener)
         m_noteListener();
+}
+
+void LocatorFileFinder::noteFound(const QString &guid)
+{
+    m_doubtful.remove(guid);
+    m_away.remove(guid);
 }
 
 QList<LocatorFileFinder::Unsettled> LocatorFileFinder::takeUnsettled()
 {
     QList<Unsettled> files;
-    const QHash<QString, Doubt> unsettled = std::exchange(m_unsettled, {});
-    for (auto entry = unsettled.cbegin(); entry != unsettled.cend(); ++entry)
-        if (auto locator = m_manager->locatorForGuid(entry.key()))
-            files.append({entry.key(), *std::move(locator), entry.value()});
+    const auto unsettled = std::exchange(m_unsettled, {});
+    for (const Noted &noted : unsettled)
+        if (auto locator = m_manager->locatorForGuid(noted.guid))
+            files.append({noted.guid, *std::move(locator), noted.doubt, noted.isNew});
     return files;
 }
 
@@ -137,10 +148,10 @@ FoundFile LocatorFileFinder::settle(const Unsettled &file, const BookmarkResolut
     if (present && (present->path() != file.locator.path() || present->bookmark() != file.locator.bookmark()))
         return locate(file.guid, present->path());
     const FoundFile result = takeUp(file, resolution);
+    if (resolution.status == Status::Found || resolution.status == Status::VolumeAway)
+        noteFound(file.guid);
     if (result.volumeAway)
         m_away.insert(file.guid);
-    else
-        m_away.remove(file.guid);
     return result;
 }
 
@@ -148,6 +159,11 @@ FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolut
 {
     QVFileLocator locator = file.locator;
     const bool isChanged = file.doubt == Doubt::Changed;
+    // Nothing is where the file was, and nothing else is known: no bookmark can be made, and there is nothing to tell.
+    const bool isNowhere = resolution.status != Status::Found && resolution.status != Status::VolumeAway &&
+                           file.doubt == Doubt::Lost && !locator.verifyPath(m_bookmarks);
+    if (isNowhere)
+        return {false, locator.path()};
     // A folder that took the place of a photo is not what its locator is to follow.
     if (resolution.status == Status::Found || file.doubt == Doubt::Lost) {
         const auto result = locator.follow(resolution, m_bookmarks);

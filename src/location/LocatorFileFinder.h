@@ -47,6 +47,7 @@ public:
         QString guid;
         QVFileLocator locator;
         Doubt doubt = Doubt::Lost;
+        bool isNew = true; ///< not noted like this before, or found since
     };
     /// Called whenever there is something to take where nothing was before.
     void setNoteListener(std::function<void()> listener) { m_noteListener = std::move(listener); }
@@ -59,9 +60,16 @@ public:
 
 private:
     void note(const QString &guid, Doubt doubt);
+    void noteFound(const QString &guid);
     [[nodiscard]] FoundFile takeUp(const Unsettled &file, const BookmarkResolution &resolution);
     bool store(const QString &guid, const QVFileLocator &locator);
 
+    struct Noted
+    {
+        QString guid;
+        Doubt doubt = Doubt::Lost;
+        bool isNew = true;
+    };
     struct Prepared
     {
         QString path;
@@ -71,8 +79,9 @@ private:
     PILocatorManager *m_manager;
     BookmarkService &m_bookmarks;
     Search m_search;
-    QHash<QString, Doubt> m_unsettled;
-    QSet<QString> m_away; ///< guids of which the last search told that their volume is not mounted
+    QHash<QString, Noted> m_unsettled;
+    QHash<QString, Doubt> m_doubtful; ///< as noted last, for the guids that have not been found since
+    QSet<QString> m_away;             ///< guids of which the last search told that their volume is not mounted
     std::optional<Prepared> m_prepared;
     std::function<void()> m_noteListener;
 };

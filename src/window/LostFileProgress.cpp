@@ -26,6 +26,7 @@ LostFileProgress::LostFileProgress(QStatusBar &bar)
     cancel->setToolTip(tr("Stop looking for moved files. Those not found yet stay marked as missing"));
     cancel->setAccessibleName(tr("Stop looking for moved files"));
     connect(cancel, &QPushButton::clicked, this, &LostFileProgress::cancelled);
+    cancel->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     m_progress->setFixedWidth(kBarWidth);
     m_progress->setTextVisible(false);
     m_progress->setAccessibleName(tr("Moved files found"));
@@ -34,9 +35,13 @@ LostFileProgress::LostFileProgress(QStatusBar &bar)
     row->addWidget(m_text);
     row->addWidget(m_progress);
     row->addWidget(cancel);
+    row->addStretch(1);
     m_delay.setSingleShot(true);
     m_delay.setInterval(kDelay);
-    connect(&m_delay, &QTimer::timeout, this, &QWidget::show);
+    connect(&m_delay, &QTimer::timeout, this, [this] {
+        m_bar.clearMessage();
+        show();
+    });
     bar.addWidget(this);
     hide();
 }

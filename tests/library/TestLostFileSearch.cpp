@@ -89,6 +89,12 @@ private Q_SLOTS:
         QVERIFY(gone->isFileLost());
         QCOMPARE(search(lost).missing, 0); // not told again
         QCOMPARE(m_foldersWalked, 0);
+
+        house.draw("a/gone.png"); // back for a while
+        (void)search(lost);
+        QVERIFY(!gone->isFileLost());
+        house.move("a/gone.png", "b/gone.png");
+        QCOMPARE(search(lost).found, 1);
     }
 
     void cancellingForgoesTheWalk()
