@@ -5,10 +5,17 @@
 #include "PhotoLibrary.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 using Doubt = LocatorFileFinder::Doubt;
 using Status = BookmarkResolution::Status;
+
+namespace {
+
+constexpr std::chrono::milliseconds kRewritingTime(1000);
+
+}
 
 /// Touched on the main thread only.
 struct LostFileSearch::Link
@@ -25,6 +32,9 @@ LostFileSearch::LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder,
     , m_far(QStringLiteral("hmphoto.lostFilesFar"))
 {
     m_link->search = this;
+    m_tellOfRewritten.setSingleShot(true);
+    m_tellOfRewritten.setInterval(kRewritingTime);
+    QObject::connect(&m_tellOfRewritten, &QTimer::timeout, &m_tellOfRewritten, [this] { tellOfRewritten(); });
 }
 
 LostFileSearch::~LostFileSearch()
@@ -108,8 +118,7 @@ void LostFileSearch::take(const Stage &stage, const QList<SearchedFile> &files)
 
 void LostFileSearch::follow(const QList<SearchedFile> &files)
 {
-    QSet<const PIFileRef *> moved;
-    QSet<const PIFileRef *> rewritten;
+    QSet<QString> shownAnew;
     qsizetype found = 0;
     for (const SearchedFile &searched : files) {
         const auto ref = m_library.fileRefs().fileRefForGuid(searched.file.guid);
@@ -124,30 +133,37 @@ void LostFileSearch::follow(const QList<SearchedFile> &files)
         if (isReplaced)
             m_library.notifications().post(kFileChangeNotification, ref);
         if (isReplaced || isElsewhere || ref->isFileLost() == before.found || ref->isVolumeAway() != before.volumeAway)
-            moved.insert(ref.get());
+            shownAnew.insert(ref->guid());
         else if (place.contentChanged)
-            rewritten.insert(ref.get());
+            m_rewritten.insert(ref->guid());
     }
     m_summary.found += found;
-    tellPhotos(moved, rewritten);
+    tellPhotos(shownAnew, [this](PIPhoto &photo) {
+        if (!photo.isFileLost())
+            m_library.thumbnails().fileFound(photo);
+    });
+    if (!m_rewritten.isEmpty() && !m_tellOfRewritten.isActive())
+        m_tellOfRewritten.start();
     if (found > 0 && m_moved)
         m_moved();
 }
 
-void LostFileSearch::tellPhotos(const QSet<const PIFileRef *> &moved, const QSet<const PIFileRef *> &rewritten) const
+void LostFileSearch::tellOfRewritten()
 {
-    if (moved.isEmpty() && rewritten.isEmpty())
+    tellPhotos(std::exchange(m_rewritten, {}),
+               [this](PIPhoto &photo) { m_library.thumbnails().updateForFilters(photo); });
+}
+
+void LostFileSearch::tellPhotos(const QSet<QString> &files, const std::function<void(PIPhoto &)> &tell) const
+{
+    if (files.isEmpty())
         return;
-    for (const PIFileRef *ref : moved + rewritten)
-        m_library.imageCache().storeImage({}, ref->guid());
+    for (const QString &guid : files)
+        m_library.imageCache().storeImage({}, guid);
     m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        const bool isRewritten = rewritten.contains(photo->fileRef().get());
-        if (!isRewritten && !moved.contains(photo->fileRef().get()))
+        if (!photo->fileRef() || !files.contains(photo->fileRef()->guid()))
             return;
-        if (isRewritten)
-            m_library.thumbnails().updateForFilters(*photo);
-        else if (!photo->isFileLost())
-            m_library.thumbnails().fileFound(*photo);
+        tell(*photo);
         m_library.notifications().post(kThumbnailNotification, photo);
     });
 }

@@ -5,13 +5,14 @@
 #include "LocatorFileFinder.h"
 
 #include <QSet>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
 #include <stop_token>
 
 class PhotoLibrary;
-class PIFileRef;
+class PIPhoto;
 
 /// Looks in the background for the files that are not where they were, and lets the library's references and photos
 /// follow what is found, batch by batch. All are first looked for near their old places, which is quick; the rest
@@ -66,7 +67,8 @@ private:
     void run(Stage &stage, const Files &files);
     void take(const Stage &stage, const QList<SearchedFile> &files);
     void follow(const QList<SearchedFile> &files);
-    void tellPhotos(const QSet<const PIFileRef *> &moved, const QSet<const PIFileRef *> &rewritten) const;
+    void tellPhotos(const QSet<QString> &files, const std::function<void(PIPhoto &)> &tell) const;
+    void tellOfRewritten();
     void end(Stage &stage);
     void walkForRest();
     [[nodiscard]] QSet<QString> pathsInUse() const;
@@ -78,6 +80,8 @@ private:
     Moved m_moved;
     Finished m_finished;
     Summary m_summary;
+    QSet<QString> m_rewritten;    ///< guids of files that have a new content
+    QTimer m_tellOfRewritten;     ///< a file may be written for a while: it is not to be read again all the time
     Files m_rest;                 ///< not found near their old places, and to be walked for
     std::shared_ptr<Link> m_link; ///< leads a worker's results here, as long as there is a here
     Stage m_near;

@@ -76,13 +76,13 @@ void PIDetailFileVC::build()
     auto *form = new QFormLayout(this);
     form->setContentsMargins(12, 4, 12, 10);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->addRow(m_missing);
+    form->addRow(buttons);
     form->addRow(tr("Name:"), m_name);
     form->addRow(tr("Folder:"), place);
     form->addRow(tr("Pixels:"), m_photoSize);
     form->addRow(tr("Size:"), m_fileSize);
     form->addRow(tr("Date:"), m_date);
-    form->addRow(m_missing);
-    form->addRow(buttons);
 }
 
 void PIDetailFileVC::selectionChanged()
@@ -201,6 +201,8 @@ void PIDetailFileVC::setDate()
     if (missingFile())
         return;
     const QDateTime date = m_date->dateTime();
+    if (date == m_date->minimumDateTime())
+        return; // unknown, and not given
     if (date.toSecsSinceEpoch() == static_cast<qint64>(photo()->fileRef()->creationTime()))
         return;
     QString reason;
