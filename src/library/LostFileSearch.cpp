@@ -13,7 +13,21 @@ using Status = BookmarkResolution::Status;
 
 namespace {
 
+constexpr std::chrono::milliseconds kTellingTime(200);
 constexpr std::chrono::milliseconds kRewritingTime(1000);
+
+void prepare(QTimer &timer, std::chrono::milliseconds time, const std::function<void()> &call)
+{
+    timer.setSingleShot(true);
+    timer.setInterval(time);
+    QObject::connect(&timer, &QTimer::timeout, &timer, call);
+}
+
+void startUnlessActive(QTimer &timer)
+{
+    if (!timer.isActive())
+        timer.start();
+}
 
 }
 
@@ -32,9 +46,8 @@ LostFileSearch::LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder,
     , m_far(QStringLiteral("hmphoto.lostFilesFar"))
 {
     m_link->search = this;
-    m_tellOfRewritten.setSingleShot(true);
-    m_tellOfRewritten.setInterval(kRewritingTime);
-    QObject::connect(&m_tellOfRewritten, &QTimer::timeout, &m_tellOfRewritten, [this] { tellOfRewritten(); });
+    prepare(m_tellOfFound, kTellingTime, [this] { tellOfFound(); });
+    prepare(m_tellOfRewritten, kRewritingTime, [this] { tellOfRewritten(); });
 }
 
 LostFileSearch::~LostFileSearch()
@@ -118,8 +131,6 @@ void LostFileSearch::take(const Stage &stage, const QList<SearchedFile> &files)
 
 void LostFileSearch::follow(const QList<SearchedFile> &files)
 {
-    QSet<QString> shownAnew;
-    qsizetype found = 0;
     for (const SearchedFile &searched : files) {
         const auto ref = m_library.fileRefs().fileRefForGuid(searched.file.guid);
         if (!ref)
@@ -129,22 +140,30 @@ void LostFileSearch::follow(const QList<SearchedFile> &files)
         ref->take(place);
         const bool isElsewhere = ref->path() != before.path;
         const bool isReplaced = place.contentChanged && searched.resolution.status == Status::Missing;
-        found += isElsewhere;
+        m_summary.found += isElsewhere;
         if (isReplaced)
             m_library.notifications().post(kFileChangeNotification, ref);
         if (isReplaced || isElsewhere || ref->isFileLost() == before.found || ref->isVolumeAway() != before.volumeAway)
-            shownAnew.insert(ref->guid());
+            m_shownAnew.insert(ref.get());
         else if (place.contentChanged)
-            m_rewritten.insert(ref->guid());
+            m_rewritten.insert(ref.get());
     }
-    m_summary.found += found;
-    tellPhotos(shownAnew, [this](PIPhoto &photo) {
+    if (!m_shownAnew.isEmpty())
+        startUnlessActive(m_tellOfFound);
+    if (!m_rewritten.isEmpty())
+        startUnlessActive(m_tellOfRewritten);
+}
+
+void LostFileSearch::tellOfFound()
+{
+    m_tellOfFound.stop();
+    if (m_shownAnew.isEmpty())
+        return;
+    tellPhotos(std::exchange(m_shownAnew, {}), [this](PIPhoto &photo) {
         if (!photo.isFileLost())
             m_library.thumbnails().fileFound(photo);
     });
-    if (!m_rewritten.isEmpty() && !m_tellOfRewritten.isActive())
-        m_tellOfRewritten.start();
-    if (found > 0 && m_moved)
+    if (m_moved)
         m_moved();
 }
 
@@ -154,14 +173,12 @@ void LostFileSearch::tellOfRewritten()
                [this](PIPhoto &photo) { m_library.thumbnails().updateForFilters(photo); });
 }
 
-void LostFileSearch::tellPhotos(const QSet<QString> &files, const std::function<void(PIPhoto &)> &tell) const
+void LostFileSearch::tellPhotos(const QSet<const PIFileRef *> &files, const std::function<void(PIPhoto &)> &tell) const
 {
-    if (files.isEmpty())
-        return;
-    for (const QString &guid : files)
-        m_library.imageCache().storeImage({}, guid);
+    for (const PIFileRef *ref : files)
+        m_library.imageCache().storeImage({}, ref->guid());
     m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        if (!photo->fileRef() || !files.contains(photo->fileRef()->guid()))
+        if (!files.contains(photo->fileRef().get()))
             return;
         tell(*photo);
         m_library.notifications().post(kThumbnailNotification, photo);
@@ -176,6 +193,7 @@ void LostFileSearch::end(Stage &stage)
     walkForRest();
     if (isRunning())
         return;
+    tellOfFound();
     const Summary summary = std::exchange(m_summary, {});
     if (m_finished && (summary.found > 0 || summary.missing > 0))
         m_finished(summary);

@@ -12,6 +12,7 @@
 #include <stop_token>
 
 class PhotoLibrary;
+class PIFileRef;
 class PIPhoto;
 
 /// Looks in the background for the files that are not where they were, and lets the library's references and photos
@@ -30,7 +31,7 @@ public:
 
     /// Called a few times a second while a walk is under way.
     using Progress = std::function<void(const Summary &soFar, const BookmarkProgress &walk)>;
-    /// Called after each batch from which some files were found elsewhere.
+    /// Called a few times a second while files are found.
     using Moved = std::function<void()>;
     /// Called when nothing is left to look for.
     using Finished = std::function<void(const Summary &)>;
@@ -67,8 +68,9 @@ private:
     void run(Stage &stage, const Files &files);
     void take(const Stage &stage, const QList<SearchedFile> &files);
     void follow(const QList<SearchedFile> &files);
-    void tellPhotos(const QSet<QString> &files, const std::function<void(PIPhoto &)> &tell) const;
+    void tellOfFound();
     void tellOfRewritten();
+    void tellPhotos(const QSet<const PIFileRef *> &files, const std::function<void(PIPhoto &)> &tell) const;
     void end(Stage &stage);
     void walkForRest();
     [[nodiscard]] QSet<QString> pathsInUse() const;
@@ -80,10 +82,12 @@ private:
     Moved m_moved;
     Finished m_finished;
     Summary m_summary;
-    QSet<QString> m_rewritten;    ///< guids of files that have a new content
-    QTimer m_tellOfRewritten;     ///< a file may be written for a while: it is not to be read again all the time
-    Files m_rest;                 ///< not found near their old places, and to be walked for
-    std::shared_ptr<Link> m_link; ///< leads a worker's results here, as long as there is a here
+    QSet<const PIFileRef *> m_shownAnew; ///< found, or lost for another reason than was thought; references stay
+    QTimer m_tellOfFound;                ///< what tells photos goes through the whole library
+    QSet<const PIFileRef *> m_rewritten; ///< with a new content
+    QTimer m_tellOfRewritten;            ///< a file may be written for a while: it is not to be read again all the time
+    Files m_rest;                        ///< not found near their old places, and to be walked for
+    std::shared_ptr<Link> m_link;        ///< leads a worker's results here, as long as there is a here
     Stage m_near;
     Stage m_far;
 };
