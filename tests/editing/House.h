@@ -6,7 +6,10 @@
 #include "LibraryEditor.h"
 #include "PhotoLibrary.h"
 
+#include <QCoreApplication>
+#include <QHash>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <functional>
 
@@ -39,6 +42,15 @@ struct WatchedFinder final : FileFinder
     }
     FoundFile relocate(const QString &guid, const QString &path) override { return m_paths.relocate(guid, path); }
     void trimUnusedFiles(const QStringList &) override {}
+    Preparation preparation() override
+    {
+        return [](const QString &path) -> QByteArray {
+            const bool isMain = QThread::currentThread() == QCoreApplication::instance()->thread();
+            return (isMain ? "main " : "worker ") + path.toUtf8();
+        };
+    }
+    void usePrepared(const QString &path, const QByteArray &prepared) override { handedOver.insert(path, prepared); }
+    QHash<QString, QByteArray> handedOver;
 
 private:
     PathFileFinder m_paths;

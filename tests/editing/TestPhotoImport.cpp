@@ -61,6 +61,9 @@ private Q_SLOTS:
         QCOMPARE(trip->folders().first()->photos().size(), 2);
         QCOMPARE(house.a->photos().size(), 1);
         QVERIFY(!house.a->photos().first()->isFileLost());
+        // What takes long about a file was done on the worker.
+        const QString loose = dir.filePath(QStringLiteral("e.jpg"));
+        QCOMPARE(house.finder.handedOver.value(loose), QByteArray("worker " + loose.toUtf8()));
     }
 
     void whatIsClickedMeanwhileDoesNotMoveTheImport()

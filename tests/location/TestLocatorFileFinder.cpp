@@ -259,6 +259,31 @@ private Q_SLOTS:
         QVERIFY(finder.takeUnsettled().isEmpty());
     }
 
+    void whatWasPreparedIsUsedIfItStillHolds_data()
+    {
+        QTest::addColumn<bool>("written");
+        QTest::newRow("as it was") << false;
+        QTest::newRow("written since") << true;
+    }
+    void whatWasPreparedIsUsedIfItStillHolds()
+    {
+        QFETCH(bool, written);
+        const QString guid = QStringLiteral("CCCCCCCC-0000-4000-8000-000000000003");
+        QVERIFY(writeFile(path("p/c.jpg"), "picture c"));
+        LocatorFileFinder finder = this->finder(Search::Later);
+        const QByteArray prepared = finder.preparation()(path("p/c.jpg"));
+        QVERIFY(!written || writeFile(path("p/c.jpg"), "picture c, brighter"));
+        finder.usePrepared(path("p/c.jpg"), prepared);
+        QVERIFY(finder.locate(guid, path("p/c.jpg")).found);
+        QCOMPARE(m_bookmarks.created, written ? 2 : 1);
+        // It belongs to that file, and to no other.
+        finder.usePrepared(path("p/c.jpg"), prepared);
+        QVERIFY(finder.relocate(kA, path("p/a.jpg")).found);
+        QVERIFY(QFile::rename(path("p/c.jpg"), path("q/c.jpg")) && QFile::rename(path("p/a.jpg"), path("q/a.jpg")));
+        QCOMPARE(locateBoth(Search::AtOnce).first, path("q/a.jpg"));
+        QCOMPARE(this->finder(Search::AtOnce).locate(guid, {}).path, path("q/c.jpg"));
+    }
+
     void withoutADatabaseThePathIsBelieved()
     {
         LocatorFileFinder finder(nullptr, m_bookmarks, Search::Later);

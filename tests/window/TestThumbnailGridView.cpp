@@ -372,6 +372,12 @@ private Q_SLOTS:
         QCOMPARE(first.data(Qt::ToolTipRole).toString(), QStringLiteral("my [photo].jpg"));
         QCOMPARE(first.data(ThumbnailGridModel::LostRole).toBool(), false);
         QCOMPARE(model.index(1).data(ThumbnailGridModel::LostRole).toBool(), true);
+
+        photo->fileRef()->setFileLost(true);
+        QCOMPARE(first.data(Qt::ToolTipRole).toString(), QStringLiteral("my [photo].jpg\nFile missing"));
+        photo->fileRef()->setVolumeAway(true);
+        QCOMPARE(first.data(Qt::ToolTipRole).toString(), QStringLiteral("my [photo].jpg\nVolume not mounted"));
+        QVERIFY(first.data(Qt::AccessibleTextRole).toString().endsWith(QStringLiteral(", volume not mounted")));
         model.learnDate(1);
         QVERIFY(model.isDateKnown(1));
         QVERIFY(!model.isDateKnown(0));
