@@ -58,7 +58,7 @@ private:
     struct Stage
     {
         explicit Stage(const QString &label)
-            : queue(label, 1)
+            : queue(label, 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
         {}
         bool running = false;
         std::stop_source stop;
