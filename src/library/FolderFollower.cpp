@@ -106,7 +106,6 @@ void FolderFollower::takeUpEvents()
     });
     for (PIFileRef *file : std::as_const(written))
         m_library.notifications().post(kFileChangeNotification, file);
-    tell(written);
     lookAt(touched);
 }
 

@@ -143,9 +143,9 @@ void LostFileSearch::follow(const QList<SearchedFile> &files)
         m_summary.found += isElsewhere;
         if (isReplaced)
             m_library.notifications().post(kFileChangeNotification, ref);
-        if (isReplaced || isElsewhere || ref->isFileLost() == before.found || ref->isVolumeAway() != before.volumeAway)
+        if (isElsewhere || ref->isFileLost() == before.found || ref->isVolumeAway() != before.volumeAway)
             m_shownAnew.insert(ref.get());
-        else if (place.contentChanged)
+        else if (place.contentChanged && !isReplaced)
             m_rewritten.insert(ref.get());
     }
     if (!m_shownAnew.isEmpty())

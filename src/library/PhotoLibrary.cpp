@@ -34,8 +34,10 @@ void PhotoLibrary::fileChanged(const PIFileRef &fileRef)
         if (photo->fileRef().get() == &fileRef)
             photos.insert(photo.get());
     });
-    for (PIPhoto *photo : std::as_const(photos))
+    for (PIPhoto *photo : std::as_const(photos)) {
         m_thumbnails.fileChanged(*photo);
+        m_notifications.post(kThumbnailNotification, photo); // what shows it has the old picture
+    }
 }
 
 void PhotoLibrary::setDirty(bool dirty)

@@ -122,7 +122,7 @@ void ThumbnailMaker::fileChanged(PIPhoto &photo)
 
 void ThumbnailMaker::fileFound(PIPhoto &photo)
 {
-    if (photo.isWaitingForThumbnail() && !m_inFlight.contains(photo.guid()))
+    if (photo.isWaitingForThumbnail()) // also while a job is under way, which may look at the former place
         updateForFilters(photo);
 }
 
