@@ -19,11 +19,6 @@ FoundFile examine(const QString &path)
 
 void FileFinder::usePrepared(const QString &, const QByteArray &) {}
 
-QString FileFinder::mountPoint(const QString &) const
-{
-    return {};
-}
-
 FoundFile PathFileFinder::locate(const QString &, const QString &path)
 {
     return examine(path);

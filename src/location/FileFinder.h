@@ -40,9 +40,6 @@ public:
     [[nodiscard]] virtual Preparation preparation() { return {}; }
     /// Hands over what the preparation gave for the file that is located next.
     virtual void usePrepared(const QString &path, const QByteArray &prepared);
-
-    /// Where the volume of the file was mounted, to tell people which one is away; empty when that is not known.
-    [[nodiscard]] virtual QString mountPoint(const QString &guid) const;
 };
 
 /// Believes the path alone: a file is where it was, or it is lost.

@@ -107,12 +107,6 @@ void LocatorFileFinder::usePrepared(const QString &path, const QByteArray &prepa
         m_prepared = Prepared{path, prepared};
 }
 
-QString LocatorFileFinder::mountPoint(const QString &guid) const
-{
-    const auto locator = m_manager ? m_manager->locatorForGuid(guid) : std::nullopt;
-    return locator ? FileBookmark::mountPoint(locator->bookmark()) : QString();
-}
-
 void LocatorFileFinder::note(const QString &guid, Doubt doubt)
 {
     const bool isFirst = m_unsettled.isEmpty();

@@ -34,7 +34,6 @@ public:
     void save() override;
     [[nodiscard]] Preparation preparation() override;
     void usePrepared(const QString &path, const QByteArray &prepared) override;
-    [[nodiscard]] QString mountPoint(const QString &guid) const override;
 
     /// Why the path of a locator does not tell where its file is.
     enum class Doubt {

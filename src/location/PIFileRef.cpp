@@ -1,5 +1,6 @@
 #include "PIFileRef.h"
 
+#include "FileBookmark.h"
 #include "FileDates.h"
 #include "FileFinder.h"
 #include "ImageCache.h"
@@ -70,7 +71,7 @@ void PIFileRef::update(From from)
 
 QString PIFileRef::mountPoint() const
 {
-    return m_environment.finder->mountPoint(m_guid);
+    return FileBookmark::mountPoint(m_environment.finder->bookmark(m_guid));
 }
 
 bool PIFileRef::verify()
