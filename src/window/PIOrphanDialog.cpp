@@ -41,6 +41,7 @@ PIOrphanDialog::PIOrphanDialog(Orphans orphans, PixelPool &pool, QWidget *parent
     connect(m_reattach, &QCheckBox::clicked, this,
             [this](bool reattach) { m_model->setReattached(selectedRow(), reattach); });
     selectionChanged();
+    m_table->setCurrentIndex(m_model->index(0, OrphanTableModel::Name));
 }
 
 void PIOrphanDialog::build()
@@ -114,11 +115,16 @@ QWidget *PIOrphanDialog::buildPreview()
 
 QString PIOrphanDialog::summary() const
 {
-    QString text = tr("%n photo files in “%1” are not in the library.", nullptr, static_cast<int>(m_orphans->count()))
-                       .arg(QVString::abbreviateHomeFolderPath(m_orphans->folder()));
-    if (m_orphans->missingCount() > 0)
-        text += u' ' + tr("%n of them are missing photos, which show their files again when they are re-attached.",
-                          nullptr, m_orphans->missingCount());
+    const int count = static_cast<int>(m_orphans->count());
+    const int missing = m_orphans->missingCount();
+    const QString folder = QVString::abbreviateHomeFolderPath(m_orphans->folder());
+    QString text = count == 1 ? tr("1 photo file in “%1” is not in the library.").arg(folder)
+                              : tr("%n photo files in “%1” are not in the library.", nullptr, count).arg(folder);
+    if (missing == 1)
+        text += u' ' + (count == 1 ? tr("A photo of the library misses it.")
+                                   : tr("A photo of the library misses one of them."));
+    else if (missing > 1)
+        text += u' ' + tr("Photos of the library miss %n of them.", nullptr, missing);
     return text;
 }
 
