@@ -67,8 +67,11 @@ PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QSt
     if (claim != Launch::Running)
         return claim;
 
-    m_locators = PILocatorManager::open(m_paths.libraryFolder);
-    m_fileFinder = std::make_unique<LocatorFileFinder>(m_locators.get(), m_bookmarks, LocatorFileFinder::Search::Later);
+    m_openingLocators =
+        std::async(std::launch::async, [folder = m_paths.libraryFolder] { return PILocatorManager::open(folder); });
+    m_fileFinder = std::make_unique<LocatorFileFinder>([this] { return locators(); }, m_bookmarks,
+                                                       LocatorFileFinder::Search::Later);
+    m_fileFinder->postpone();
     m_library = std::make_unique<PhotoLibrary>(m_paths.thumbnailFolder, *m_fileFinder, m_notifications);
     m_library->thumbnails().setPlaceholder(
         renderSvg(QStringLiteral(":/MissingThumbnail.svg"), kPlaceholderSize, Qt::gray));
@@ -78,6 +81,13 @@ PIAppController::Launch PIAppController::applicationDidFinishLaunching(const QSt
     observeTermination();
     m_launched = true;
     return Launch::Running;
+}
+
+PILocatorManager *PIAppController::locators()
+{
+    if (m_openingLocators.valid())
+        m_locators = m_openingLocators.get();
+    return m_locators.get();
 }
 
 PIAppController::Launch PIAppController::claimLibrary(const QStringList &files)
@@ -226,8 +236,8 @@ void PIAppController::applicationWillTerminate()
     m_follower.reset();
     m_windowController.reset(); // writes preferences of its own
     m_defaults->setValue(kHasRun, true);
-    if (m_locators)
-        m_locators->close();
+    if (PILocatorManager *stored = locators())
+        stored->close();
     writeExportPreferences(*m_defaults);
     if (!m_defaults->synchronize())
         LogString("Can't write preferences %@", UserDefaults::standardPath());

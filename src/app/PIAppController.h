@@ -12,6 +12,7 @@
 #include <QThreadPool>
 
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -79,6 +80,8 @@ private:
     PIAppController();
 
     [[nodiscard]] Launch claimLibrary(const QStringList &files);
+    /// Waits for them if need be; null when there are none.
+    [[nodiscard]] PILocatorManager *locators();
     void readPreferences();
     void observeTermination();
     void commitData(QSessionManager &session);
@@ -88,6 +91,7 @@ private:
 
     NotificationCenter m_notifications;
     FileBookmarkService m_bookmarks;
+    std::future<std::unique_ptr<PILocatorManager>> m_openingLocators; ///< read beside the library
     std::unique_ptr<PILocatorManager> m_locators; ///< null when the database cannot be opened: nothing is stored then
     std::unique_ptr<LocatorFileFinder> m_fileFinder;
     QThreadPool m_operationQueue;

@@ -1,5 +1,7 @@
 #include "LibraryFollower.h"
 
+#include "LibraryNotifications.h"
+#include "LocatorCheck.h"
 #include "PhotoLibrary.h"
 
 #include <QSet>
@@ -13,6 +15,12 @@ constexpr std::chrono::milliseconds kMountTime(200);
 
 }
 
+/// Touched on the main thread only.
+struct LibraryFollower::Link
+{
+    LibraryFollower *follower = nullptr;
+};
+
 LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finder, const BookmarkOptions &options,
                                  QObject *parent)
     : QObject(parent)
@@ -20,6 +28,8 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     , m_finder(finder)
     , m_folder(library)
     , m_search(library, finder, options)
+    , m_link(std::make_shared<Link>(Link{this}))
+    , m_checkQueue(QStringLiteral("hmphoto.fileCheck"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
 {
     m_searchSoon.setSingleShot(true);
     m_searchSoon.setInterval(kNoteTime);
@@ -40,6 +50,8 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
 
 LibraryFollower::~LibraryFollower()
 {
+    m_link->follower = nullptr;
+    m_stopCheck.request_stop();
     m_finder.setNoteListener({});
 }
 
@@ -55,6 +67,52 @@ void LibraryFollower::setFolder(const std::shared_ptr<PIFolder> &folder)
 void LibraryFollower::begin()
 {
     m_begun = true;
+    const LocatorCheck check = m_finder.takePostponed();
+    if (check.isEmpty())
+        return endCheck();
+    m_isChecking = true;
+    const auto toHere = [link = m_link](auto deliver) {
+        runOnMain([link, deliver] {
+            if (link->follower)
+                deliver(*link->follower);
+        });
+    };
+    m_checkQueue.async([toHere, check, stop = m_stopCheck.get_token()] {
+        check.run(stop, [&](const QList<CheckedFile> &files) {
+            toHere([files](LibraryFollower &follower) { follower.takeChecked(files); });
+        });
+        toHere([unused = check.unusedGuids()](LibraryFollower &follower) {
+            follower.m_finder.forget(unused);
+            follower.endCheck();
+        });
+    });
+}
+
+void LibraryFollower::takeChecked(const QList<CheckedFile> &files)
+{
+    for (const CheckedFile &file : files) {
+        const auto ref = m_library.fileRefs().fileRefForGuid(file.guid);
+        const auto place = ref ? m_finder.takeChecked(file) : std::nullopt;
+        if (!place)
+            continue;
+        if (place->path != ref->path() || place->found == ref->isFileLost())
+            m_shownAnew.insert(ref.get());
+        ref->take(*place);
+    }
+}
+
+/// What is missing is looked for with one walk, so this waits until all of it is known.
+void LibraryFollower::endCheck()
+{
+    m_isChecking = false;
+    const auto changed = std::exchange(m_shownAnew, {});
+    if (!changed.isEmpty()) {
+        m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+            if (changed.contains(photo->fileRef().get()))
+                m_library.notifications().post(kThumbnailNotification, photo);
+        });
+        m_folder.watchAgain();
+    }
     m_finder.setNoteListener([this] { m_searchSoon.start(); });
     if (m_finder.hasUnsettled())
         m_searchSoon.start();

@@ -5,7 +5,11 @@
 #include "MountWatcher.h"
 
 #include <QObject>
+#include <QSet>
 #include <QTimer>
+
+#include <memory>
+#include <stop_token>
 
 /// Lets a library follow its files for as long as the program runs: what was found missing is looked for in the
 /// background, the folder on show is watched, and photos of a volume that was away come back with it. Main thread.
@@ -22,12 +26,13 @@ public:
     /// The folder whose files are watched. One that was not shown before is looked through, too, once following has
     /// begun.
     void setFolder(const std::shared_ptr<PIFolder> &folder);
-    /// To be called once the window is up: files that were noted as missing are looked for from now on.
+    /// To be called once the window is up: the files that were not looked at yet are, in the background, and those
+    /// that are missing are looked for from now on.
     void begin();
     /// Looks at every file of the folder, as when the window comes to the front after others were used.
     void lookAgain();
     void cancelSearch() { m_search.cancel(); }
-    [[nodiscard]] bool isSearching() const { return m_search.isRunning() || m_searchSoon.isActive(); }
+    [[nodiscard]] bool isSearching() const { return m_isChecking || m_search.isRunning() || m_searchSoon.isActive(); }
 
 Q_SIGNALS:
     /// A walk is under way: so many files were found, and so many are looked for.
@@ -36,6 +41,9 @@ Q_SIGNALS:
 
 private:
     void lookAtAbsent();
+    struct Link;
+    void takeChecked(const QList<CheckedFile> &files);
+    void endCheck();
 
     PhotoLibrary &m_library;
     LocatorFileFinder &m_finder;
@@ -45,4 +53,10 @@ private:
     QTimer m_searchSoon; ///< what is noted in one go is looked for in one go
     QTimer m_mountsSettle;
     bool m_begun = false;
+
+    bool m_isChecking = false;
+    QSet<const PIFileRef *> m_shownAnew; ///< whose state the check has changed so far
+    std::stop_source m_stopCheck;
+    std::shared_ptr<Link> m_link; ///< leads the worker's results here, as long as there is a here
+    DispatchQueue m_checkQueue;
 };

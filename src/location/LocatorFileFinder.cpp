@@ -2,6 +2,7 @@
 
 #include "BookmarkService.h"
 #include "FileBookmark.h"
+#include "LocatorCheck.h"
 #include "PILocatorManager.h"
 
 #include <utility>
@@ -14,12 +15,22 @@ LocatorFileFinder::LocatorFileFinder(PILocatorManager *manager, BookmarkService 
     , m_search(search)
 {}
 
-namespace {
+LocatorFileFinder::LocatorFileFinder(std::function<PILocatorManager *()> manager, BookmarkService &bookmarks,
+                                     Search search)
+    : m_source(std::move(manager))
+    , m_bookmarks(bookmarks)
+    , m_search(search)
+{}
 
-using Doubt = LocatorFileFinder::Doubt;
+PILocatorManager *LocatorFileFinder::manager()
+{
+    if (m_source)
+        m_manager = std::exchange(m_source, {})();
+    return m_manager;
+}
 
-/// Nothing when the file is surely where the path leads.
-std::optional<Doubt> doubtAbout(QVFileLocator &locator, BookmarkService &bookmarks)
+std::optional<LocatorFileFinder::Doubt> LocatorFileFinder::doubtAbout(QVFileLocator &locator,
+                                                                      BookmarkService &bookmarks)
 {
     const auto here = locator.verifyPath(bookmarks);
     if (!here)
@@ -28,6 +39,10 @@ std::optional<Doubt> doubtAbout(QVFileLocator &locator, BookmarkService &bookmar
         return Doubt::Occupied;
     return here->bookmarkOutdated ? std::optional(Doubt::Changed) : std::nullopt;
 }
+
+namespace {
+
+using Doubt = LocatorFileFinder::Doubt;
 
 /// A file that stands at the path is what people expect there, unless the very file that was meant is elsewhere.
 BookmarkOptions::Copies copiesFor(Doubt doubt)
@@ -39,7 +54,11 @@ BookmarkOptions::Copies copiesFor(Doubt doubt)
 
 FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
 {
-    auto locator = m_manager ? m_manager->locatorForGuid(guid) : std::nullopt;
+    if (m_isPostponing) {
+        m_postponed.append({guid, path});
+        return {true, path};
+    }
+    auto locator = manager() ? m_manager->locatorForGuid(guid) : std::nullopt;
     if (!locator)
         return relocate(guid, path);
     const auto doubt = doubtAbout(*locator, m_bookmarks);
@@ -76,19 +95,48 @@ FoundFile LocatorFileFinder::relocate(const QString &guid, const QString &path)
 
 void LocatorFileFinder::trimUnusedFiles(const QStringList &guidsInUse)
 {
-    if (m_manager)
+    if (m_isPostponing)
+        m_guidsInUse = guidsInUse;
+    else if (manager())
         m_manager->trimUnusedFiles(guidsInUse);
+}
+
+LocatorCheck LocatorFileFinder::takePostponed()
+{
+    m_isPostponing = false;
+    return {std::exchange(m_postponed, {}), std::exchange(m_guidsInUse, {}),
+            manager() ? m_manager->snapshot() : LocatorSnapshot(), m_bookmarks};
+}
+
+void LocatorFileFinder::forget(const QStringList &guids)
+{
+    if (manager())
+        m_manager->forget(guids);
+}
+
+std::optional<FoundFile> LocatorFileFinder::takeChecked(const CheckedFile &file)
+{
+    if (file.newBookmark) {
+        if (manager() && m_manager->locatorForGuid(file.guid))
+            return locate(file.guid, file.path); // it came by another way meanwhile
+        usePrepared(file.path, *file.newBookmark);
+        return relocate(file.guid, file.path);
+    }
+    if (!file.doubt)
+        return locate(file.guid, file.path);
+    note(file.guid, *file.doubt);
+    return {};
 }
 
 QByteArray LocatorFileFinder::bookmark(const QString &guid)
 {
-    const auto locator = m_manager ? m_manager->locatorForGuid(guid) : std::nullopt;
+    const auto locator = manager() ? m_manager->locatorForGuid(guid) : std::nullopt;
     return locator ? locator->bookmark() : QByteArray();
 }
 
 void LocatorFileFinder::save()
 {
-    if (m_manager)
+    if (manager())
         m_manager->save();
 }
 
@@ -138,7 +186,7 @@ QList<LocatorFileFinder::Unsettled> LocatorFileFinder::takeUnsettled()
 
 FoundFile LocatorFileFinder::settle(const Unsettled &file, const BookmarkResolution &resolution)
 {
-    const auto present = m_manager ? m_manager->locatorForGuid(file.guid) : std::nullopt;
+    const auto present = manager() ? m_manager->locatorForGuid(file.guid) : std::nullopt;
     if (present && (present->path() != file.locator.path() || present->bookmark() != file.locator.bookmark()))
         return locate(file.guid, present->path());
     const FoundFile result = takeUp(file, resolution);
@@ -174,7 +222,7 @@ FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolut
 
 bool LocatorFileFinder::store(const QString &guid, const QVFileLocator &locator)
 {
-    return m_manager && m_manager->setLocator(locator, guid);
+    return manager() && m_manager->setLocator(locator, guid);
 }
 
 void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const BookmarkOptions &options,

@@ -12,7 +12,16 @@
 #include <optional>
 
 class BookmarkService;
+class LocatorCheck;
 class PILocatorManager;
+struct CheckedFile;
+
+/// A file that was not looked at yet.
+struct PostponedFile
+{
+    QString guid;
+    QString path;
+};
 
 /// Keeps files findable through locators. As long as a file stands where its locator says, untouched, finding it costs
 /// one look at the path. Main thread.
@@ -25,6 +34,8 @@ public:
     };
     /// Without a manager nothing is stored, and every locator is made from its path. Both outlive the finder.
     LocatorFileFinder(PILocatorManager *manager, BookmarkService &bookmarks, Search search);
+    /// With a manager that may be still on its way: it is asked for when it is first needed.
+    LocatorFileFinder(std::function<PILocatorManager *()> manager, BookmarkService &bookmarks, Search search);
     void setSearch(Search search) { m_search = search; }
 
     FoundFile locate(const QString &guid, const QString &path) override;
@@ -35,12 +46,23 @@ public:
     [[nodiscard]] Preparation preparation() override;
     void usePrepared(const QString &path, const QByteArray &prepared) override;
 
+    /// Until takePostponed(), files are told to be where they are said to be, unseen: while a library is read, which
+    /// should wait neither for its locators nor for its disks.
+    void postpone() { m_isPostponing = true; }
+    /// The look at those files that is still to be taken.
+    [[nodiscard]] LocatorCheck takePostponed();
+    void forget(const QStringList &guids);
+    /// Takes up what it told of one file. Where the file is; nothing when that is to be searched for first.
+    [[nodiscard]] std::optional<FoundFile> takeChecked(const CheckedFile &file);
+
     /// Why the path of a locator does not tell where its file is.
     enum class Doubt {
         Lost,     ///< nothing is there
         Occupied, ///< a folder is there
         Changed,  ///< a file is there, but not as it was: edited or replaced, or another that was moved there
     };
+    /// Nothing when the file is surely where the path leads. Any thread.
+    [[nodiscard]] static std::optional<Doubt> doubtAbout(QVFileLocator &locator, BookmarkService &bookmarks);
     struct Unsettled
     {
         QString guid;
@@ -75,14 +97,30 @@ private:
         QByteArray bookmark;
     };
 
-    PILocatorManager *m_manager;
+    [[nodiscard]] PILocatorManager *manager();
+
+    std::function<PILocatorManager *()> m_source; ///< of the manager, until it was asked
+    PILocatorManager *m_manager = nullptr;
     BookmarkService &m_bookmarks;
     Search m_search;
+    bool m_isPostponing = false;
+    QList<PostponedFile> m_postponed;
+    QStringList m_guidsInUse; ///< told while postponing
     QHash<QString, Noted> m_unsettled;
     QHash<QString, Doubt> m_doubtful; ///< as noted last, for the guids that have not been found since
     QSet<QString> m_away;             ///< guids of which the last search told that their volume is not mounted
     std::optional<Prepared> m_prepared;
     std::function<void()> m_noteListener;
+};
+
+/// What a look at a file told that its reference does not know.
+struct CheckedFile
+{
+    QString guid;
+    QString path;                                  ///< where the file is, as far as is known
+    std::optional<LocatorFileFinder::Doubt> doubt; ///< it is to be searched for
+    /// No locator was stored, and this bookmark was made from the path; empty when there is no file.
+    std::optional<QByteArray> newBookmark;
 };
 
 /// A file with what the search told about it.

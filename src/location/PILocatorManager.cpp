@@ -26,6 +26,7 @@ bool exists(const QString &path)
 PILocatorManager::PILocatorManager(const QString &folder)
     : m_folder(folder)
     , m_plistPath(QVString::appendingPathComponent(folder, QStringLiteral("locators.plist")))
+    , m_databasePath(QVString::appendingPathComponent(folder, QStringLiteral("locators.database")))
 {}
 
 std::unique_ptr<PILocatorManager> PILocatorManager::open(const QString &folder)
@@ -36,7 +37,7 @@ std::unique_ptr<PILocatorManager> PILocatorManager::open(const QString &folder)
     manager->m_isListDamaged = hasList && (!list || list->typeId() != QMetaType::QVariantHash);
     if (manager->m_isListDamaged)
         LogString("Can't read locator GUID map at %@", manager->m_plistPath);
-    if (!manager->m_file.open(QVString::appendingPathComponent(folder, QStringLiteral("locators.database"))))
+    if (!manager->m_file.open(manager->m_databasePath))
         return nullptr;
     manager->m_sequenceID = manager->m_file.sequenceID();
     if (list)
@@ -54,6 +55,38 @@ std::optional<QVFileLocator> PILocatorManager::locatorForGuid(const QString &gui
     m_wantsAll = false;
     QByteArray room;
     const auto data = m_file.dataAt(offset, room);
+    return data ? QVFileLocator::fromBinaryArchive(*data) : std::nullopt;
+}
+
+LocatorSnapshot PILocatorManager::snapshot()
+{
+    m_file.dropFromMemory();
+    m_wantsAll = false;
+    return m_file.isOpen() ? LocatorSnapshot{m_databasePath, m_map.offsets} : LocatorSnapshot();
+}
+
+QStringList LocatorSnapshot::guidsBut(const QStringList &guidsInUse) const
+{
+    const QSet<QString> used(guidsInUse.cbegin(), guidsInUse.cend());
+    QStringList unused;
+    for (auto entry = offsets.keyBegin(); entry != offsets.keyEnd(); ++entry)
+        if (!used.contains(*entry))
+            unused.append(*entry);
+    return unused;
+}
+
+LocatorSnapshot::Reader::Reader(const LocatorSnapshot &snapshot)
+    : m_snapshot(snapshot)
+{
+    if (!snapshot.offsets.isEmpty() && m_file.open(snapshot.databasePath))
+        m_file.keepInMemory();
+}
+
+std::optional<QVFileLocator> LocatorSnapshot::Reader::locatorForGuid(const QString &guid) const
+{
+    const quint32 offset = m_file.isOpen() ? m_snapshot.offsets.value(guid, 0) : 0;
+    QByteArray room;
+    const auto data = offset != 0 ? m_file.dataAt(offset, room) : std::nullopt;
     return data ? QVFileLocator::fromBinaryArchive(*data) : std::nullopt;
 }
 
@@ -103,22 +136,20 @@ PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, con
 
 void PILocatorManager::trimUnusedFiles(const QStringList &guidsInUse)
 {
-    if (!m_file.isOpen())
-        return;
-    const QSet<QString> used(guidsInUse.cbegin(), guidsInUse.cend());
+    forget(snapshot().guidsBut(guidsInUse));
+}
+
+void PILocatorManager::forget(const QStringList &guids)
+{
     QList<quint32> unused;
-    m_dirty |= m_map.offsets.removeIf([&](const auto &entry) {
-        const bool isUnused = !used.contains(entry.key());
-        if (isUnused)
-            unused.append(entry.value());
-        return isUnused;
-    }) > 0;
+    for (const QString &guid : guids)
+        if (const quint32 offset = m_map.offsets.take(guid))
+            unused.append(offset);
+    m_dirty |= !unused.isEmpty();
     std::sort(unused.begin(), unused.end());
     for (const quint32 offset : std::as_const(unused))
         if (const auto block = m_file.blockAt(offset))
             m_map.freeBlocks.append({offset, block->capacity, m_sequenceID});
-    m_file.dropFromMemory();
-    m_wantsAll = false;
 }
 
 void PILocatorManager::save()

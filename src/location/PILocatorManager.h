@@ -10,6 +10,28 @@
 #include <memory>
 #include <optional>
 
+/// All locators as they were at one moment, to be read on another thread while the manager goes on.
+struct LocatorSnapshot
+{
+    QString databasePath;
+    QHash<QString, quint32> offsets; ///< by guid
+
+    /// The guids that have a locator and are not among those given.
+    [[nodiscard]] QStringList guidsBut(const QStringList &guidsInUse) const;
+
+    /// A block that was written meanwhile reads as it is now, or as none.
+    class Reader
+    {
+    public:
+        explicit Reader(const LocatorSnapshot &snapshot);
+        [[nodiscard]] std::optional<QVFileLocator> locatorForGuid(const QString &guid) const;
+
+    private:
+        const LocatorSnapshot &m_snapshot;
+        LocatorBlockFile m_file;
+    };
+};
+
 /// Stores one locator per file reference, keyed by the reference's guid, in two files of the library's folder: the
 /// locators in "locators.database", and where each of them stands in it in "locators.plist". Locators are written at
 /// once, the list by save(). What cannot be read is treated as absent. Failures are logged. Main thread.
@@ -28,6 +50,9 @@ public:
     /// Forgets the locators of all guids but those given. To be called once every reference of the library was read:
     /// up to then the database is kept in memory, so that reading all locators takes one system call.
     void trimUnusedFiles(const QStringList &guidsInUse);
+    void forget(const QStringList &guids);
+    /// Whoever takes one reads the many there, so nothing is kept in memory here any more.
+    [[nodiscard]] LocatorSnapshot snapshot();
     /// Writes the list, when anything changed since it was last written.
     void save();
     /// Saves and closes; nothing is read or stored any more.
@@ -42,6 +67,7 @@ private:
 
     QString m_folder;
     QString m_plistPath;
+    QString m_databasePath;
     LocatorBlockFile m_file;
     LocatorMap m_map;
     quint32 m_sequenceID = 0; ///< as last saved

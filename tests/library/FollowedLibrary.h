@@ -2,6 +2,7 @@
 
 #include "../platform/BookmarkScene.h"
 #include "BookmarkService.h"
+#include "LibraryFile.h"
 #include "LocatorFileFinder.h"
 #include "PILocatorManager.h"
 #include "PhotoLibrary.h"
@@ -28,6 +29,21 @@ public:
         library->groups() << group;
     }
 
+    /// Reads the library as at the next start: the photos are others, and their files were not looked at yet.
+    void reload()
+    {
+        LibraryFile::registerTags();
+        const QString path = m_dir.filePath(QStringLiteral("library/Photo.xml"));
+        QVERIFY(LibraryFile::save(path, *library, {}));
+        folder.reset();
+        library.reset();
+        finder = std::make_unique<LocatorFileFinder>([this] { return manager.get(); }, m_bookmarks,
+                                                     LocatorFileFinder::Search::Later);
+        finder->postpone();
+        library = std::make_unique<PhotoLibrary>(m_dir.filePath(QStringLiteral("thumbnails")), *finder, notifications);
+        QVERIFY(LibraryFile::load(path, *library).failure.isEmpty());
+        folder = library->groups().first()->folders().first();
+    }
     /// Where the locator stored for the photo leads.
     [[nodiscard]] QString storedPath(const PIPhoto &photo) const
     {

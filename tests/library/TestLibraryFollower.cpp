@@ -110,6 +110,32 @@ private Q_SLOTS:
         QVERIFY(!m_photo->isFileLost());
     }
 
+    void aLibraryJustReadIsLookedAtInTheBackground()
+    {
+        for (const char *name : {"shown/moved.png", "shown/gone.png", "shown/new.png", "shown/left.png"})
+            (void)m_house->add(name);
+        m_house->manager->forget({m_house->folder->photos().at(3)->fileRef()->guid()}); // as after a loss of the list
+        const auto removed = m_house->folder->photos().takeLast();
+        m_follower.reset();
+        m_photo.reset();
+        m_house->reload();
+        m_house->move("shown/moved.png", "elsewhere/moved.png");
+        QVERIFY(QFile::remove(m_house->at("shown/gone.png")));
+        const auto &photos = m_house->folder->photos();
+        for (const auto &photo : photos)
+            QVERIFY(!photo->isFileLost());
+
+        m_follower = std::make_unique<LibraryFollower>(*m_house->library, *m_house->finder, m_house->options());
+        m_follower->begin();
+        QVERIFY(m_follower->isSearching());
+        QTRY_VERIFY(!m_follower->isSearching());
+        QCOMPARE(photos.at(0)->fileRef()->path(), m_house->at("shown/a.png"));
+        QCOMPARE(photos.at(1)->fileRef()->path(), m_house->at("elsewhere/moved.png"));
+        QVERIFY(photos.at(2)->isFileLost());
+        QCOMPARE(m_house->storedPath(*photos.at(3)), m_house->at("shown/new.png"));
+        QVERIFY(m_house->storedPath(*removed).isEmpty());
+    }
+
     void whatWasNotedBeforeItBeganIsLookedFor()
     {
         m_follower.reset();
