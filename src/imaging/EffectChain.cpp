@@ -20,10 +20,14 @@ const EffectValue *EffectEntry::value(const QString &input) const
 void EffectEntry::setValue(const QString &input, const EffectValue &value)
 {
     const auto found = std::find_if(m_values.begin(), m_values.end(), [&](const auto &v) { return v.first == input; });
-    if (found == m_values.end())
-        m_values.append({input, value});
-    else
+    if (found != m_values.end()) {
         found->second = value;
+        return;
+    }
+    constexpr qsizetype kUsualInputs = 4;
+    if (m_values.isEmpty())
+        m_values.reserve(kUsualInputs);
+    m_values.append({input, value});
 }
 
 namespace {

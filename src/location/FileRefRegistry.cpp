@@ -23,12 +23,16 @@ std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForPath(const QString &path)
 
 std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForPathIfExists(const QString &path) const
 {
+    m_byPath.reserve(m_entries.size());
+    for (; m_indexedByPath < m_entries.size(); ++m_indexedByPath)
+        m_byPath.insert(m_entries.at(m_indexedByPath).key, m_indexedByPath);
     const auto found = m_byPath.constFind(path);
     return found == m_byPath.cend() ? nullptr : m_entries.at(*found).ref;
 }
 
 std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForGuid(const QString &guid) const
 {
+    m_byGuid.reserve(m_entries.size());
     for (; m_indexedByGuid < m_entries.size(); ++m_indexedByGuid) {
         const QString &newGuid = m_entries.at(m_indexedByGuid).ref->guid();
         if (!m_byGuid.contains(newGuid))
@@ -58,7 +62,6 @@ void FileRefRegistry::clearSaveIndexes()
 
 void FileRefRegistry::add(const QString &key, const std::shared_ptr<PIFileRef> &ref)
 {
-    m_byPath.insert(key, m_entries.size());
     m_entries.append({key, ref});
 }
 

@@ -48,7 +48,9 @@ private:
     /// In order of registration. A reference whose key another one took over stays here: photos hold it, and the
     /// positions that they are saved with count it.
     QList<Entry> m_entries;
-    QHash<QString, qsizetype> m_byPath;         ///< places in m_entries
+    // Places in m_entries. A library is read without either: they catch up when they are asked.
+    mutable QHash<QString, qsizetype> m_byPath; ///< covers the first m_indexedByPath entries
+    mutable qsizetype m_indexedByPath = 0;
     mutable QHash<QString, qsizetype> m_byGuid; ///< covers the first m_indexedByGuid entries
     mutable qsizetype m_indexedByGuid = 0;
 };
