@@ -20,15 +20,16 @@ PhotoLibrary::PhotoLibrary(const QString &thumbnailFolder, FileFinder &finder, N
         m_fileRefs.clearSaveIndexes();
     });
     m_fileChangeObserver = notifications.observe(kFileChangeNotification, [this](const NotificationObject &object) {
-        if (const auto *fileRef = object.as<PIFileRef>())
+        if (auto *fileRef = object.as<PIFileRef>())
             fileChanged(*fileRef);
     });
 }
 
 PhotoLibrary::~PhotoLibrary() = default;
 
-void PhotoLibrary::fileChanged(const PIFileRef &fileRef)
+void PhotoLibrary::fileChanged(PIFileRef &fileRef)
 {
+    fileRef.forgetFacts();
     QSet<PIPhoto *> photos;
     forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
         if (photo->fileRef().get() == &fileRef)

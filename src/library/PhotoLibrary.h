@@ -56,7 +56,7 @@ public:
     void forEachPhoto(const std::function<void(const std::shared_ptr<PIPhoto> &)> &visit) const;
 
 private:
-    void fileChanged(const PIFileRef &fileRef);
+    void fileChanged(PIFileRef &fileRef);
 
     NotificationCenter &m_notifications;
     FileFinder &m_finder;

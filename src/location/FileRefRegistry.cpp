@@ -67,23 +67,38 @@ void FileRefRegistry::add(const QString &key, const std::shared_ptr<PIFileRef> &
 
 namespace {
 
-// The folders in the order in which they were first seen, each with its place.
+// The folders in the order in which they were first seen.
 class FolderList
 {
 public:
-    void add(const QString &folder)
+    /// The place of the folder in which the file stands. Files of one folder mostly come one after the other.
+    quint64 placeOfFolderOf(const QString &path)
     {
-        if (m_places.contains(folder))
-            return;
-        m_places.insert(folder, static_cast<int>(m_folders.size()));
-        m_folders.append(folder);
+        const qsizetype nameStart = path.lastIndexOf(u'/') + 1;
+        const bool isSame =
+            nameStart > 1 && nameStart < path.size() && QStringView(path).first(nameStart) == m_lastStart;
+        if (!isSame) {
+            m_last = place(QVString::deletingLastPathComponent(path));
+            m_lastStart = path.left(nameStart);
+        }
+        return m_last;
     }
     const QStringList &folders() const { return m_folders; }
-    const QHash<QString, int> &places() const { return m_places; }
 
 private:
+    quint64 place(const QString &folder)
+    {
+        const auto known = m_places.constFind(folder);
+        if (known != m_places.cend())
+            return *known;
+        m_folders.append(folder);
+        return *m_places.insert(folder, static_cast<quint64>(m_folders.size() - 1));
+    }
+
     QStringList m_folders;
-    QHash<QString, int> m_places;
+    QHash<QString, quint64> m_places;
+    QString m_lastStart; // with the slash at its end
+    quint64 m_last = 0;
 };
 
 QString storedFolder(const QString &folder)
@@ -114,20 +129,20 @@ void FileRefRegistry::saveFileRefs(QVXmlEncoder &encoder) const
     FolderList folders;
     QList<const PIFileRef *> used;
     for (const Entry &entry : m_entries) {
-        folders.add(QVString::deletingLastPathComponent(entry.key));
+        (void)folders.placeOfFolderOf(entry.key);
         if (entry.ref->saveIndex() != kNotFound)
             used.append(entry.ref.get());
     }
     // A file may have moved into a folder in which no key lies.
     for (const PIFileRef *ref : used)
-        folders.add(QVString::deletingLastPathComponent(ref->path()));
+        (void)folders.placeOfFolderOf(ref->path());
     std::stable_sort(used.begin(), used.end(),
                      [](const PIFileRef *a, const PIFileRef *b) { return a->saveIndex() < b->saveIndex(); });
     encoder.openTag("files");
     writeFolders(encoder, folders.folders());
     encoder.openTag("refs");
     for (const PIFileRef *ref : used)
-        ref->archiveToXml(encoder, folders.places());
+        ref->archiveToXml(encoder, folders.placeOfFolderOf(ref->path()));
     encoder.closeTag("refs");
     encoder.closeTag("files");
 }

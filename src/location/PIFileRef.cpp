@@ -38,10 +38,10 @@ std::shared_ptr<PIFileRef> PIFileRef::fromArchive(const QVXmlDecoder &decoder, c
     return std::shared_ptr<PIFileRef>(new PIFileRef(guid, path, environment));
 }
 
-void PIFileRef::archiveToXml(QVXmlEncoder &encoder, const QHash<QString, int> &folders) const
+void PIFileRef::archiveToXml(QVXmlEncoder &encoder, quint64 folder) const
 {
     encoder.addAttribute("seq", m_saveIndex);
-    encoder.addAttribute("folder", static_cast<quint64>(folders.value(QVString::deletingLastPathComponent(m_path))));
+    encoder.addAttribute("folder", folder);
     encoder.addAttribute("id", m_guid);
     encoder.addAttribute("file", QVString::lastPathComponent(m_path));
     encoder.openAndCloseTag("ref");
@@ -97,6 +97,13 @@ Image PIFileRef::image()
         m_environment.imageCache->storeImage(image, m_guid);
     }
     return image;
+}
+
+void PIFileRef::forgetFacts()
+{
+    m_creationTime = 0;
+    m_fileSize = 0;
+    m_photoSize = {};
 }
 
 double PIFileRef::creationTime()

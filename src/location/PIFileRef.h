@@ -3,7 +3,6 @@
 #include "Image.h"
 #include "NotFound.h"
 
-#include <QHash>
 #include <QSizeF>
 #include <QString>
 #include <QStringList>
@@ -32,8 +31,8 @@ public:
     /// From the "ref" element on which the decoder stands; null when its folder index lies outside `folders`.
     [[nodiscard]] static std::shared_ptr<PIFileRef> fromArchive(const QVXmlDecoder &decoder, const QStringList &folders,
                                                                 const Environment &environment);
-    /// Writes a "ref" element; `folders` maps a folder to its place in the list and holds the folder of this file.
-    void archiveToXml(QVXmlEncoder &encoder, const QHash<QString, int> &folders) const;
+    /// Writes a "ref" element; `folder` is the place in the list of folders of the one in which this file stands.
+    void archiveToXml(QVXmlEncoder &encoder, quint64 folder) const;
 
     [[nodiscard]] const QString &guid() const { return m_guid; }
     [[nodiscard]] const QString &path() const { return m_path; }
@@ -64,6 +63,8 @@ public:
     [[nodiscard]] QSizeF photoSize();
     /// The pixel size if it is known already; never touches the file.
     [[nodiscard]] QSizeF knownPhotoSize() const { return m_photoSize; }
+    /// The file has another content: its facts are read again.
+    void forgetFacts();
     void setCreationTime(double seconds) { m_creationTime = seconds; }
     void setFileSize(quint64 bytes) { m_fileSize = bytes; }
     void setPhotoSize(const QSizeF &size) { m_photoSize = size; }
