@@ -2,6 +2,7 @@
 
 #include "DirectoryReader.h"
 #include "FileDates.h"
+#include "FileFinder.h"
 #include "FileWriter.h"
 #include "LibraryNotifications.h"
 #include "LogString.h"
@@ -28,6 +29,17 @@ void rebuildThumbnail(PhotoLibrary &library, PIPhoto &photo)
     library.notifications().post(kThumbnailNotification, &photo);
 }
 
+/// Whether the file is still the one that the reference means; it may have moved since it was looked at.
+bool isThere(PIFileRef &file, QString *reason)
+{
+    if (file.verify())
+        return true;
+    LogString("Can't find %@", file.path());
+    if (reason)
+        *reason = QStringLiteral("The file is missing.");
+    return false;
+}
+
 bool isUsableName(const QString &name, QString *reason)
 {
     const bool usable = name.isValidUtf16() && !name.contains(u'/') && !name.contains(QChar::Null) &&
@@ -42,6 +54,8 @@ bool isUsableName(const QString &name, QString *reason)
 bool FileCommands::renameFile(PhotoLibrary &library, PIPhoto &photo, const QString &newName, QString *reason)
 {
     PIFileRef &file = *photo.fileRef();
+    if (!isThere(file, reason))
+        return false;
     const QString target = QVString::appendingPathComponent(folderOf(file.path()), newName);
     if (target == file.path())
         return true;
@@ -61,6 +75,8 @@ bool FileCommands::renameFile(PhotoLibrary &library, PIPhoto &photo, const QStri
 bool FileCommands::setDate(PhotoLibrary &library, PIPhoto &photo, const QDateTime &date, QString *reason)
 {
     PIFileRef &file = *photo.fileRef();
+    if (!isThere(file, reason))
+        return false;
     const bool set = FileDates::setDate(file.path(), date.toSecsSinceEpoch(), reason);
     if (const auto present = FileDates::dateOf(file.path()))
         file.setCreationTime(static_cast<double>(*present));
@@ -174,6 +190,9 @@ void FileCommands::takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> 
 {
     QSet<const PIFileRef *> taken;
     for (const MovedFile &moved : files) {
+        if (!moved.file->isFileLost() || entryTypeAt(moved.path) != EntryType::File)
+            continue; // found, or gone, since it was chosen
+        library.fileFinder().usePrepared(moved.path, moved.bookmark);
         moved.file->setPath(moved.path);
         taken.insert(moved.file.get());
     }

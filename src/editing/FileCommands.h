@@ -45,12 +45,13 @@ struct MovedFile
 {
     std::shared_ptr<PIFileRef> file;
     QString path;
+    QByteArray bookmark = {}; ///< made before, on a worker, by FileFinder::preparation(); may be empty
 };
 
 /// Where each file of the tree would be if its folder had moved to `newFolder`.
 [[nodiscard]] QList<MovedFile> filesMovedTo(const LostTree &tree, const QString &newFolder);
 
-/// Lets each reference take its new path and tells the photos that show it.
+/// Lets each reference whose file is still lost take its new path and tells the photos that show it.
 void takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files);
 
 }

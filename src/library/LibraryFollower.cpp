@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kNoteTime(50);
 constexpr std::chrono::milliseconds kMountTime(200);
+constexpr std::chrono::seconds kCheckTime(30);
 
 }
 
@@ -71,6 +72,8 @@ void LibraryFollower::begin()
     if (check.isEmpty())
         return endCheck();
     m_isChecking = true;
+    // A disk may not answer: the others are not to wait for it.
+    QTimer::singleShot(kCheckTime, this, [this] { endCheck(); });
     const auto toHere = [link = m_link](auto deliver) {
         runOnMain([link, deliver] {
             if (link->follower)
@@ -92,12 +95,12 @@ void LibraryFollower::takeChecked(const QList<CheckedFile> &files)
 {
     for (const CheckedFile &file : files) {
         const auto ref = m_library.fileRefs().fileRefForGuid(file.guid);
-        const auto place = ref ? m_finder.takeChecked(file) : std::nullopt;
-        if (!place)
+        if (!ref)
             continue;
-        if (place->path != ref->path() || place->found == ref->isFileLost())
+        const FoundFile place = m_finder.takeChecked(file);
+        if (place.path != ref->path() || place.found == ref->isFileLost())
             m_shownAnew.insert(ref.get());
-        ref->take(*place);
+        ref->take(place);
     }
 }
 
@@ -107,6 +110,7 @@ void LibraryFollower::endCheck()
     m_isChecking = false;
     const auto changed = std::exchange(m_shownAnew, {});
     if (!changed.isEmpty()) {
+        m_library.fileRefs().takeUpPaths();
         m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
             if (changed.contains(photo->fileRef().get()))
                 m_library.notifications().post(kThumbnailNotification, photo);

@@ -54,6 +54,14 @@ QStringList FileRefRegistry::knownPaths() const
     return paths;
 }
 
+void FileRefRegistry::takeUpPaths()
+{
+    for (Entry &entry : m_entries)
+        entry.key = entry.ref->path();
+    m_byPath.clear();
+    m_indexedByPath = 0;
+}
+
 void FileRefRegistry::clearSaveIndexes()
 {
     for (const Entry &entry : m_entries)

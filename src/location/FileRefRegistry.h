@@ -26,6 +26,9 @@ public:
     [[nodiscard]] std::shared_ptr<PIFileRef> fileRefForGuid(const QString &guid) const;
     /// Every path under which a reference was entered, and every other one to which one leads by now.
     [[nodiscard]] QStringList knownPaths() const;
+    /// Enters every reference anew under its present path: to be called once the files of a library that was read
+    /// unseen have been looked at.
+    void takeUpPaths();
     /// How many references there are.
     [[nodiscard]] qsizetype count() const { return m_entries.size(); }
 

@@ -114,18 +114,13 @@ void LocatorFileFinder::forget(const QStringList &guids)
         m_manager->forget(guids);
 }
 
-std::optional<FoundFile> LocatorFileFinder::takeChecked(const CheckedFile &file)
+FoundFile LocatorFileFinder::takeChecked(const CheckedFile &file)
 {
-    if (file.newBookmark) {
-        if (manager() && m_manager->locatorForGuid(file.guid))
-            return locate(file.guid, file.path); // it came by another way meanwhile
-        usePrepared(file.path, *file.newBookmark);
-        return relocate(file.guid, file.path);
-    }
-    if (!file.doubt)
+    // A locator may have come by another way meanwhile.
+    if (!file.newBookmark || (manager() && m_manager->locatorForGuid(file.guid)))
         return locate(file.guid, file.path);
-    note(file.guid, *file.doubt);
-    return {};
+    usePrepared(file.path, *file.newBookmark);
+    return relocate(file.guid, file.path);
 }
 
 QByteArray LocatorFileFinder::bookmark(const QString &guid)

@@ -52,8 +52,8 @@ public:
     /// The look at those files that is still to be taken.
     [[nodiscard]] LocatorCheck takePostponed();
     void forget(const QStringList &guids);
-    /// Takes up what it told of one file. Where the file is; nothing when that is to be searched for first.
-    [[nodiscard]] std::optional<FoundFile> takeChecked(const CheckedFile &file);
+    /// Takes up what it told of one file. Where the file is, as far as is known before it is searched for.
+    [[nodiscard]] FoundFile takeChecked(const CheckedFile &file);
 
     /// Why the path of a locator does not tell where its file is.
     enum class Doubt {

@@ -57,8 +57,10 @@ void PIFileRef::take(const FoundFile &file)
 {
     m_fileLost = !file.found;
     m_volumeAway = file.volumeAway;
-    if (file.found)
+    if (file.found && m_path != file.path) {
         m_path = file.path;
+        m_photoSize = {};
+    }
     m_creationTime = 0;
     m_fileSize = 0;
 }

@@ -225,6 +225,18 @@ int renameByLink(const QByteArray &from, const QByteArray &to)
 
 }
 
+namespace {
+
+bool areTwoNamesOfOneFile(const QByteArray &from, const QByteArray &to)
+{
+    struct stat a = {};
+    struct stat b = {};
+    return from != to && ::lstat(from.constData(), &a) == 0 && ::lstat(to.constData(), &b) == 0 &&
+           a.st_dev == b.st_dev && a.st_ino == b.st_ino && S_ISREG(a.st_mode) && a.st_nlink > 1;
+}
+
+}
+
 bool renameNoReplace(const QString &from, const QString &to, QString *reason)
 {
     const QByteArray source = Posix::nativePath(from);
@@ -243,6 +255,9 @@ bool renameOver(const QString &from, const QString &to, QString *reason)
 {
     const QByteArray source = Posix::nativePath(from);
     const QByteArray target = Posix::nativePath(to);
+    // Of two names of one file the kernel would keep both and tell of success.
+    if (areTwoNamesOfOneFile(source, target))
+        return ::unlink(source.constData()) == 0 || Posix::fail(reason, errno);
     if (fileSystemCalls().rename(source.constData(), target.constData()) != 0)
         return Posix::fail(reason, errno);
     return true;

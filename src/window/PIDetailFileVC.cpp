@@ -2,6 +2,7 @@
 
 #include "DirectoryReader.h"
 #include "FileCommands.h"
+#include "FileFinder.h"
 #include "FileViewer.h"
 #include "FormatMessage.h"
 #include "FoundFileDialog.h"
@@ -25,7 +26,8 @@ PIDetailFileVC::PIDetailFileVC(PhotoLibrary &library, const PIDetailController &
                                QWidget *parent)
     : PIDetailBaseVC(library, controller, parent)
     , m_shownFolder(std::move(shownFolder))
-    , m_worker(QStringLiteral("hmphoto.fileSection"), 1)
+    , m_worker(QStringLiteral("hmphoto.fileSection"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
+
     , m_name(new QLineEdit(this))
     , m_path(new QLabel(this))
     , m_reveal(new QToolButton(this))
@@ -171,9 +173,9 @@ void PIDetailFileVC::readPhotoSize()
     const std::weak_ptr<PIFileRef> waiting = photo()->fileRef();
     inBackground(
         m_worker, this, [path = photo()->fileRef()->path()] { return Image::fromFile(path).size(); },
-        [this, waiting](QSize size) {
+        [this, waiting, path = photo()->fileRef()->path()](QSize size) {
             const auto file = waiting.lock();
-            if (!file || size.isEmpty())
+            if (!file || size.isEmpty() || file->path() != path)
                 return;
             file->setPhotoSize(size);
             if (havePhoto() && photo()->fileRef() == file)
@@ -233,9 +235,12 @@ void PIDetailFileVC::findMovedTree()
         return;
     inBackground(
         m_worker, this,
-        [moved = FileCommands::filesMovedTo(*tree, folder)] {
+        [moved = FileCommands::filesMovedTo(*tree, folder), prepare = library().fileFinder().preparation()] {
             QList<FileCommands::MovedFile> found = moved;
-            found.removeIf([](const FileCommands::MovedFile &file) { return !entryTypeAt(file.path); });
+            found.removeIf(
+                [](const FileCommands::MovedFile &file) { return entryTypeAt(file.path) != EntryType::File; });
+            for (FileCommands::MovedFile &file : found)
+                file.bookmark = prepare ? prepare(file.path) : QByteArray();
             return found;
         },
         [this](const QList<FileCommands::MovedFile> &found) {

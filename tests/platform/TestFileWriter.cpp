@@ -262,6 +262,11 @@ void TestFileWriter::renameNeverReplaces()
     QCOMPARE(contentOf(fresh), QByteArray("mine"));
     QCOMPARE(names(), QStringList({QStringLiteral("dangling"), QStringLiteral("fresh"), QStringLiteral("other")}));
     QVERIFY(FileWriter::renameOver(fresh, other));
+    // Of two names of one file, too, the new one is left.
+    const QString second = inFolder("second name");
+    QCOMPARE(::link(QFile::encodeName(other).constData(), QFile::encodeName(second).constData()), 0);
+    QVERIFY(FileWriter::renameOver(second, other));
+    QVERIFY(QFile::exists(other) && !QFile::exists(second));
     QCOMPARE(contentOf(other), QByteArray("mine"));
 }
 
