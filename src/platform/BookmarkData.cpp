@@ -157,9 +157,8 @@ QByteArray shared(QByteArrayView text, const QByteArray *neighbour)
     return neighbour && *neighbour == text ? *neighbour : text.toByteArray();
 }
 
-BookmarkData readBody(Reader &reader, FileKind kind, quint8 flags, const BookmarkData *neighbour)
+void readBody(BookmarkData &data, Reader &reader, FileKind kind, quint8 flags, const BookmarkData *neighbour)
 {
-    BookmarkData data;
     data.file.kind = kind;
     data.file.inode = reader.number<quint64>();
     const FileTime birth = reader.time();
@@ -179,15 +178,22 @@ BookmarkData readBody(Reader &reader, FileKind kind, quint8 flags, const Bookmar
     data.volumePath = reader.text().toByteArray();
     data.mountPoint = shared(reader.text(), neighbour ? &neighbour->mountPoint : nullptr);
     data.givenPath = reader.text().toByteArray();
-    return data;
 }
 
 }
 
 std::optional<BookmarkData> BookmarkData::decode(const QByteArray &bytes, const BookmarkData *neighbour)
 {
-    if (!bytes.startsWith(QByteArrayView(kMagic, sizeof kMagic)))
+    std::optional<BookmarkData> data(std::in_place);
+    if (!data->read(bytes, neighbour))
         return {};
+    return data;
+}
+
+bool BookmarkData::read(const QByteArray &bytes, const BookmarkData *neighbour)
+{
+    if (!bytes.startsWith(QByteArrayView(kMagic, sizeof kMagic)))
+        return false;
     Reader reader(bytes);
     reader.number<quint32>();
     const auto version = reader.number<quint8>();
@@ -195,9 +201,7 @@ std::optional<BookmarkData> BookmarkData::decode(const QByteArray &bytes, const 
     const auto flags = reader.number<quint8>();
     const auto reserved = reader.number<quint8>();
     if (!reader.isGood() || version != kVersion || (flags & ~AllFlags) != 0 || reserved != 0)
-        return {};
-    BookmarkData data = readBody(reader, kind, flags, neighbour);
-    if (!reader.isGood() || !reader.isAtEnd() || !isSound(data))
-        return {};
-    return data;
+        return false;
+    readBody(*this, reader, kind, flags, neighbour);
+    return reader.isGood() && reader.isAtEnd() && isSound(*this);
 }

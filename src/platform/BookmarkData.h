@@ -23,4 +23,6 @@ struct BookmarkData
     /// `neighbour` where they are the same.
     [[nodiscard]] static std::optional<BookmarkData> decode(const QByteArray &bytes,
                                                             const BookmarkData *neighbour = nullptr);
+    /// The same into data that holds nothing yet, and nothing of use when this answers false.
+    [[nodiscard]] bool read(const QByteArray &bytes, const BookmarkData *neighbour = nullptr);
 };

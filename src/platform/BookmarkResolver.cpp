@@ -22,15 +22,16 @@ void BookmarkResolver::decode(const QList<QByteArray> &bookmarks)
     m_lost.reserve(static_cast<std::size_t>(bookmarks.size()));
     const BookmarkData *neighbour = nullptr;
     for (qsizetype index = 0; index < bookmarks.size(); ++index) {
-        auto data = BookmarkData::decode(bookmarks[index], neighbour);
-        if (!data) {
+        LostFile &lost = m_lost.emplace_back();
+        lost.index = index;
+        if (!lost.data.read(bookmarks[index], neighbour)) {
+            m_lost.pop_back();
             add({index, Status::Missing});
             continue;
         }
-        if (data->fingerprint && acceptsCopies(index))
-            m_wanted.addWantedName(NativePath::fileName(data->volumePath));
-        m_lost.push_back({.index = index, .data = *std::move(data)});
-        neighbour = &m_lost.back().data;
+        if (lost.data.fingerprint && acceptsCopies(index))
+            m_wanted.addWantedName(NativePath::fileName(lost.data.volumePath));
+        neighbour = &lost.data;
     }
 }
 
@@ -213,11 +214,15 @@ bool update(T &stored, const T &present)
 bool updateFile(BookmarkData &data, const FoundPlace &place, bool isSameVolume)
 {
     FileIdentity &stored = data.file;
-    FileIdentity present = place.file.identity;
+    const FileIdentity &seen = place.file.identity;
+    const bool isSameObject = isSameVolume && seen.inode == stored.inode && seen.birth == stored.birth;
+    const bool isSameContent = seen.size == stored.size && seen.modified == stored.modified;
+    if (isSameObject && isSameContent && seen.kind == stored.kind)
+        return false;
+    FileIdentity present = seen;
     const char *path = place.path.constData();
-    const bool isSameObject = isSameVolume && present.inode == stored.inode && present.birth == stored.birth;
     present.handle = isSameObject ? stored.handle : readHandle(kNoFolder, path);
-    if (present.size != stored.size || present.modified != stored.modified)
+    if (!isSameContent)
         data.fingerprint = readFingerprintAt(kNoFolder, path, present.size);
     return update(stored, present);
 }

@@ -25,18 +25,18 @@ std::optional<PresentFile> examine(int folder, const char *name, int flags)
     const bool isFolder = S_ISDIR(facts.stx_mode);
     if (!isFolder && !S_ISREG(facts.stx_mode))
         return {};
-    PresentFile file;
-    file.identity.kind = isFolder ? FileKind::Folder : FileKind::File;
-    file.identity.inode = facts.stx_ino;
+    std::optional<PresentFile> file(std::in_place);
+    file->identity.kind = isFolder ? FileKind::Folder : FileKind::File;
+    file->identity.inode = facts.stx_ino;
     if (facts.stx_mask & STATX_BTIME)
-        file.identity.birth = timeFrom(facts.stx_btime);
+        file->identity.birth = timeFrom(facts.stx_btime);
     if (!isFolder) {
-        file.identity.size = facts.stx_size;
-        file.identity.modified = timeFrom(facts.stx_mtime);
+        file->identity.size = facts.stx_size;
+        file->identity.modified = timeFrom(facts.stx_mtime);
     }
-    file.device = makedev(facts.stx_dev_major, facts.stx_dev_minor);
-    file.mountId = facts.stx_mnt_id;
-    file.names = facts.stx_nlink;
+    file->device = makedev(facts.stx_dev_major, facts.stx_dev_minor);
+    file->mountId = facts.stx_mnt_id;
+    file->names = facts.stx_nlink;
     return file;
 }
 

@@ -11,12 +11,13 @@ namespace NativePath {
 
 [[nodiscard]] inline QByteArray join(const QByteArray &folder, QByteArrayView name)
 {
-    QByteArray path;
-    path.reserve(folder.size() + 1 + name.size());
-    path.append(folder);
-    if (!path.endsWith('/'))
-        path.append('/');
-    return path.append(name);
+    const bool needsSlash = !folder.endsWith('/');
+    QByteArray path(folder.size() + (needsSlash ? 1 : 0) + name.size(), Qt::Uninitialized);
+    char *at = std::copy_n(folder.constData(), folder.size(), path.data());
+    if (needsSlash)
+        *at++ = '/';
+    std::copy_n(name.data(), name.size(), at);
+    return path;
 }
 
 /// Where the last slash stands; every absolute path has one.
