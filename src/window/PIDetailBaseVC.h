@@ -2,6 +2,7 @@
 
 #include "NotificationCenter.h"
 
+#include <QPointer>
 #include <QWidget>
 
 #include <memory>
@@ -35,6 +36,6 @@ protected:
 
 private:
     PhotoLibrary &m_library;
-    const PIDetailController &m_controller;
+    QPointer<const PIDetailController> m_controller; ///< goes before the section does
     NotificationCenter::Observer m_updateObserver;
 };

@@ -47,6 +47,13 @@ PIDetailFileVC::PIDetailFileVC(PhotoLibrary &library, const PIDetailController &
     selectionChanged();
 }
 
+/// A field that goes while it has the focus says that its text is finished.
+PIDetailFileVC::~PIDetailFileVC()
+{
+    m_name->disconnect(this);
+    m_date->disconnect(this);
+}
+
 void PIDetailFileVC::build()
 {
     m_name->setToolTip(tr("The file's name. Changing it renames the file on disk"));

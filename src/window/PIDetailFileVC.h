@@ -26,6 +26,8 @@ public:
     PIDetailFileVC(PhotoLibrary &library, const PIDetailController &controller, ShownFolder shownFolder,
                    QWidget *parent = nullptr);
 
+    ~PIDetailFileVC() override;
+
 protected:
     void selectionChanged() override;
     bool eventFilter(QObject *object, QEvent *event) override;
