@@ -1,0 +1,40 @@
+#include "PhotoStep.h"
+
+namespace {
+
+std::optional<qint64> nextSelected(const IndexSet &selected, qint64 reference)
+{
+    for (const auto &range : selected.ranges()) {
+        if (range.last > reference)
+            return std::max(range.first, reference + 1);
+    }
+    return selected.first();
+}
+
+std::optional<qint64> previousSelected(const IndexSet &selected, qint64 reference)
+{
+    const auto &ranges = selected.ranges();
+    for (auto range = ranges.crbegin(); range != ranges.crend(); ++range) {
+        if (range->first < reference)
+            return std::min(range->last, reference - 1);
+    }
+    return selected.last();
+}
+
+}
+
+std::optional<PhotoStep> PhotoStep::from(qint64 reference, qint64 photoCount, const IndexSet &selected,
+                                         StepDirection direction)
+{
+    const bool isNext = direction == StepDirection::Next;
+    PhotoStep step;
+    if (selected.count() > 1) {
+        step.index = *(isNext ? nextSelected(selected, reference) : previousSelected(selected, reference));
+    } else if (photoCount > 0) {
+        step.index = (reference + (isNext ? 1 : photoCount - 1)) % photoCount;
+        step.becomesSelection = true;
+    }
+    if (photoCount <= 0 || step.index == reference || step.index >= photoCount)
+        return std::nullopt;
+    return step;
+}
