@@ -3,6 +3,10 @@
 #include <QKeySequence>
 #include <QList>
 
+#include <array>
+#include <span>
+#include <variant>
+
 /// Every command of the library window.
 enum class Command {
     AddFiles,
@@ -34,9 +38,13 @@ struct CommandInfo
     const char *text;
     const char *toolTip;
     const char *iconName; ///< of the icon theme, and of our own set where the theme has none; may be empty
-    QList<QKeySequence> shortcuts;
+    using Shortcut = std::variant<std::monostate, QKeySequence::StandardKey, QKeyCombination>;
+    std::array<Shortcut, 2> keys = {};
     bool checkable = false;
+
+    /// The keys as they are on this desktop, the one to be shown first.
+    [[nodiscard]] QList<QKeySequence> shortcuts() const;
 };
 
 /// All commands with their standard shortcuts, in one place.
-[[nodiscard]] const QList<CommandInfo> &commandTable();
+[[nodiscard]] std::span<const CommandInfo> commandTable();

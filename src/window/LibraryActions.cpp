@@ -11,9 +11,10 @@ namespace {
 QString toolTipWithShortcut(const CommandInfo &info)
 {
     const QString text = QCoreApplication::translate("Command", info.toolTip);
-    if (info.shortcuts.isEmpty())
+    const QList<QKeySequence> shortcuts = info.shortcuts();
+    if (shortcuts.isEmpty())
         return text;
-    return QStringLiteral("%1 (%2)").arg(text, info.shortcuts.first().toString(QKeySequence::NativeText));
+    return QStringLiteral("%1 (%2)").arg(text, shortcuts.first().toString(QKeySequence::NativeText));
 }
 
 }
@@ -25,7 +26,7 @@ LibraryActions::LibraryActions(QWidget &window)
         auto *action = new QAction(QCoreApplication::translate("Command", info.text), this);
         action->setToolTip(toolTipWithShortcut(info));
         action->setStatusTip(QCoreApplication::translate("Command", info.toolTip));
-        action->setShortcuts(info.shortcuts);
+        action->setShortcuts(info.shortcuts());
         action->setCheckable(info.checkable);
         if (*info.iconName)
             action->setIcon(themedIcon(QLatin1String(info.iconName)));
