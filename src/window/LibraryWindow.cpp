@@ -33,17 +33,17 @@ void LibraryWindow::changeEvent(QEvent *event)
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::WindowStateChange)
         Q_EMIT fullScreenChanged(isFullScreen());
-    else if (event->type() == QEvent::ActivationChange && !isActiveWindow())
-        Q_EMIT didResignKey();
+    else if (event->type() == QEvent::ActivationChange)
+        activationChanged();
 }
 
-bool LibraryWindow::event(QEvent *event)
+void LibraryWindow::activationChanged()
 {
-    if (event->type() == QEvent::WindowDeactivate)
-        m_wasLeft = true;
-    else if (event->type() == QEvent::WindowActivate && std::exchange(m_wasLeft, false))
+    const bool wasLeft = std::exchange(m_wasLeft, !isActiveWindow());
+    if (m_wasLeft)
+        Q_EMIT didResignKey();
+    else if (wasLeft)
         Q_EMIT cameBack();
-    return QMainWindow::event(event);
 }
 
 void LibraryWindow::closeEvent(QCloseEvent *event)

@@ -26,12 +26,13 @@ Q_SIGNALS:
 
 protected:
     void changeEvent(QEvent *event) override;
-    bool event(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dropEvent(QDropEvent *event) override;
 
 private:
+    void activationChanged();
+
     std::function<bool()> m_shouldClose;
     bool m_wasLeft = false;
 };
