@@ -40,6 +40,23 @@ int GridLayout::indexAt(QPoint point) const
     return index < m_count ? int(index) : -1;
 }
 
+GridLayout::Gap GridLayout::gapAt(QPoint point) const
+{
+    if (m_count == 0)
+        return {};
+    const int row = std::clamp((point.y() - kMargin) / rowHeight(), 0, rows() - 1);
+    const int cellWidth = m_innerWidth / m_columns;
+    const int column = std::clamp((point.x() - kMargin + cellWidth / 2) / cellWidth, 0, m_columns);
+    const bool isBelow = point.y() >= kMargin + rows() * rowHeight();
+    const int before = isBelow ? m_count : std::min(m_count, row * m_columns + column);
+
+    constexpr int kThickness = 3;
+    const bool isBehindRow = before == m_count || column == m_columns;
+    const QRect cell = cellRect(isBehindRow ? before - 1 : before);
+    const int x = isBehindRow ? cell.right() - kThickness / 2 : cell.left() - kThickness / 2;
+    return {before, QRect(x, cell.top() + kPadding, kThickness, cell.height() - 2 * kPadding)};
+}
+
 GridLayout::Span GridLayout::visible(int top, int height) const
 {
     if (m_count == 0 || height <= 0)

@@ -48,6 +48,14 @@ public:
     [[nodiscard]] QRect cellRect(int index) const;
     /// -1 where there is no cell.
     [[nodiscard]] int indexAt(QPoint point) const;
+    /// A place between two cells of a row, or at either end of one.
+    struct Gap
+    {
+        int before = 0; ///< the index that what is put there would get
+        QRect mark;     ///< a line to be drawn there; empty without cells
+    };
+    /// The gap nearest to the point; beyond the last cell the one behind it.
+    [[nodiscard]] Gap gapAt(QPoint point) const;
     /// The cells of the rows that reach into `height` pixels from `top`.
     [[nodiscard]] Span visible(int top, int height) const;
     /// The cells that `rect` touches: one range when it spans all columns, else one for each row.

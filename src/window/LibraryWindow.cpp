@@ -1,25 +1,11 @@
 #include "LibraryWindow.h"
 
+#include "DragData.h"
+
 #include <QCloseEvent>
 #include <QDropEvent>
-#include <QMimeData>
-#include <QUrl>
 
 #include <utility>
-
-namespace {
-
-QStringList localFiles(const QMimeData &data)
-{
-    QStringList paths;
-    for (const QUrl &url : data.urls()) {
-        if (url.isLocalFile())
-            paths << url.toLocalFile();
-    }
-    return paths;
-}
-
-}
 
 LibraryWindow::LibraryWindow(QWidget *parent)
     : QMainWindow(parent)
@@ -58,7 +44,7 @@ void LibraryWindow::closeEvent(QCloseEvent *event)
 
 void LibraryWindow::dragEnterEvent(QDragEnterEvent *event)
 {
-    if (event->possibleActions().testFlag(Qt::CopyAction) && !localFiles(*event->mimeData()).isEmpty()) {
+    if (DragData::kind(*event) == NavigatorDrop::Kind::Files) {
         event->setDropAction(Qt::CopyAction); // the files stay where they are, whatever the source proposes
         event->accept();
     }
@@ -66,10 +52,9 @@ void LibraryWindow::dragEnterEvent(QDragEnterEvent *event)
 
 void LibraryWindow::dropEvent(QDropEvent *event)
 {
-    const QStringList paths = localFiles(*event->mimeData());
-    if (paths.isEmpty())
+    if (DragData::kind(*event) != NavigatorDrop::Kind::Files)
         return;
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    Q_EMIT filesDropped(paths);
+    Q_EMIT filesDropped(DragData::files(*event->mimeData()));
 }

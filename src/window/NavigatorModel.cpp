@@ -163,7 +163,7 @@ Qt::ItemFlags NavigatorModel::flags(const QModelIndex &index) const
     const PIGroup *item = pointerAt(index);
     if (!item)
         return {};
-    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled;
     if (index.column() == NameColumn && LibraryEditor::canRename(*item))
         flags |= Qt::ItemIsEditable;
     return flags;

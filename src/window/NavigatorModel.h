@@ -19,6 +19,7 @@ public:
 
     NavigatorModel(PhotoLibrary &library, LibraryEditor &editor, QObject *parent = nullptr);
 
+    [[nodiscard]] const PhotoLibrary &library() const { return m_library; }
     /// The group or folder at an index; null for an invalid one.
     [[nodiscard]] std::shared_ptr<PIGroup> itemAt(const QModelIndex &index) const;
     /// Invalid when the item is not in the library.

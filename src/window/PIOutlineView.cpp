@@ -1,9 +1,14 @@
 #include "PIOutlineView.h"
 
+#include "DragData.h"
 #include "NavigatorModel.h"
 #include "PIFolder.h"
 
+#include <QDrag>
+#include <QDragMoveEvent>
 #include <QHeaderView>
+#include <QMimeData>
+#include <QPainter>
 
 PIOutlineView::PIOutlineView(NavigatorModel &model, QWidget *parent)
     : QTreeView(parent)
@@ -19,6 +24,11 @@ PIOutlineView::PIOutlineView(NavigatorModel &model, QWidget *parent)
     setTextElideMode(Qt::ElideMiddle);
     setEditTriggers(EditKeyPressed | SelectedClicked);
     setSelectionMode(SingleSelection);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDropIndicatorShown(false);   // what is dropped may go elsewhere than the style would show
+    constexpr int kOpenAfter = 700; // milliseconds under a drag
+    setAutoExpandDelay(kOpenAfter);
     setAccessibleName(tr("Groups and folders"));
     header()->setStretchLastSection(false);
     header()->setSectionResizeMode(NavigatorModel::NameColumn, QHeaderView::Stretch);
@@ -98,4 +108,134 @@ void PIOutlineView::noteClosed(const QModelIndex &index, bool closed)
         return;
     item->setClosed(closed);
     m_model.refreshCounts(item.get());
+}
+
+void PIOutlineView::startDrag(Qt::DropActions)
+{
+    const auto item = selectedItem();
+    if (!item)
+        return;
+    const QRect row = visualRect(m_model.indexOf(item.get())).adjusted(-iconSize().width(), 0, 0, 0);
+    auto *drag = new QDrag(this); // deletes itself after the drop
+    drag->setMimeData(DragData::forItem(item).release());
+    drag->setPixmap(viewport()->grab(row));
+    drag->exec(Qt::MoveAction);
+}
+
+void PIOutlineView::dragEnterEvent(QDragEnterEvent *event)
+{
+    dragMoveEvent(event);
+}
+
+void PIOutlineView::dragMoveEvent(QDragMoveEvent *event)
+{
+    QTreeView::dragMoveEvent(event); // scrolls near the edges, opens rows
+    const NavigatorDrop place = placeFor(*event);
+    if (place.effect == NavigatorDrop::Effect::Refused) {
+        setDropPlace({});
+        event->ignore();
+        return;
+    }
+    setDropPlace(place);
+    event->setDropAction(place.effect == NavigatorDrop::Effect::Copy ? Qt::CopyAction : Qt::MoveAction);
+    event->accept();
+}
+
+void PIOutlineView::dragLeaveEvent(QDragLeaveEvent *event)
+{
+    QTreeView::dragLeaveEvent(event);
+    setDropPlace({});
+}
+
+void PIOutlineView::dropEvent(QDropEvent *event)
+{
+    const NavigatorDrop place = placeFor(*event);
+    setDropPlace({});
+    stopAutoScroll();
+    setState(NoState);
+    if (place.effect == NavigatorDrop::Effect::Refused) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(place.effect == NavigatorDrop::Effect::Copy ? Qt::CopyAction : Qt::MoveAction);
+    event->accept();
+    Q_EMIT dropped(*event, place);
+}
+
+namespace {
+
+struct ProposedPlace
+{
+    QModelIndex item; ///< invalid: the top level
+    int childIndex = NavigatorDrop::kOntoItem;
+};
+
+/// The upper and the lower quarter of a row stand for the places before and behind it.
+ProposedPlace proposedPlace(const QTreeView &view, QPoint position)
+{
+    const QModelIndex index = view.indexAt(position).siblingAtColumn(NavigatorModel::NameColumn);
+    if (!index.isValid())
+        return {{}, view.model()->rowCount()};
+    const QRect row = view.visualRect(index);
+    const int edge = std::max(2, row.height() / 4);
+    if (position.y() < row.top() + edge)
+        return {index.parent(), index.row()};
+    if (position.y() <= row.bottom() - edge)
+        return {index, NavigatorDrop::kOntoItem};
+    if (view.isExpanded(index) && view.model()->rowCount(index) > 0)
+        return {index, 0};
+    return {index.parent(), index.row() + 1};
+}
+
+}
+
+NavigatorDrop PIOutlineView::placeFor(const QDropEvent &event) const
+{
+    const auto kind = DragData::kind(event);
+    if (!kind)
+        return {};
+    const ProposedPlace place = proposedPlace(*this, event.position().toPoint());
+    return NavigatorDrop::validate(m_model.library(), *kind, m_model.itemAt(place.item), place.childIndex);
+}
+
+void PIOutlineView::setDropPlace(const std::optional<NavigatorDrop> &place)
+{
+    m_dropPlace = place;
+    viewport()->update();
+}
+
+/// A row that takes the drop, or a flat line between two.
+QRect PIOutlineView::dropMark() const
+{
+    const QModelIndex item = m_model.indexOf(m_dropPlace->item.get());
+    const auto acrossView = [this](QRect row) {
+        row.setRight(viewport()->width() - 1);
+        return row;
+    };
+    if (m_dropPlace->childIndex == NavigatorDrop::kOntoItem)
+        return item.isValid() ? acrossView(visualRect(item)) : viewport()->rect();
+    const QModelIndex before = m_model.index(m_dropPlace->childIndex, NavigatorModel::NameColumn, item);
+    if (before.isValid()) {
+        const QRect row = acrossView(visualRect(before));
+        return {row.left(), row.top() - 1, row.width(), 2};
+    }
+    QModelIndex last = item;
+    while (m_model.rowCount(last) > 0 && (!last.isValid() || isExpanded(last)))
+        last = m_model.index(m_model.rowCount(last) - 1, NavigatorModel::NameColumn, last);
+    const QRect row = acrossView(visualRect(last));
+    return {row.left(), row.bottom(), row.width(), 2};
+}
+
+void PIOutlineView::paintEvent(QPaintEvent *event)
+{
+    QTreeView::paintEvent(event);
+    if (!m_dropPlace)
+        return;
+    QPainter painter(viewport());
+    painter.setPen(QPen(palette().highlight(), 2));
+    const QRect mark = dropMark();
+    if (mark.height() <= 2)
+        painter.fillRect(mark, palette().highlight());
+    else
+        painter.drawRect(mark.adjusted(1, 1, -1, -1));
 }

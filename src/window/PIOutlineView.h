@@ -1,8 +1,11 @@
 #pragma once
 
+#include "NavigatorDrop.h"
+
 #include <QTreeView>
 
 #include <memory>
+#include <optional>
 
 class NavigatorModel;
 class PIGroup;
@@ -25,14 +28,26 @@ public:
 Q_SIGNALS:
     /// The selected row is another one, or the rows were rebuilt.
     void selectedItemChanged();
+    /// Something that DragData knows was dropped at a place that takes it. The signal's receiver takes it at once.
+    void dropped(const QDropEvent &event, const NavigatorDrop &place);
 
 protected:
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
+    void paintEvent(QPaintEvent *event) override;
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     void applyClosedFlags(const QModelIndex &parent);
     void noteClosed(const QModelIndex &index, bool closed);
+    [[nodiscard]] NavigatorDrop placeFor(const QDropEvent &event) const;
+    void setDropPlace(const std::optional<NavigatorDrop> &place);
+    [[nodiscard]] QRect dropMark() const;
 
     NavigatorModel &m_model;
+    std::optional<NavigatorDrop> m_dropPlace; ///< under the drag
     bool m_rebuilding = false;
 };

@@ -13,15 +13,10 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 #include <utility>
-
-namespace {
-
-constexpr int kWheelNotch = 120;
-
-}
 
 ThumbnailGridView::ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCenter &notifications, QWidget *parent)
     : QAbstractItemView(parent)
@@ -29,12 +24,14 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCen
     , m_fetcher(new TileFetcher(thumbnails, *m_model, this))
     , m_delegate(new ThumbnailDelegate(m_fetcher->pictures(), thumbnails.placeholder(), this))
     , m_band(new RubberBand(*this))
+    , m_dropScroll(new QTimer(this))
 {
     AccessibleGrid::install(); // before anybody can ask for the interface, which is kept
     setModel(m_model);
     setItemDelegate(m_delegate);
     setSelectionMode(ExtendedSelection);
-    setAutoScroll(false);
+    setAutoScroll(false); // a timer of our own scrolls under drags
+    setAcceptDrops(true);
     setEditTriggers(NoEditTriggers);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -43,6 +40,10 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCen
             [this] { AccessibleGrid::announceSelection(*this); });
     connect(m_fetcher, &TileFetcher::tileChanged, this, &ThumbnailGridView::updateTile);
     connect(m_band, &RubberBand::stretched, this, &ThumbnailGridView::takeUpBand);
+    connect(m_dropScroll, &QTimer::timeout, this, [this] {
+        verticalScrollBar()->setValue(verticalOffset() + m_dropScrollStep);
+        setDropGap({}); // until the pointer moves again
+    });
 
     const auto changed = [this](const NotificationObject &object) {
         if (const auto *photo = object.as<PIPhoto>())
@@ -319,6 +320,8 @@ void ThumbnailGridView::paintEvent(QPaintEvent *event)
         painter.drawText(viewport()->rect(), Qt::AlignCenter, tr("No photos"));
     }
     m_band->paint(painter);
+    if (m_dropGap)
+        painter.fillRect(m_dropGap->mark.translated(0, -verticalOffset()), palette().highlight());
 }
 
 void ThumbnailGridView::changeEvent(QEvent *event)
@@ -334,92 +337,12 @@ void ThumbnailGridView::focusInEvent(QFocusEvent *event)
     AccessibleGrid::announceFocus(*this);
 }
 
-namespace {
-
-GridSelection::Mode modeFor(Qt::KeyboardModifiers modifiers)
-{
-    const bool extends = modifiers.testFlag(Qt::ShiftModifier);
-    const bool adds = modifiers.testFlag(Qt::ControlModifier);
-    if (extends)
-        return adds ? GridSelection::Mode::Add : GridSelection::Mode::Extend;
-    return adds ? GridSelection::Mode::Toggle : GridSelection::Mode::Replace;
-}
-
-}
-
-void ThumbnailGridView::mousePressEvent(QMouseEvent *event)
-{
-    m_pressedRow = -1;
-    const int row = rowAt(event->position().toPoint());
-    if (row >= 0)
-        pressTile(row, *event);
-    else
-        beginBand(*event);
-    event->accept();
-}
-
-void ThumbnailGridView::mouseMoveEvent(QMouseEvent *event)
-{
-    m_band->stretch(event->position().toPoint());
-    event->accept();
-}
-
-void ThumbnailGridView::mouseReleaseEvent(QMouseEvent *event)
-{
-    m_band->end();
-    const int pressed = std::exchange(m_pressedRow, -1);
-    if (pressed >= 0 && event->button() == Qt::LeftButton && rowAt(event->position().toPoint()) == pressed)
-        choose(pressed, GridSelection::Mode::Replace);
-    event->accept();
-}
-
-void ThumbnailGridView::mouseDoubleClickEvent(QMouseEvent *event)
-{
-    const int row = rowAt(event->position().toPoint());
-    if (event->button() == Qt::LeftButton && row >= 0)
-        Q_EMIT photoActivated(row);
-    event->accept();
-}
-
-void ThumbnailGridView::keyPressEvent(QKeyEvent *event)
-{
-    static const QHash<int, CursorAction> cursorKeys{
-        {Qt::Key_Left, MoveLeft}, {Qt::Key_Right, MoveRight},   {Qt::Key_Up, MoveUp},
-        {Qt::Key_Down, MoveDown}, {Qt::Key_PageUp, MovePageUp}, {Qt::Key_PageDown, MovePageDown},
-        {Qt::Key_Home, MoveHome}, {Qt::Key_End, MoveEnd},
-    };
-    const auto cursorKey = cursorKeys.constFind(event->key());
-    if (event->matches(QKeySequence::SelectAll))
-        selectAll();
-    else if (cursorKey != cursorKeys.constEnd())
-        moveTo(moveCursor(*cursorKey, event->modifiers()).row(), event->modifiers());
-    else if (event->key() == Qt::Key_Space)
-        toggleCurrent(event->modifiers());
-    else if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && currentRow() >= 0)
-        Q_EMIT photoActivated(currentRow());
-    else if (!handleZoomKey(*event))
-        QAbstractItemView::keyPressEvent(event);
-}
-
-/// Turning away from oneself brings the photos nearer: fewer columns.
-void ThumbnailGridView::wheelEvent(QWheelEvent *event)
-{
-    if (!event->modifiers().testFlag(Qt::ControlModifier)) {
-        QAbstractItemView::wheelEvent(event);
-        return;
-    }
-    m_wheelRest += event->angleDelta().y();
-    const int notches = m_wheelRest / kWheelNotch;
-    m_wheelRest -= notches * kWheelNotch;
-    addColumns(-notches);
-    event->accept();
-}
-
 /// Brings in other photos without anyone hearing of the selection that is lost on the way.
 void ThumbnailGridView::exchangePhotos(const std::function<void()> &exchange)
 {
     m_band->end();
-    m_pressedRow = -1;
+    m_press.reset();
+    endDrop();
     m_applying = true;
     exchange();
     m_applying = false;
@@ -497,84 +420,6 @@ void ThumbnailGridView::setCurrentAndAnchor(int row)
 {
     selectionModel()->setCurrentIndex(m_model->index(row), QItemSelectionModel::NoUpdate);
     m_gestures.setAnchor(row);
-}
-
-void ThumbnailGridView::choose(int row, GridSelection::Mode mode)
-{
-    const bool changed = applySelection(m_gestures.choose(m_selected, row, mode));
-    selectionModel()->setCurrentIndex(m_model->index(row), QItemSelectionModel::NoUpdate);
-    if (changed)
-        Q_EMIT selectedPhotosChanged();
-}
-
-/// With Control alone the cursor moves and the selection stays.
-void ThumbnailGridView::moveTo(int row, Qt::KeyboardModifiers modifiers)
-{
-    if (row < 0)
-        return;
-    if (modeFor(modifiers) == GridSelection::Mode::Toggle)
-        selectionModel()->setCurrentIndex(m_model->index(row), QItemSelectionModel::NoUpdate);
-    else
-        choose(row, modeFor(modifiers));
-    scrollToRow(row, EnsureVisible);
-}
-
-void ThumbnailGridView::toggleCurrent(Qt::KeyboardModifiers modifiers)
-{
-    if (currentRow() >= 0)
-        choose(currentRow(), modeFor(modifiers));
-}
-
-bool ThumbnailGridView::handleZoomKey(const QKeyEvent &event)
-{
-    if (event.modifiers() & (Qt::AltModifier | Qt::MetaModifier))
-        return false;
-    switch (event.key()) {
-    case Qt::Key_Plus:
-    case Qt::Key_Equal:
-        addColumns(-1);
-        return true;
-    case Qt::Key_Minus:
-        addColumns(1);
-        return true;
-    default:
-        return false;
-    }
-}
-
-void ThumbnailGridView::pressTile(int row, const QMouseEvent &event)
-{
-    const auto mode = modeFor(event.modifiers());
-    const bool keeps = mode == GridSelection::Mode::Replace && m_selected.contains(row);
-    if (keeps) {
-        setCurrentAndAnchor(row);
-        if (event.button() == Qt::LeftButton)
-            m_pressedRow = row;
-    } else if (event.button() == Qt::LeftButton) {
-        choose(row, mode);
-    } else if (event.button() == Qt::RightButton && !m_selected.contains(row)) {
-        choose(row, GridSelection::Mode::Replace);
-    }
-}
-
-void ThumbnailGridView::beginBand(const QMouseEvent &event)
-{
-    const auto mode = modeFor(event.modifiers());
-    if (mode == GridSelection::Mode::Replace && applySelection({}))
-        Q_EMIT selectedPhotosChanged();
-    if (event.button() != Qt::LeftButton)
-        return;
-    m_gestures.beginBand(m_selected, mode);
-    m_band->begin(event.position().toPoint());
-}
-
-void ThumbnailGridView::takeUpBand(const QRect &contentRect)
-{
-    if (!applySelection(m_gestures.band(m_layout.touchedBy(contentRect))))
-        return;
-    if (!m_selected.isEmpty())
-        setCurrentAndAnchor(int(nearest(m_selected, currentRow())));
-    Q_EMIT selectedPhotosChanged();
 }
 
 void ThumbnailGridView::updateTile(int row)

@@ -9,9 +9,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class PIFolder;
 class PIPhoto;
+class QTimer;
 class RubberBand;
 class ThumbnailDelegate;
 class ThumbnailGridModel;
@@ -73,6 +75,9 @@ Q_SIGNALS:
     void columnCountChanged(int columns);
     /// Other columns are seen, or there is room for more or fewer.
     void columnsLaidOut();
+    /// Something that DragData knows was dropped; it is to stand before the photo at `before`. The signal's receiver
+    /// takes it at once.
+    void dropped(const QDropEvent &event, int before);
 
 protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -95,6 +100,11 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
 
 private:
     /// What stays where it is on the screen when the layout changes.
@@ -122,6 +132,11 @@ private:
     void pressTile(int row, const QMouseEvent &event);
     void beginBand(const QMouseEvent &event);
     void takeUpBand(const QRect &contentRect);
+    void takeUpDrag(QDragMoveEvent &event);
+    [[nodiscard]] std::optional<GridLayout::Gap> gapFor(const QDropEvent &event) const;
+    void setDropGap(const std::optional<GridLayout::Gap> &gap);
+    void endDrop();
+    [[nodiscard]] QPixmap dragPixmap() const;
     void updateTile(int row);
     void scrollToRow(int row, ScrollHint hint);
     void showVisible();
@@ -138,8 +153,18 @@ private:
     IndexSet m_selected; // what the selection model holds, as a set
     GridSelection m_gestures;
     bool m_applying = false; // changes of the selection model are our own
-    int m_pressedRow = -1;   // pressed while selected: chosen alone on release, if nothing else happens till then
-    int m_wheelRest = 0;     // part of a notch, from fine-grained wheels
+    struct Press
+    {
+        int row = -1;
+        QPoint position;
+        Qt::KeyboardModifiers modifiers;
+        bool choosesOnRelease = false; ///< it was selected: the others stay, in case that they are dragged along
+    };
+    std::optional<Press> m_press; // of the left button on a tile
+    std::optional<GridLayout::Gap> m_dropGap;
+    QTimer *m_dropScroll;
+    int m_dropScrollStep = 0;
+    int m_wheelRest = 0; // part of a notch, from fine-grained wheels
     NotificationCenter::Observer m_thumbnailObserver;
     NotificationCenter::Observer m_redrawObserver;
 };
