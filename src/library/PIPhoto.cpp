@@ -40,6 +40,22 @@ std::shared_ptr<PIPhoto> PIPhoto::copy() const
     return std::shared_ptr<PIPhoto>(new PIPhoto(*this));
 }
 
+void PIPhoto::takeEdits(const PIPhoto &other)
+{
+    willChange();
+    m_fileRef = other.m_fileRef;
+    m_caption = other.m_caption;
+    m_cropRect = other.m_cropRect;
+    m_filterDicts = other.m_filterDicts;
+    m_marked = other.m_marked;
+    setKeywordIndexes(other.keywordIndexes());
+}
+
+bool PIPhoto::looksDifferent(const PIPhoto &other) const
+{
+    return m_fileRef != other.m_fileRef || m_cropRect != other.m_cropRect || m_filterDicts != other.m_filterDicts;
+}
+
 bool PIPhoto::isVolumeAway() const
 {
     return m_fileRef && m_fileRef->isVolumeAway();
@@ -74,6 +90,7 @@ QList<quint64> PIPhoto::keywordIndexes() const
 
 void PIPhoto::setKeywordIndexes(const QList<quint64> &indexes)
 {
+    willChange();
     if (m_keywords)
         m_keywords->count = 0;
     for (const quint64 index : indexes) {

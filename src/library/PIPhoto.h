@@ -5,6 +5,7 @@
 #include "Image.h"
 #include "NotFound.h"
 #include "PIFileRef.h"
+#include "PhotoMoment.h"
 #include "PictureRecipe.h"
 
 #include <QImage>
@@ -39,20 +40,44 @@ public:
 
     /// Same guid, file reference and edits. Not carried: save number, thumbnail date, pending work.
     [[nodiscard]] std::shared_ptr<PIPhoto> copy() const;
+    /// Becomes what copy() made of `other`, but for the guid.
+    void takeEdits(const PIPhoto &other);
+    /// Whether the picture is made differently from the same file, or from another one.
+    [[nodiscard]] bool looksDifferent(const PIPhoto &other) const;
 
     [[nodiscard]] const std::shared_ptr<PIFileRef> &fileRef() const { return m_fileRef; }
-    void setFileRef(std::shared_ptr<PIFileRef> fileRef) { m_fileRef = std::move(fileRef); }
+    void setFileRef(std::shared_ptr<PIFileRef> fileRef)
+    {
+        willChange();
+        m_fileRef = std::move(fileRef);
+    }
     [[nodiscard]] const QString &guid() const { return m_guid; }
     void setGuid(const QString &guid) { m_guid = guid; }
     [[nodiscard]] const QString &caption() const { return m_caption; }
-    void setCaption(const QString &caption) { m_caption = caption; }
+    void setCaption(const QString &caption)
+    {
+        willChange();
+        m_caption = caption;
+    }
     [[nodiscard]] bool isMarked() const { return m_marked; }
-    void setMarked(bool marked) { m_marked = marked; }
+    void setMarked(bool marked)
+    {
+        willChange();
+        m_marked = marked;
+    }
     /// Pixels of the picture as shown without a crop, y downward; empty when not cropped.
     [[nodiscard]] const QRectF &cropRect() const { return m_cropRect; }
-    void setCropRect(const QRectF &rect) { m_cropRect = rect; }
+    void setCropRect(const QRectF &rect)
+    {
+        willChange();
+        m_cropRect = rect;
+    }
     [[nodiscard]] const EffectChain &filterDicts() const { return m_filterDicts; }
-    void setFilterDicts(const EffectChain &chain) { m_filterDicts = chain; }
+    void setFilterDicts(const EffectChain &chain)
+    {
+        willChange();
+        m_filterDicts = chain;
+    }
     [[nodiscard]] quint64 saveIndex() const { return m_saveIndex; }
     void setSaveIndex(quint64 index) { m_saveIndex = index; }
     void clearSaveIndex() { m_saveIndex = kNotFound; }
@@ -101,6 +126,14 @@ public:
 
 private:
     PIPhoto(const PIPhoto &other);
+    /// To be called before anything that copy() carries changes: undo may ask for what the photo is now.
+    void willChange()
+    {
+        if (m_notedAt >= PhotoMoment::newest())
+            return;
+        PhotoMoment::note(*this);
+        m_notedAt = PhotoMoment::newest();
+    }
     /// Finds the reference that the element names; nothing when it names one that cannot be.
     using RefResolver = std::function<std::optional<std::shared_ptr<PIFileRef>>(const QVXmlDecoder &)>;
     [[nodiscard]] static std::shared_ptr<PIPhoto> readArchive(QVXmlDecoder &decoder, const RefResolver &resolve);
@@ -114,6 +147,7 @@ private:
     DynamicArrayPtr m_keywords;
     quint64 m_thumbnailDate = 0;
     quint64 m_saveIndex = 0;
+    quint64 m_notedAt = PhotoMoment::newest(); ///< no earlier moment knows the photo, or all that do have noted it
     QRectF m_cropRect;
     EffectChain m_filterDicts;
     bool m_marked = false;

@@ -43,11 +43,19 @@ void PhotoLibrary::fileChanged(PIFileRef &fileRef)
 
 void PhotoLibrary::setDirty(bool dirty)
 {
+    if (!dirty)
+        m_dirtyForGood = false;
     if (dirty == m_dirty)
         return;
     m_dirty = dirty;
     if (m_dirtyListener)
         m_dirtyListener(dirty);
+}
+
+void PhotoLibrary::setDirtyForGood()
+{
+    m_dirtyForGood = true;
+    setDirty(true);
 }
 
 void PhotoLibrary::makeDefaultLibrary()

@@ -41,6 +41,9 @@ public:
 
     [[nodiscard]] bool isDirty() const { return m_dirty; }
     void setDirty(bool dirty);
+    /// For a change that undo does not take back: the library stays dirty, whatever is undone, until setDirty(false).
+    void setDirtyForGood();
+    [[nodiscard]] bool isDirtyForGood() const { return m_dirtyForGood; }
     /// Called whenever the dirty flag changes; one listener, the window.
     void setDirtyListener(std::function<void(bool)> listener) { m_dirtyListener = std::move(listener); }
 
@@ -67,6 +70,7 @@ private:
     EffectSetStore m_effectSets;
     QList<std::shared_ptr<PIGroup>> m_groups;
     bool m_dirty = false;
+    bool m_dirtyForGood = false;
     std::function<void(bool)> m_dirtyListener;
     NotificationCenter::Observer m_savingObserver;
     NotificationCenter::Observer m_fileChangeObserver;
