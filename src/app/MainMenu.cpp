@@ -42,7 +42,8 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions)
     addCommands(*bar.addMenu(tr("&File")), actions,
                 {Command::AddFiles, Command::AddFolder, Command::FindOrphans, std::nullopt, Command::NewFolder,
                  Command::NewGroup, std::nullopt, Command::Save, Command::ClearCaches, std::nullopt, Command::Quit});
-    addCommands(*bar.addMenu(tr("&Edit")), actions, {Command::SelectAll, std::nullopt, Command::Rename});
+    addCommands(*bar.addMenu(tr("&Edit")), actions,
+                {Command::Undo, Command::Redo, std::nullopt, Command::SelectAll, std::nullopt, Command::Rename});
 
     QMenu *view = bar.addMenu(tr("&View"));
     addCommands(*view, actions,

@@ -67,7 +67,7 @@ bool FileCommands::renameFile(PhotoLibrary &library, PIPhoto &photo, const QStri
         return false;
     }
     file.setPath(target);
-    library.setDirty(true);
+    library.setDirtyForGood();
     library.notifications().post(kRedrawNotification, &photo);
     return true;
 }
@@ -125,7 +125,7 @@ int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<
             take(other, candidate);
     }
     tellPhotos(library, taken, told);
-    library.setDirty(true);
+    library.setDirtyForGood();
     library.notifications().post(kSelectNotification, photo);
     return static_cast<int>(told.size()) - 1;
 }
@@ -199,5 +199,5 @@ void FileCommands::takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> 
     if (taken.isEmpty())
         return;
     tellPhotos(library, taken, {});
-    library.setDirty(true);
+    library.setDirtyForGood();
 }

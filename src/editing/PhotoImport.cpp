@@ -186,12 +186,23 @@ void PhotoImport::finish()
     m_channel->import = nullptr;
     m_outcome.scan = m_channel->summary;
     m_outcome.scan.cancelled = m_channel->cancelled; // the walk may have been through already
-    m_outcome.accepted = addFolders() && addLoosePhotos();
+    m_outcome.accepted = recordMixture() && addFolders() && addLoosePhotos();
     m_outcome.photosAdded = m_outcome.accepted ? m_photosTaken : 0;
     const Finished finished = std::move(m_finished);
     const Outcome outcome = std::move(m_outcome);
     if (finished)
         finished(outcome);
+}
+
+/// Folders and loose photos may go to different places: what brings both is recorded for the whole tree.
+bool PhotoImport::recordMixture()
+{
+    if (m_newFolders.isEmpty() || m_loosePhotos.isEmpty() || m_request.undoName == UndoName::AlreadyRecorded)
+        return true;
+    if (!m_editor.recorder().setUndoAction(UndoAction::WholeTree, m_request.undoName, {}))
+        return false;
+    m_request.undoName = UndoName::AlreadyRecorded;
+    return true;
 }
 
 /// What was selected in the navigator stays so; without that, and without photos to be shown in a moment, the first

@@ -61,6 +61,7 @@ private:
     void take(const ScanStep &step);
     void beginFolder(const QString &path);
     void finish();
+    [[nodiscard]] bool recordMixture();
     [[nodiscard]] bool addFolders();
     [[nodiscard]] bool addFolder(const std::shared_ptr<PIFolder> &folder);
     [[nodiscard]] bool addLoosePhotos();

@@ -17,6 +17,8 @@ enum class Command {
     Save,
     ClearCaches,
     Quit,
+    Undo,
+    Redo,
     SelectAll,
     Rename,
     ShowSelection,

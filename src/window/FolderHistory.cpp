@@ -2,6 +2,8 @@
 
 #include "PIFolder.h"
 
+#include <algorithm>
+
 void FolderHistory::addFolderToNavigator(const std::shared_ptr<PIFolder> &folder)
 {
     m_forwardFolders.clear();
@@ -25,6 +27,15 @@ std::shared_ptr<PIFolder> FolderHistory::goForward()
     return m_backFolders.last();
 }
 
+namespace {
+
+void mergeNeighbours(QList<std::shared_ptr<PIFolder>> &folders)
+{
+    folders.erase(std::unique(folders.begin(), folders.end()), folders.end());
+}
+
+}
+
 void FolderHistory::deleteFolderFromNavigator(const std::shared_ptr<PIFolder> &folder, TopLevel topLevel)
 {
     m_backFolders.removeAll(folder);
@@ -33,8 +44,14 @@ void FolderHistory::deleteFolderFromNavigator(const std::shared_ptr<PIFolder> &f
         deleteFolderFromNavigator(child, TopLevel::No);
     if (topLevel == TopLevel::No)
         return;
-    for (qsizetype i = m_backFolders.size() - 1; i > 0; --i) {
-        if (m_backFolders[i] == m_backFolders[i - 1])
-            m_backFolders.removeAt(i);
+    mergeNeighbours(m_backFolders);
+}
+
+void FolderHistory::keepOnly(const std::function<bool(const std::shared_ptr<PIFolder> &)> &isKept)
+{
+    for (auto *folders : {&m_backFolders, &m_forwardFolders}) {
+        const auto removed = folders->removeIf([&](const auto &folder) { return !isKept(folder); });
+        if (removed > 0)
+            mergeNeighbours(*folders);
     }
 }

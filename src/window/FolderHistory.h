@@ -2,6 +2,7 @@
 
 #include <QList>
 
+#include <functional>
 #include <memory>
 
 class PIFolder;
@@ -20,6 +21,8 @@ public:
     enum class TopLevel { Yes, No };
     /// A folder was deleted: it and everything beneath it leave the history. `TopLevel::No` is for those beneath.
     void deleteFolderFromNavigator(const std::shared_ptr<PIFolder> &folder, TopLevel topLevel = TopLevel::Yes);
+    /// All other folders leave the history; back and forward go on among those that remain.
+    void keepOnly(const std::function<bool(const std::shared_ptr<PIFolder> &)> &isKept);
 
 private:
     QList<std::shared_ptr<PIFolder>> m_backFolders; // the last one is on show

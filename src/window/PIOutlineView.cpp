@@ -7,6 +7,7 @@
 #include <QDrag>
 #include <QDragMoveEvent>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
 
@@ -77,6 +78,12 @@ void PIOutlineView::editName(const std::shared_ptr<PIGroup> &item)
     scrollTo(index);
     setFocus();
     edit(index);
+}
+
+void PIOutlineView::abortEditing()
+{
+    if (auto *editor = viewport()->findChild<QLineEdit *>())
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
 }
 
 void PIOutlineView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)

@@ -24,6 +24,8 @@ public:
     void selectAndCenter(const std::shared_ptr<PIGroup> &item);
     /// Starts editing the item's name.
     void editName(const std::shared_ptr<PIGroup> &item);
+    /// Ends editing; the item keeps the name it had.
+    void abortEditing();
 
 Q_SIGNALS:
     /// The selected row is another one, or the rows were rebuilt.

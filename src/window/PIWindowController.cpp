@@ -23,14 +23,16 @@
 #include "WindowPreferences.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFileDialog>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QScreen>
 #include <QStatusBar>
 #include <QTimer>
 
 namespace {
+
+constexpr int kUndoSteps = 50;
 
 /// Opens what stands above the item. Whether it is open itself remains the user's choice.
 void openAncestors(const PIGroup &item)
@@ -59,8 +61,8 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     : m_library(library)
     , m_defaults(defaults)
     , m_databasePath(databasePath)
-    , m_recorder(library)
-    , m_editor(library, *this, m_recorder)
+    , m_undo(library, *this)
+    , m_editor(library, *this, m_undoManager)
     , m_window(std::make_unique<LibraryWindow>())
     , m_actions(new LibraryActions(*m_window))
     , m_navigatorModel(new NavigatorModel(library, m_editor, m_window.get()))
@@ -87,6 +89,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
 PIWindowController::~PIWindowController()
 {
     m_library.setDirtyListener({});
+    m_undoManager.setChangeListener({});
     m_window->hide(); // whoever has the focus gives it up while everything is still there
     m_window.reset(); // its children refer to members that end after it
 }
@@ -116,6 +119,8 @@ void PIWindowController::bindCommands()
     m_actions->bind(Command::NewFolder, [this](bool) { newFolder(); });
     m_actions->bind(Command::Save, [this](bool) { saveDocument(); });
     m_actions->bind(Command::Quit, [this](bool) { m_window->close(); });
+    m_actions->bind(Command::Undo, [this](bool) { m_undoManager.undo(); });
+    m_actions->bind(Command::Redo, [this](bool) { m_undoManager.redo(); });
     m_actions->bind(Command::SelectAll, [this](bool) { m_thumbnailView->selectAll(); });
     m_actions->bind(Command::Rename, [this](bool) { m_outline->editName(m_outline->selectedItem()); });
     m_actions->bind(Command::ShowSelection, [this](bool) { m_thumbnailView->scrollToSelection(); });
@@ -172,6 +177,10 @@ void PIWindowController::observe()
         m_window->setWindowModified(dirty);
         enableCommands();
     });
+    m_undoManager.setDelegate(&m_undo);
+    m_undoManager.setCapacity(kUndoSteps);
+    m_undoManager.setBeep(&QApplication::beep);
+    m_undoManager.setChangeListener([this] { enableCommands(); });
     NotificationCenter &center = m_library.notifications();
     m_selectObserver = center.observe(kSelectNotification, [this](const NotificationObject &) { photoWasSelected(); });
 }
@@ -204,7 +213,10 @@ void PIWindowController::restoreState(const WindowRestoreRecord &record)
 
 bool PIWindowController::SaveLibrary()
 {
-    return LibraryFile::save(m_databasePath, m_library, saveState());
+    if (!LibraryFile::save(m_databasePath, m_library, saveState()))
+        return false;
+    m_undoManager.clearUndo();
+    return true;
 }
 
 bool PIWindowController::windowShouldClose()
@@ -278,6 +290,11 @@ std::shared_ptr<PIGroup> PIWindowController::selectedItem() const
     return m_outline->selectedItem();
 }
 
+std::shared_ptr<PIPhoto> PIWindowController::currentPhoto() const
+{
+    return m_detailController->photo();
+}
+
 void PIWindowController::resetList(const std::shared_ptr<PIGroup> &item)
 {
     if (item)
@@ -292,6 +309,35 @@ void PIWindowController::selectIndexes(const IndexSet &indexes)
 {
     m_thumbnailView->selectIndexes(indexes);
     m_thumbnailView->scrollToSelection();
+}
+
+void PIWindowController::selectRow(const std::shared_ptr<PIGroup> &item)
+{
+    if (item)
+        m_outline->selectAndCenter(item);
+    m_outline->viewport()->update(); // any folder may hold more or fewer photos now
+    m_thumbnailView->reload();
+    showSummary();
+    Q_EMIT folderShown(shownFolder());
+}
+
+void PIWindowController::abortEditing()
+{
+    m_outline->abortEditing();
+}
+
+void PIWindowController::forgetFolder(const std::shared_ptr<PIFolder> &folder)
+{
+    m_history.deleteFolderFromNavigator(folder);
+    enableNavigator();
+}
+
+void PIWindowController::forgetLostFolders()
+{
+    m_history.keepOnly([this](const std::shared_ptr<PIFolder> &folder) {
+        return m_library.groups().contains(PhotoLibrary::groupForFolder(folder));
+    });
+    enableNavigator();
 }
 
 void PIWindowController::addFiles()
@@ -411,6 +457,8 @@ void PIWindowController::enableCommands()
     for (const Command command : {Command::AddFiles, Command::AddFolder, Command::NewGroup, Command::NewFolder})
         m_actions->setEnabled(command, idle);
     m_actions->setEnabled(Command::Save, idle && m_library.isDirty());
+    enableUndo(Command::Undo, UndoDirection::Undo);
+    enableUndo(Command::Redo, UndoDirection::Redo);
     m_actions->setEnabled(Command::SelectAll, shownFolder() != nullptr);
     m_actions->setEnabled(Command::ShowSelection, !selectedIndexes().isEmpty());
     const auto item = selectedItem();
@@ -418,6 +466,14 @@ void PIWindowController::enableCommands()
     m_actions->setEnabled(Command::FewerColumns, m_thumbnailView->canAddColumns(-1));
     m_actions->setEnabled(Command::MoreColumns, m_thumbnailView->canAddColumns(1));
     enableNavigator();
+}
+
+/// An import has chosen its place, which is to stay until it is done.
+void PIWindowController::enableUndo(Command command, UndoDirection direction)
+{
+    const QVUndoManager::MenuState state = m_undoManager.validateState(direction);
+    m_actions->action(command)->setText(state.title);
+    m_actions->setEnabled(command, state.enabled && !isImporting());
 }
 
 void PIWindowController::enableNavigator()

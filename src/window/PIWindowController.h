@@ -1,9 +1,10 @@
 #pragma once
 
-#include "DirtyRecorder.h"
+#include "CommandTable.h"
 #include "FolderHistory.h"
 #include "LibraryEditor.h"
 #include "LibraryFile.h"
+#include "LibraryUndo.h"
 #include "LibraryView.h"
 #include "NotificationCenter.h"
 #include "PhotoImport.h"
@@ -43,12 +44,13 @@ public:
     [[nodiscard]] PIDetailController &detailController() const { return *m_detailController; }
     [[nodiscard]] ThumbnailGridView &thumbnailView() const { return *m_thumbnailView; }
     [[nodiscard]] LibraryEditor &editor() { return m_editor; }
+    [[nodiscard]] QVUndoManager &undoManager() { return m_undoManager; }
 
     /// Shows the window; `zoomed` fills the screen, else it takes the place it had.
     void showWindow(bool zoomed);
     /// Shows the folder, selection and photo that the library file tells of.
     void restoreState(const WindowRestoreRecord &record);
-    /// Writes the library; true when it is on disk.
+    /// Writes the library; true when it is on disk. What was changed before cannot be undone then.
     [[nodiscard]] bool SaveLibrary();
     /// Whether the window may close: asks about unsaved changes and saves when told to.
     [[nodiscard]] bool windowShouldClose();
@@ -68,8 +70,13 @@ public:
     [[nodiscard]] std::shared_ptr<PIFolder> shownFolder() const override;
     [[nodiscard]] IndexSet selectedIndexes() const override;
     [[nodiscard]] std::shared_ptr<PIGroup> selectedItem() const override;
+    [[nodiscard]] std::shared_ptr<PIPhoto> currentPhoto() const override;
     void resetList(const std::shared_ptr<PIGroup> &item) override;
     void selectIndexes(const IndexSet &indexes) override;
+    void selectRow(const std::shared_ptr<PIGroup> &item) override;
+    void abortEditing() override;
+    void forgetFolder(const std::shared_ptr<PIFolder> &folder) override;
+    void forgetLostFolders() override;
 
     // Commands
     void addFiles();
@@ -96,6 +103,7 @@ private:
     void navigateFolders(const std::shared_ptr<PIFolder> &target);
     void photoWasSelected();
     void enableCommands();
+    void enableUndo(Command command, UndoDirection direction);
     void enableNavigator();
     void showSummary();
     void toggleDetail(bool shown);
@@ -104,7 +112,8 @@ private:
     PhotoLibrary &m_library;
     UserDefaults &m_defaults;
     QString m_databasePath;
-    DirtyRecorder m_recorder;
+    LibraryUndo m_undo;
+    QVUndoManager m_undoManager;
     LibraryEditor m_editor;
     std::unique_ptr<LibraryWindow> m_window;
     LibraryActions *m_actions;

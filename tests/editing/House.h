@@ -63,7 +63,7 @@ struct House
     NotificationCenter notifications;
     WatchedFinder finder;
     PhotoLibrary library{thumbnails.path(), finder, notifications};
-    FakeLibraryView view;
+    FakeLibraryView view{library};
     FakeRecorder recorder;
     LibraryEditor editor{library, view, recorder};
     std::shared_ptr<PIGroup> group = std::make_shared<PIGroup>(QStringLiteral("G"));

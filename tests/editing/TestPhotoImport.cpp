@@ -48,7 +48,7 @@ private Q_SLOTS:
         const auto outcome = runImport(house, request);
         QVERIFY(outcome.accepted);
         QCOMPARE(outcome.photosAdded, 5);
-        QCOMPARE(house.recorder.asked, QStringList(QStringLiteral("2/2/A")));
+        QCOMPARE(house.recorder.asked, QStringList(QStringLiteral("1/2/")));
 
         QCOMPARE(house.a->folders().size(), 1);
         const auto &trip = house.a->folders().first();
