@@ -195,6 +195,33 @@ bool PhotoEdits::toggleMark()
     return true;
 }
 
+bool PhotoEdits::clearCrop()
+{
+    const auto folder = m_editor.view().shownFolder();
+    if (!folder)
+        return false;
+    const auto &photos = std::as_const(*folder).photos();
+    const IndexSet selected = m_editor.view().selectedIndexes();
+    IndexSet cropped;
+    for (const qint64 index : selected.indexes(photos.size())) {
+        if (!photos.at(index)->cropRect().isEmpty())
+            cropped.add(index);
+    }
+    if (cropped.isEmpty())
+        return false;
+    const bool isOne = selected.count() == 1;
+    const UndoContext context{.container = folder, .photo = isOne ? photos.at(*selected.first()) : nullptr};
+    if (!m_editor.recorder().setUndoAction(isOne ? UndoAction::Photo : UndoAction::PhotoList, UndoName::Crop, context))
+        return false;
+    for (const qint64 index : cropped.indexes(photos.size())) {
+        photos.at(index)->setCropRect({});
+        m_editor.library().thumbnails().updateForFilters(*photos.at(index));
+        m_editor.library().notifications().post(kThumbnailNotification, photos.at(index));
+    }
+    m_editor.view().selectIndexes(cropped);
+    return true;
+}
+
 bool PhotoEdits::sortFolder(Order order, const std::function<quint32()> &random)
 {
     const auto folder = m_editor.view().shownFolder();

@@ -32,6 +32,9 @@ public:
     /// Marks the unmarked among the selected photos, and the other way round.
     bool toggleMark();
 
+    /// Shows those of the selected photos whole again that are cropped, and selects them. False when none is.
+    bool clearCrop();
+
     enum class Order { Name, Date, Random };
     /// Sorts the folder on show. `random` gives the next random number. False when refused.
     bool sortFolder(Order order, const std::function<quint32()> &random);

@@ -1,7 +1,5 @@
 #include "TestRunner.h"
 
-#include "LibraryFile.h"
-#include "PhotoClipboard.h"
 #include "PhotoOrder.h"
 #include "UndoHouse.h"
 
@@ -300,25 +298,36 @@ private Q_SLOTS:
         QCOMPARE(shuffled, photos);
     }
 
-    void photosAreCopiedAndPasted()
+    void photosArePastedBehindTheSelection()
     {
-        LibraryFile::registerTags();
         Tree tree;
-        tree.a->photos().first()->setMarked(true);
-        const QByteArray text = PhotoClipboard::textForPhotos(tree.fromA(QStringLiteral("12")));
-        const auto pasted = PhotoClipboard::photosFromText(text, tree.library.fileRefs());
-        QVERIFY(pasted);
-        QCOMPARE(pasted->size(), 2);
-        QVERIFY(pasted->first()->isMarked());
-        QVERIFY(pasted->first()->guid() != tree.a->photos().first()->guid());
-        QCOMPARE(pasted->first()->fileRef(), tree.a->photos().first()->fileRef());
+        PIGroup::PhotoList copies;
+        for (const auto &photo : tree.fromA(QStringLiteral("12")))
+            copies.append(photo->copy());
         tree.view.selection = positions(QStringLiteral("0 2"));
-        QVERIFY(tree.photoEdits.paste(*pasted));
+        QVERIFY(tree.photoEdits.paste(copies));
         QCOMPARE(House::captions(*tree.a), QStringLiteral("123124"));
         QCOMPARE(tree.lastEntry(), QStringLiteral("4/13"));
-        for (const char *malformed : {"", "x", "<photos></photos>", "<photo></photo>", "<photos><photo id=\"1\">",
-                                      "<photos><photo id=\"1\" ref=\"no\"></photo></photos>"})
-            QVERIFY2(!PhotoClipboard::photosFromText(malformed, tree.library.fileRefs()), malformed);
+        QVERIFY(!tree.photoEdits.paste({}));
+    }
+
+    void cropsAreCleared()
+    {
+        Tree tree;
+        const auto &photos = std::as_const(*tree.a).photos();
+        tree.view.selection = positions(QStringLiteral("0-2"));
+        QVERIFY(!tree.photoEdits.clearCrop());
+        for (const int i : {0, 1, 3})
+            photos.at(i)->setCropRect({1, 2, 3, 4});
+        QVERIFY(tree.photoEdits.clearCrop());
+        QCOMPARE(tree.view.selection, positions(QStringLiteral("0 1")));
+        QCOMPARE(tree.lastEntry(), QStringLiteral("4/4"));
+        QVERIFY(photos.at(1)->cropRect().isEmpty() && !photos.at(3)->cropRect().isEmpty());
+        QVERIFY(photos.at(0)->isCropChanged());
+
+        tree.view.selection = positions(QStringLiteral("3"));
+        QVERIFY(tree.photoEdits.clearCrop());
+        QCOMPARE(tree.lastEntry(), QStringLiteral("0/4"));
     }
 };
 
