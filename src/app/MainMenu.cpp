@@ -43,14 +43,22 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions)
                 {Command::AddFiles, Command::AddFolder, Command::FindOrphans, std::nullopt, Command::NewFolder,
                  Command::NewGroup, std::nullopt, Command::Save, Command::ClearCaches, std::nullopt, Command::Quit});
     addCommands(*bar.addMenu(tr("&Edit")), actions,
-                {Command::Undo, Command::Redo, std::nullopt, Command::SelectAll, std::nullopt, Command::Rename});
+                {Command::Undo, Command::Redo, std::nullopt, Command::Cut, Command::Copy, Command::Paste,
+                 Command::Delete, std::nullopt, Command::SelectAll, Command::SelectMarked, std::nullopt,
+                 Command::Rename, Command::MoveUp, Command::MoveDown});
+    addCommands(*bar.addMenu(tr("&Photo")), actions,
+                {Command::ToggleMark, Command::ClearCrop, std::nullopt, Command::MoveToFolder, Command::ExtractFolder,
+                 Command::CopyToNewFolder, std::nullopt, Command::SortByName, Command::SortByDate,
+                 Command::SortAtRandom, std::nullopt, Command::Reveal, Command::EditImage, std::nullopt,
+                 Command::Trash});
 
     QMenu *view = bar.addMenu(tr("&View"));
     addCommands(*view, actions,
                 {Command::ShowCaptions, Command::ShowDates, Command::ShowFileNames, std::nullopt, Command::FewerColumns,
                  Command::MoreColumns, std::nullopt, Command::ShowDetail, Command::FullScreen, std::nullopt,
                  Command::ShowSelection});
-    addCommands(*bar.addMenu(tr("&Go")), actions, {Command::Back, Command::Forward});
+    addCommands(*bar.addMenu(tr("&Go")), actions,
+                {Command::Back, Command::Forward, std::nullopt, Command::PreviousPhoto, Command::NextPhoto});
 
     QMenu *help = bar.addMenu(tr("&Help"));
     QObject::connect(help->addAction(tr("About Tamsel Photo")), &QAction::triggered, &window,

@@ -19,8 +19,26 @@ enum class Command {
     Quit,
     Undo,
     Redo,
+    Cut,
+    Copy,
+    Paste,
+    Delete,
+    Trash,
     SelectAll,
+    SelectMarked,
     Rename,
+    ToggleMark,
+    ExtractFolder,
+    CopyToNewFolder,
+    MoveToFolder,
+    MoveUp,
+    MoveDown,
+    ClearCrop,
+    SortByName,
+    SortByDate,
+    SortAtRandom,
+    Reveal,
+    EditImage,
     ShowSelection,
     ShowCaptions,
     ShowDates,
@@ -31,6 +49,28 @@ enum class Command {
     FullScreen,
     Back,
     Forward,
+    NextPhoto,
+    PreviousPhoto,
+};
+
+/// What must be so for a command to be enabled.
+enum class EnabledWhen {
+    Always,
+    NothingIsImported,
+    LibraryIsDirty,
+    CanUndo,
+    CanRedo,
+    PhotosAreSelected,
+    CanPaste,
+    FolderIsShown,
+    ItemCanBeRenamed,
+    CanDelete,
+    CanMoveUp,
+    CanMoveDown,
+    HasRoomForLargerTiles,
+    HasRoomForSmallerTiles,
+    CanGoBack,
+    CanGoForward,
 };
 
 /// What a menu, a toolbar and a tool tip need to know of a command. Texts are translated where they are shown.
@@ -42,6 +82,7 @@ struct CommandInfo
     const char *iconName; ///< of the icon theme, and of our own set where the theme has none; may be empty
     using Shortcut = std::variant<std::monostate, QKeySequence::StandardKey, QKeyCombination>;
     std::array<Shortcut, 2> keys = {};
+    EnabledWhen enabledWhen = EnabledWhen::Always;
     bool checkable = false;
 
     /// The keys as they are on this desktop, the one to be shown first.

@@ -35,6 +35,7 @@ public:
     [[nodiscard]] const std::shared_ptr<PIPhoto> &photo() const { return m_photo; }
     /// Owned by its parent widget.
     [[nodiscard]] QWidget *view() const;
+    [[nodiscard]] PhotoView &photoView() const { return *m_photoView; }
 
 private:
     void addSection(const QString &layoutName, const QString &title, QWidget *content, QBoxLayout &layout);

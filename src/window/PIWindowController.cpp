@@ -1,5 +1,7 @@
 #include "PIWindowController.h"
 
+#include "CommandState.h"
+#include "DropCommands.h"
 #include "FileFinder.h"
 #include "GiveAlert.h"
 #include "Housekeeping.h"
@@ -8,18 +10,22 @@
 #include "LibraryActions.h"
 #include "LibraryNotifications.h"
 #include "LibraryWindow.h"
+#include "NavigatorCommands.h"
 #include "NavigatorModel.h"
 #include "NavigatorPane.h"
 #include "PIDetailController.h"
 #include "PIFolder.h"
 #include "PIOutlineView.h"
 #include "PaneSplitter.h"
+#include "PhotoCommands.h"
 #include "PhotoLibrary.h"
+#include "PhotoView.h"
 #include "StringUtilities.h"
 #include "TextForPeople.h"
 #include "ThumbnailGridView.h"
 #include "UserDefaults.h"
 #include "UserPaths.h"
+#include "ViewCommands.h"
 #include "WindowPreferences.h"
 
 #include <QAction>
@@ -76,11 +82,16 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_summary(new QLabel(m_window.get()))
     , m_importRunner(new ImportRunner(m_editor, *m_window))
     , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
+    , m_photoCommands(new PhotoCommands(
+          m_editor, m_undoManager, *m_thumbnailView, [this] { return currentPhoto(); }, *m_window))
+    , m_navigatorCommands(new NavigatorCommands(m_editor, m_window.get()))
 {
     buildPanes();
     bindCommands();
-    bindViewCommands();
+    bindEditCommands();
+    bindViewCommands(*m_actions, *m_thumbnailView, defaults);
     observe();
+    observeDrops();
     QTimer::singleShot(0, m_paneSplitter, &PaneSplitter::setInitialSplit);
     photoWasSelected();
     enableCommands();
@@ -96,17 +107,27 @@ PIWindowController::~PIWindowController()
 
 void PIWindowController::buildPanes()
 {
-    m_actions->addContextMenu(
-        *m_outline, {Command::NewFolder, Command::NewGroup, Command::AddFolder, std::nullopt, Command::Rename});
-    m_actions->addContextMenu(*m_thumbnailView,
-                              {Command::AddFiles, Command::AddFolder, std::nullopt, Command::SelectAll,
-                               Command::ShowSelection, std::nullopt, Command::FewerColumns, Command::MoreColumns,
-                               std::nullopt, Command::ShowCaptions, Command::ShowDates, Command::ShowFileNames});
+    addContextMenus();
     m_window->setCentralWidget(m_paneSplitter);
     m_window->statusBar()->addPermanentWidget(m_summary);
     m_window->statusBar()->setSizeGripEnabled(false);
     m_window->setMinimumSize(700, 420);
     m_window->setShouldClose([this] { return windowShouldClose(); });
+}
+
+void PIWindowController::addContextMenus()
+{
+    m_actions->addContextMenu(*m_outline, {Command::NewFolder, Command::NewGroup, Command::AddFolder, std::nullopt,
+                                           Command::Rename, Command::MoveUp, Command::MoveDown, std::nullopt,
+                                           Command::Paste, std::nullopt, Command::Delete});
+    const QList<std::optional<Command>> photoCommands = {
+        Command::ToggleMark,   Command::ClearCrop,     std::nullopt,  Command::Reveal, Command::EditImage,
+        std::nullopt,          Command::Cut,           Command::Copy, Command::Paste,  std::nullopt,
+        Command::MoveToFolder, Command::ExtractFolder, std::nullopt,  Command::Delete, Command::Trash};
+    m_actions->addContextMenu(*m_thumbnailView,
+                              photoCommands + QList<std::optional<Command>>{std::nullopt, Command::SelectAll,
+                                                                            Command::AddFiles, Command::AddFolder});
+    m_actions->addContextMenu(m_detailController->photoView(), photoCommands);
 }
 
 void PIWindowController::bindCommands()
@@ -119,38 +140,37 @@ void PIWindowController::bindCommands()
     m_actions->bind(Command::NewFolder, [this](bool) { newFolder(); });
     m_actions->bind(Command::Save, [this](bool) { saveDocument(); });
     m_actions->bind(Command::Quit, [this](bool) { m_window->close(); });
-    m_actions->bind(Command::Undo, [this](bool) { m_undoManager.undo(); });
-    m_actions->bind(Command::Redo, [this](bool) { m_undoManager.redo(); });
     m_actions->bind(Command::SelectAll, [this](bool) { m_thumbnailView->selectAll(); });
     m_actions->bind(Command::Rename, [this](bool) { m_outline->editName(m_outline->selectedItem()); });
     m_actions->bind(Command::ShowSelection, [this](bool) { m_thumbnailView->scrollToSelection(); });
     m_actions->bind(Command::Back, [this](bool) { navigateFolders(m_history.goBack()); });
     m_actions->bind(Command::Forward, [this](bool) { navigateFolders(m_history.goForward()); });
+    m_actions->setChecked(Command::ShowDetail, m_defaults.value(WindowPreferences::kShowDetail));
+    m_actions->bind(Command::ShowDetail, [this](bool on) { toggleDetail(on); });
     m_actions->bind(Command::FullScreen, [this](bool on) {
         m_window->setWindowState(m_window->windowState().setFlag(Qt::WindowFullScreen, on));
     });
 }
 
-void PIWindowController::bindViewCommands()
+void PIWindowController::bindEditCommands()
 {
-    const auto bindText = [this](Command command, const Preference<bool> &preference, TileLine line) {
-        const bool shown = m_defaults.value(preference);
-        m_actions->setChecked(command, shown);
-        m_thumbnailView->setShown(m_thumbnailView->shown().setFlag(line, shown));
-        m_actions->bind(command, [this, preference, line](bool on) {
-            m_thumbnailView->setShown(m_thumbnailView->shown().setFlag(line, on));
-            m_defaults.setValue(preference, on);
-        });
+    m_photoCommands->bind(*m_actions);
+    m_actions->bind(Command::Undo, [this](bool) { m_undoManager.undo(); });
+    m_actions->bind(Command::Redo, [this](bool) { m_undoManager.redo(); });
+    m_actions->bind(Command::Delete, [this](bool) {
+        if (m_outline->hasFocus())
+            m_navigatorCommands->deleteItem();
+        else
+            m_photoCommands->deletePhotos();
+    });
+    const auto moveBy = [this](int places) {
+        if (m_outline->hasFocus())
+            m_navigatorCommands->moveBy(places);
+        else
+            m_photoCommands->moveBy(places);
     };
-    bindText(Command::ShowCaptions, WindowPreferences::kShowCaptions, TileLine::Caption);
-    bindText(Command::ShowDates, WindowPreferences::kShowDates, TileLine::Date);
-    bindText(Command::ShowFileNames, WindowPreferences::kShowFileNames, TileLine::FileName);
-
-    m_thumbnailView->setColumnCount(m_defaults.value(WindowPreferences::kColumnCount));
-    m_actions->bind(Command::FewerColumns, [this](bool) { m_thumbnailView->addColumns(-1); });
-    m_actions->bind(Command::MoreColumns, [this](bool) { m_thumbnailView->addColumns(1); });
-    m_actions->setChecked(Command::ShowDetail, m_defaults.value(WindowPreferences::kShowDetail));
-    m_actions->bind(Command::ShowDetail, [this](bool on) { toggleDetail(on); });
+    m_actions->bind(Command::MoveUp, [moveBy](bool) { moveBy(-1); });
+    m_actions->bind(Command::MoveDown, [moveBy](bool) { moveBy(1); });
 }
 
 void PIWindowController::observe()
@@ -163,15 +183,16 @@ void PIWindowController::observe()
         m_actions->setChecked(Command::ShowDetail, true);
         toggleDetail(true);
     });
-    connect(m_thumbnailView, &ThumbnailGridView::columnCountChanged, this,
-            [this](int columns) { m_defaults.setValue(WindowPreferences::kColumnCount, columns); });
     connect(m_thumbnailView, &ThumbnailGridView::columnsLaidOut, this, &PIWindowController::enableCommands);
     connect(m_window.get(), &LibraryWindow::didResignKey, this, &PIWindowController::windowDidResignKey);
     connect(m_window.get(), &LibraryWindow::fullScreenChanged, this,
             [this](bool on) { m_actions->setChecked(Command::FullScreen, on); });
     connect(m_importRunner, &ImportRunner::runningChanged, this, &PIWindowController::enableCommands);
-    connect(m_window.get(), &LibraryWindow::filesDropped, this,
-            [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
+    connect(m_photoCommands, &PhotoCommands::canPasteChanged, this, &PIWindowController::enableCommands);
+    connect(m_photoCommands, &PhotoCommands::folderMade, this,
+            [this](const std::shared_ptr<PIFolder> &folder) { m_outline->editName(folder); });
+    // What the commands mean depends on which pane has the focus.
+    connect(qApp, &QApplication::focusChanged, this, &PIWindowController::enableCommands);
 
     m_library.setDirtyListener([this](bool dirty) {
         m_window->setWindowModified(dirty);
@@ -183,6 +204,19 @@ void PIWindowController::observe()
     m_undoManager.setChangeListener([this] { enableCommands(); });
     NotificationCenter &center = m_library.notifications();
     m_selectObserver = center.observe(kSelectNotification, [this](const NotificationObject &) { photoWasSelected(); });
+}
+
+void PIWindowController::observeDrops()
+{
+    const auto add = [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
+                            UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); };
+    const auto drops = std::make_shared<DropCommands>(m_editor, add);
+    connect(m_outline, &PIOutlineView::dropped, this,
+            [drops](const QDropEvent &event, const NavigatorDrop &place) { drops->dropOnNavigator(event, place); });
+    connect(m_thumbnailView, &ThumbnailGridView::dropped, this,
+            [drops](const QDropEvent &event, int before) { drops->dropOnGrid(event, before); });
+    connect(m_window.get(), &LibraryWindow::filesDropped, this,
+            [add](const QStringList &paths) { add(paths, nullptr, kNotFound, UndoName::AddPhoto); });
 }
 
 void PIWindowController::showWindow(bool zoomed)
@@ -221,9 +255,10 @@ bool PIWindowController::SaveLibrary()
 
 bool PIWindowController::windowShouldClose()
 {
-    if (isImporting()) {
+    if (isImporting() || m_photoCommands->isBusy()) {
         m_importRunner->cancelAll();
-        QTimer::singleShot(0, m_window.get(), &QWidget::close);
+        constexpr int kLookAgain = 50; // milliseconds
+        QTimer::singleShot(kLookAgain, m_window.get(), &QWidget::close);
         return false;
     }
     m_thumbnailView->setFocus(); // ends text editing elsewhere, which may change the library
@@ -329,7 +364,7 @@ void PIWindowController::abortEditing()
 void PIWindowController::forgetFolder(const std::shared_ptr<PIFolder> &folder)
 {
     m_history.deleteFolderFromNavigator(folder);
-    enableNavigator();
+    enableCommands();
 }
 
 void PIWindowController::forgetLostFolders()
@@ -337,7 +372,7 @@ void PIWindowController::forgetLostFolders()
     m_history.keepOnly([this](const std::shared_ptr<PIFolder> &folder) {
         return m_library.groups().contains(PhotoLibrary::groupForFolder(folder));
     });
-    enableNavigator();
+    enableCommands();
 }
 
 void PIWindowController::addFiles()
@@ -436,7 +471,7 @@ void PIWindowController::navigateFolders(const std::shared_ptr<PIFolder> &target
     target->enforceVisibility();
     resetList(target);
     m_preserveForwardStack = false;
-    enableNavigator();
+    enableCommands();
 }
 
 void PIWindowController::photoWasSelected()
@@ -451,35 +486,42 @@ void PIWindowController::photoWasSelected()
     m_window->setWindowTitle(title + QStringLiteral("[*]"));
 }
 
+CommandState PIWindowController::commandState() const
+{
+    const auto item = selectedItem();
+    const bool isOutline = m_outline->hasFocus();
+    const auto canMoveBy = [&](int places) {
+        return isOutline ? m_navigatorCommands->canMoveBy(places) : m_photoCommands->canMoveBy(places);
+    };
+    return {
+        .selectedPhotos = static_cast<int>(selectedIndexes().count()),
+        .isFolderShown = shownFolder() != nullptr,
+        .isDirty = m_library.isDirty(),
+        .isImporting = isImporting(),
+        .canPaste = m_photoCommands->canPaste(),
+        .canUndo = m_undoManager.isUndoAvailable(),
+        .canRedo = m_undoManager.isRedoAvailable(),
+        .canGoBack = m_history.canGoBack(),
+        .canGoForward = m_history.canGoForward(),
+        .hasRoomForLargerTiles = m_thumbnailView->canAddColumns(-1),
+        .hasRoomForSmallerTiles = m_thumbnailView->canAddColumns(1),
+        .focus = isOutline ? CommandState::Focus::Outline : CommandState::Focus::Elsewhere,
+        .isItemSelected = item != nullptr,
+        .isItemFolder = item && item->asFolder(),
+        .canRenameItem = item && LibraryEditor::canRename(*item),
+        .canMoveUp = canMoveBy(-1),
+        .canMoveDown = canMoveBy(1),
+    };
+}
+
 void PIWindowController::enableCommands()
 {
-    const bool idle = !isImporting();
-    for (const Command command : {Command::AddFiles, Command::AddFolder, Command::NewGroup, Command::NewFolder})
-        m_actions->setEnabled(command, idle);
-    m_actions->setEnabled(Command::Save, idle && m_library.isDirty());
-    enableUndo(Command::Undo, UndoDirection::Undo);
-    enableUndo(Command::Redo, UndoDirection::Redo);
-    m_actions->setEnabled(Command::SelectAll, shownFolder() != nullptr);
-    m_actions->setEnabled(Command::ShowSelection, !selectedIndexes().isEmpty());
-    const auto item = selectedItem();
-    m_actions->setEnabled(Command::Rename, item && LibraryEditor::canRename(*item));
-    m_actions->setEnabled(Command::FewerColumns, m_thumbnailView->canAddColumns(-1));
-    m_actions->setEnabled(Command::MoreColumns, m_thumbnailView->canAddColumns(1));
-    enableNavigator();
-}
-
-/// An import has chosen its place, which is to stay until it is done.
-void PIWindowController::enableUndo(Command command, UndoDirection direction)
-{
-    const QVUndoManager::MenuState state = m_undoManager.validateState(direction);
-    m_actions->action(command)->setText(state.title);
-    m_actions->setEnabled(command, state.enabled && !isImporting());
-}
-
-void PIWindowController::enableNavigator()
-{
-    m_actions->setEnabled(Command::Back, m_history.canGoBack());
-    m_actions->setEnabled(Command::Forward, m_history.canGoForward());
+    const CommandState state = commandState();
+    for (const CommandInfo &info : commandTable())
+        m_actions->setEnabled(info.command, state.isEnabled(info.enabledWhen));
+    m_actions->action(Command::Delete)->setText(state.deleteTitle());
+    m_actions->action(Command::Undo)->setText(m_undoManager.validateState(UndoDirection::Undo).title);
+    m_actions->action(Command::Redo)->setText(m_undoManager.validateState(UndoDirection::Redo).title);
 }
 
 void PIWindowController::showSummary()

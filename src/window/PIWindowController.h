@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CommandTable.h"
+#include "CommandState.h"
 #include "FolderHistory.h"
 #include "LibraryEditor.h"
 #include "LibraryFile.h"
@@ -19,10 +19,12 @@ class Housekeeping;
 class ImportRunner;
 class LibraryActions;
 class LibraryWindow;
+class NavigatorCommands;
 class NavigatorModel;
 class PIDetailController;
 class PIOutlineView;
 class PaneSplitter;
+class PhotoCommands;
 class QLabel;
 class ThumbnailGridView;
 class UserDefaults;
@@ -94,17 +96,18 @@ Q_SIGNALS:
 private:
     void buildPanes();
     void bindCommands();
-    void bindViewCommands();
+    void bindEditCommands();
+    void addContextMenus();
     void observe();
+    void observeDrops();
 
     void outlineViewSelectionDidChange();
     void gridSelectionDidChange();
     void windowDidResignKey();
     void navigateFolders(const std::shared_ptr<PIFolder> &target);
     void photoWasSelected();
+    [[nodiscard]] CommandState commandState() const;
     void enableCommands();
-    void enableUndo(Command command, UndoDirection direction);
-    void enableNavigator();
     void showSummary();
     void toggleDetail(bool shown);
     [[nodiscard]] LibraryFile::WindowState saveState() const;
@@ -125,6 +128,8 @@ private:
     QLabel *m_summary;
     ImportRunner *m_importRunner;
     Housekeeping *m_housekeeping;
+    PhotoCommands *m_photoCommands;
+    NavigatorCommands *m_navigatorCommands;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;
     NotificationCenter::Observer m_selectObserver;

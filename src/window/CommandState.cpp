@@ -1,0 +1,59 @@
+#include "CommandState.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("Command", text);
+}
+
+}
+
+bool CommandState::isEnabled(EnabledWhen when) const
+{
+    const bool photosAreSelected = selectedPhotos > 0;
+    switch (when) {
+    case EnabledWhen::Always:
+        return true;
+    case EnabledWhen::NothingIsImported:
+        return !isImporting;
+    case EnabledWhen::LibraryIsDirty:
+        return isDirty && !isImporting;
+    case EnabledWhen::CanUndo:
+        return canUndo && !isImporting;
+    case EnabledWhen::CanRedo:
+        return canRedo && !isImporting;
+    case EnabledWhen::PhotosAreSelected:
+        return photosAreSelected;
+    case EnabledWhen::CanPaste:
+        return canPaste;
+    case EnabledWhen::FolderIsShown:
+        return isFolderShown;
+    case EnabledWhen::ItemCanBeRenamed:
+        return canRenameItem;
+    case EnabledWhen::CanDelete:
+        return focus == Focus::Outline ? isItemSelected && !isImporting : photosAreSelected;
+    case EnabledWhen::CanMoveUp:
+        return canMoveUp;
+    case EnabledWhen::CanMoveDown:
+        return canMoveDown;
+    case EnabledWhen::HasRoomForLargerTiles:
+        return hasRoomForLargerTiles;
+    case EnabledWhen::HasRoomForSmallerTiles:
+        return hasRoomForSmallerTiles;
+    case EnabledWhen::CanGoBack:
+        return canGoBack;
+    case EnabledWhen::CanGoForward:
+        return canGoForward;
+    }
+    return false;
+}
+
+QString CommandState::deleteTitle() const
+{
+    if (focus != Focus::Outline)
+        return tr("Delete Photo");
+    return isItemFolder || !isItemSelected ? tr("Delete Folder") : tr("Delete Group");
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "CommandTable.h"
+
+#include <QString>
+
+/// What decides which commands are enabled and what they are called, as it is at one moment.
+struct CommandState
+{
+    enum class Focus { Elsewhere, Outline };
+
+    int selectedPhotos = 0;
+    bool isFolderShown = false;
+    bool isDirty = false;
+    bool isImporting = false;
+    bool canPaste = false;
+    bool canUndo = false;
+    bool canRedo = false;
+    bool canGoBack = false;
+    bool canGoForward = false;
+    bool hasRoomForLargerTiles = false;
+    bool hasRoomForSmallerTiles = false;
+    Focus focus = Focus::Elsewhere; ///< in the navigator the selected item is meant, else the selected photos
+    bool isItemSelected = false;
+    bool isItemFolder = false;
+    bool canRenameItem = false;
+    bool canMoveUp = false; ///< what the focus means
+    bool canMoveDown = false;
+
+    [[nodiscard]] bool isEnabled(EnabledWhen when) const;
+    /// What the delete command removes now.
+    [[nodiscard]] QString deleteTitle() const;
+};

@@ -1,0 +1,35 @@
+#include "ViewCommands.h"
+
+#include "LibraryActions.h"
+#include "ThumbnailGridView.h"
+#include "UserDefaults.h"
+#include "WindowPreferences.h"
+
+namespace {
+
+void bindText(LibraryActions &actions, ThumbnailGridView &grid, UserDefaults &defaults, Command command,
+              const Preference<bool> &preference, TileLine line)
+{
+    const bool shown = defaults.value(preference);
+    actions.setChecked(command, shown);
+    grid.setShown(grid.shown().setFlag(line, shown));
+    actions.bind(command, [&grid, &defaults, preference, line](bool on) {
+        grid.setShown(grid.shown().setFlag(line, on));
+        defaults.setValue(preference, on);
+    });
+}
+
+}
+
+void bindViewCommands(LibraryActions &actions, ThumbnailGridView &grid, UserDefaults &defaults)
+{
+    bindText(actions, grid, defaults, Command::ShowCaptions, WindowPreferences::kShowCaptions, TileLine::Caption);
+    bindText(actions, grid, defaults, Command::ShowDates, WindowPreferences::kShowDates, TileLine::Date);
+    bindText(actions, grid, defaults, Command::ShowFileNames, WindowPreferences::kShowFileNames, TileLine::FileName);
+
+    grid.setColumnCount(defaults.value(WindowPreferences::kColumnCount));
+    actions.bind(Command::FewerColumns, [&grid](bool) { grid.addColumns(-1); });
+    actions.bind(Command::MoreColumns, [&grid](bool) { grid.addColumns(1); });
+    QObject::connect(&grid, &ThumbnailGridView::columnCountChanged, &grid,
+                     [&defaults](int columns) { defaults.setValue(WindowPreferences::kColumnCount, columns); });
+}
