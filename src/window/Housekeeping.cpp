@@ -9,6 +9,7 @@
 #include "PIFolder.h"
 #include "PIOrphanDialog.h"
 #include "PhotoLibrary.h"
+#include "TextForPeople.h"
 #include "ThumbnailFolder.h"
 
 #include <QLocale>
@@ -35,7 +36,7 @@ Housekeeping::Housekeeping(LibraryEditor &editor, ImportRunner &importRunner, QW
     , m_editor(editor)
     , m_importRunner(importRunner)
     , m_window(window)
-    , m_worker(QStringLiteral("hmphoto.housekeeping"), 1)
+    , m_worker(QStringLiteral("hmphoto.housekeeping"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
 {
     m_progressTimer.setInterval(kProgressMilliseconds);
     connect(&m_progressTimer, &QTimer::timeout, this, &Housekeeping::showProgress);
@@ -77,6 +78,19 @@ void Housekeeping::showProgress()
         m_progress->setLabelText(tr("%1 files looked at").arg(QLocale().toString(m_search->filesSeen.load())));
 }
 
+void Housekeeping::tellSkipped(const OrphanSearchResult &result)
+{
+    QStringList lines;
+    if (result.undecodableNames > 0)
+        lines << CountText(result.undecodableNames, tr("%n name is not valid UTF-8. Rename this file first."),
+                           tr("%n names are not valid UTF-8. Rename these files first."));
+    if (result.unreadableFolders > 0)
+        lines << CountText(result.unreadableFolders, tr("%n folder could not be read."),
+                           tr("%n folders could not be read."));
+    if (!lines.isEmpty())
+        GiveAlert(tr("Some files were skipped."), lines.join(u'\n'));
+}
+
 void Housekeeping::searchEnded(const QString &folder, const OrphanSearchResult &result)
 {
     m_progressTimer.stop();
@@ -84,10 +98,7 @@ void Housekeeping::searchEnded(const QString &folder, const OrphanSearchResult &
     m_search.reset();
     if (result.cancelled)
         return;
-    if (result.undecodableNames > 0 || result.unreadableFolders > 0)
-        GiveAlert(tr("Some files were skipped."),
-                  tr("%n names are not valid UTF-8.", nullptr, result.undecodableNames) + u'\n' +
-                      tr("%n folders could not be read.", nullptr, static_cast<int>(result.unreadableFolders)));
+    tellSkipped(result);
     if (result.orphans.count() == 0) {
         GiveAlert(tr("No orphan files found."),
                   FormatMessage(tr("No unused photo files were found in \"%@\"."), {folder}));

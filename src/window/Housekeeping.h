@@ -36,6 +36,7 @@ private:
     struct Search;
 
     void showProgress();
+    static void tellSkipped(const OrphanSearchResult &result);
     void searchEnded(const QString &folder, const OrphanSearchResult &result);
 
     LibraryEditor &m_editor;

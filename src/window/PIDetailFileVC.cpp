@@ -169,8 +169,8 @@ void PIDetailFileVC::showLostTree()
     }
     const auto tree = FileCommands::lostTreeAround(library(), *photo());
     m_findTree->setVisible(tree.has_value());
-    m_missing->setText(tree ? tr("This file is missing, and with it %n files in all from the folder “%1”.", nullptr,
-                                 static_cast<int>(tree->files.size()))
+    m_missing->setText(tree ? CountText(tree->files.size(), {},
+                                        tr("This file is missing, and with it %n files in all from the folder “%1”."))
                                   .arg(QVString::abbreviateHomeFolderPath(tree->folder))
                             : tr("This file is missing."));
 }

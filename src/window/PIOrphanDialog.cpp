@@ -4,6 +4,7 @@
 #include "OrphanTableModel.h"
 #include "PicturePreview.h"
 #include "StringUtilities.h"
+#include "TextForPeople.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -118,13 +119,14 @@ QString PIOrphanDialog::summary() const
     const int count = static_cast<int>(m_orphans->count());
     const int missing = m_orphans->missingCount();
     const QString folder = QVString::abbreviateHomeFolderPath(m_orphans->folder());
-    QString text = count == 1 ? tr("1 photo file in “%1” is not in the library.").arg(folder)
-                              : tr("%n photo files in “%1” are not in the library.", nullptr, count).arg(folder);
+    QString text = CountText(count, tr("%n photo file in “%1” is not in the library."),
+                             tr("%n photo files in “%1” are not in the library."))
+                       .arg(folder);
     if (missing == 1)
         text += u' ' + (count == 1 ? tr("A photo of the library misses it.")
                                    : tr("A photo of the library misses one of them."));
     else if (missing > 1)
-        text += u' ' + tr("Photos of the library miss %n of them.", nullptr, missing);
+        text += u' ' + CountText(missing, {}, tr("Photos of the library miss %n of them."));
     return text;
 }
 
