@@ -246,6 +246,13 @@ bool PhotoImport::addFolder(const std::shared_ptr<PIFolder> &folder)
 
 bool PhotoImport::addLoosePhotos()
 {
-    return m_loosePhotos.isEmpty() ||
-           m_editor.addPhotos(m_loosePhotos, m_request.toFolder, m_request.atIndex, m_request.undoName);
+    if (m_loosePhotos.isEmpty())
+        return true;
+    if (m_request.makeFolder) {
+        m_request.toFolder = m_request.makeFolder();
+        m_request.atIndex = kNotFound;
+        if (!m_request.toFolder)
+            return false;
+    }
+    return m_editor.addPhotos(m_loosePhotos, m_request.toFolder, m_request.atIndex, m_request.undoName);
 }

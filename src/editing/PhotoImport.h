@@ -27,6 +27,9 @@ public:
         std::shared_ptr<PIFolder> toFolder;
         quint64 atIndex = kNotFound; ///< loose files go behind this position
         UndoName undoName = UndoName::AddPhoto;
+        /// Asked in the end for the folder that takes loose files, if any came; what it gives goes before `toFolder`,
+        /// and without a folder they are not added.
+        std::function<std::shared_ptr<PIFolder>()> makeFolder = {};
     };
 
     struct Outcome

@@ -117,8 +117,11 @@ void Housekeeping::orphansPicked(const OrphanList &orphans, bool success)
     const QStringList paths = orphans.filesToAdd();
     if (paths.isEmpty())
         return;
-    if (const auto folder = m_editor.makeSpecialGroupFolder(GroupType::Search))
-        m_importRunner.run({paths, folder, kNotFound, UndoName::AlreadyRecorded}, {});
+    m_importRunner.run({.paths = paths,
+                        .toFolder = nullptr,
+                        .undoName = UndoName::AlreadyRecorded,
+                        .makeFolder = [this] { return m_editor.makeSpecialGroupFolder(GroupType::Search); }},
+                       {});
 }
 
 void Housekeeping::clearCaches()

@@ -12,6 +12,7 @@
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 #include <QTreeView>
 
@@ -98,6 +99,19 @@ private Q_SLOTS:
         QTRY_COMPARE(scene.added(), QStringList({QStringLiteral("sub/a.jpg"), QStringLiteral("b.jpg")}));
         QCOMPARE(scene.house.recorder.asked, QStringList(QStringLiteral("3/3/")));
         QVERIFY(scene.alerts.shown.isEmpty());
+    }
+
+    void makesNoFolderForFilesThatAreGone()
+    {
+        Scene scene;
+        scene.put("a.jpg");
+        PIOrphanDialog &dialog = scene.search();
+        QVERIFY(QFile::remove(scene.dir.filePath(QStringLiteral("a.jpg"))));
+        QSignalSpy running(&scene.importRunner, &ImportRunner::runningChanged);
+        dialog.addAll();
+        QTRY_COMPARE(running.count(), 2);
+        QVERIFY(scene.house.recorder.asked.isEmpty());
+        QCOMPARE(scene.house.library.groups().size(), 1);
     }
 
     void theAltKeyTicksAll()
