@@ -2,7 +2,6 @@
 
 #include "DirectoryReader.h"
 #include "FileDates.h"
-#include "FileFinder.h"
 #include "FileWriter.h"
 #include "LibraryNotifications.h"
 #include "LogString.h"
@@ -184,6 +183,16 @@ QList<FileCommands::MovedFile> FileCommands::filesMovedTo(const LostTree &tree, 
     for (const auto &file : tree.files)
         moved << MovedFile{file, QVString::appendingPathComponent(newFolder, file->path().mid(tree.folder.size() + 1))};
     return moved;
+}
+
+QList<FileCommands::MovedFile> FileCommands::preparedFiles(QList<MovedFile> files,
+                                                           const FileFinder::Preparation &prepare)
+{
+    files.removeIf([](const MovedFile &file) { return entryTypeAt(file.path) != EntryType::File; });
+    if (prepare)
+        for (MovedFile &file : files)
+            file.bookmark = prepare(file.path);
+    return files;
 }
 
 void FileCommands::takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileFinder.h"
+
 #include <QDateTime>
 #include <QList>
 #include <QString>
@@ -13,7 +15,7 @@ class PIFolder;
 class PIPhoto;
 
 /// What the file section does to image files and to the references that lead to them. None of it can be undone.
-/// Main thread.
+/// Main thread, but for what says otherwise.
 namespace FileCommands {
 
 /// Renames the photo's file within its folder, over whatever file bears the new name. On failure the file and the
@@ -45,11 +47,14 @@ struct MovedFile
 {
     std::shared_ptr<PIFileRef> file;
     QString path;
-    QByteArray bookmark = {}; ///< made before, on a worker, by FileFinder::preparation(); may be empty
+    QByteArray bookmark = {}; ///< made before, by preparedFiles(); may be empty
 };
 
 /// Where each file of the tree would be if its folder had moved to `newFolder`.
 [[nodiscard]] QList<MovedFile> filesMovedTo(const LostTree &tree, const QString &newFolder);
+
+/// The slow part of taking files: drops those that are not there and makes the bookmarks of the others. Any thread.
+[[nodiscard]] QList<MovedFile> preparedFiles(QList<MovedFile> files, const FileFinder::Preparation &prepare);
 
 /// Lets each reference whose file is still lost take its new path and tells the photos that show it.
 void takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files);

@@ -1,6 +1,5 @@
 #include "Housekeeping.h"
 
-#include "FileCommands.h"
 #include "FormatMessage.h"
 #include "GiveAlert.h"
 #include "ImportRunner.h"
@@ -113,7 +112,7 @@ void Housekeeping::orphansPicked(const OrphanList &orphans, bool success)
 {
     if (!success)
         return;
-    FileCommands::takeMovedFiles(m_editor.library(), orphans.filesToReattach());
+    reattach(orphans.filesToReattach());
     const QStringList paths = orphans.filesToAdd();
     if (paths.isEmpty())
         return;
@@ -122,6 +121,20 @@ void Housekeeping::orphansPicked(const OrphanList &orphans, bool success)
                         .undoName = UndoName::AlreadyRecorded,
                         .makeFolder = [this] { return m_editor.makeSpecialGroupFolder(GroupType::Search); }},
                        {});
+}
+
+void Housekeeping::reattach(const QList<FileCommands::MovedFile> &files)
+{
+    if (files.isEmpty())
+        return;
+    inBackground(
+        m_worker, this,
+        [files, prepare = m_editor.library().fileFinder().preparation()] {
+            return FileCommands::preparedFiles(files, prepare);
+        },
+        [this](const QList<FileCommands::MovedFile> &prepared) {
+            FileCommands::takeMovedFiles(m_editor.library(), prepared);
+        });
 }
 
 void Housekeeping::clearCaches()

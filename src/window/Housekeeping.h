@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DispatchQueue.h"
+#include "FileCommands.h"
 #include "OrphanList.h"
 
 #include <QObject>
@@ -36,6 +37,7 @@ private:
     struct Search;
 
     void showProgress();
+    void reattach(const QList<FileCommands::MovedFile> &files);
     static void tellSkipped(const OrphanSearchResult &result);
     void searchEnded(const QString &folder, const OrphanSearchResult &result);
 

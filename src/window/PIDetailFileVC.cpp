@@ -1,8 +1,6 @@
 #include "PIDetailFileVC.h"
 
-#include "DirectoryReader.h"
 #include "FileCommands.h"
-#include "FileFinder.h"
 #include "FileViewer.h"
 #include "FormatMessage.h"
 #include "FoundFileDialog.h"
@@ -243,12 +241,7 @@ void PIDetailFileVC::findMovedTree()
     inBackground(
         m_worker, this,
         [moved = FileCommands::filesMovedTo(*tree, folder), prepare = library().fileFinder().preparation()] {
-            QList<FileCommands::MovedFile> found = moved;
-            found.removeIf(
-                [](const FileCommands::MovedFile &file) { return entryTypeAt(file.path) != EntryType::File; });
-            for (FileCommands::MovedFile &file : found)
-                file.bookmark = prepare ? prepare(file.path) : QByteArray();
-            return found;
+            return FileCommands::preparedFiles(moved, prepare);
         },
         [this](const QList<FileCommands::MovedFile> &found) {
             if (found.isEmpty())

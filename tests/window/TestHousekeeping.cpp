@@ -154,7 +154,9 @@ private Q_SLOTS:
         QVERIFY(dialog.findChild<QCheckBox *>()->isVisible() && dialog.findChild<QCheckBox *>()->isChecked());
         dialog.addAll();
         QTRY_VERIFY(!photo->isFileLost());
-        QCOMPARE(photo->fileRef()->path(), scene.dir.filePath(QStringLiteral("there.jpg")));
+        const QString newPath = scene.dir.filePath(QStringLiteral("there.jpg"));
+        QCOMPARE(photo->fileRef()->path(), newPath);
+        QCOMPARE(scene.house.finder.handedOver.value(newPath), "worker " + newPath.toUtf8());
         QVERIFY(scene.added().isEmpty());
     }
 
