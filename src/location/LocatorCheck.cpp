@@ -24,6 +24,8 @@ std::optional<CheckedFile> check(const PostponedFile &file, const LocatorSnapsho
                                  BookmarkService &bookmarks)
 {
     auto locator = locators.locatorForGuid(file.guid);
+    if (!locator && !locators.isStored())
+        return CheckedFile{file.guid, file.path, {}, QByteArray()};
     if (!locator) {
         QString reason; // when there is no bookmark, taking the file up tells why
         return CheckedFile{file.guid, file.path, {}, bookmarks.create(file.path, reason).value_or(QByteArray())};

@@ -82,6 +82,8 @@ FoundFile LocatorFileFinder::relocate(const QString &guid, const QString &path)
     m_unsettled.remove(guid);
     noteFound(guid);
     const auto prepared = std::exchange(m_prepared, {});
+    if (!manager()) // nobody would keep a bookmark
+        return {QVFileLocator(path, QByteArray()).verifyPath(m_bookmarks).has_value(), path};
     const bool isReady = prepared && prepared->path == path;
     QVFileLocator locator = isReady ? QVFileLocator(path, prepared->bookmark) : QVFileLocator(path, m_bookmarks);
     // What was just made from its path can only be there, or not be anywhere yet.
@@ -137,6 +139,8 @@ void LocatorFileFinder::save()
 
 FileFinder::Preparation LocatorFileFinder::preparation()
 {
+    if (!manager())
+        return {};
     return [&bookmarks = m_bookmarks](const QString &path) {
         QString reason; // when there is no bookmark, locating the file tells why
         return bookmarks.create(path, reason).value_or(QByteArray());

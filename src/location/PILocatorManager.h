@@ -25,6 +25,8 @@ struct LocatorSnapshot
     public:
         explicit Reader(const LocatorSnapshot &snapshot);
         [[nodiscard]] std::optional<QVFileLocator> locatorForGuid(const QString &guid) const;
+        /// Whether there is a database at all.
+        [[nodiscard]] bool isStored() const { return !m_snapshot.databasePath.isEmpty(); }
 
     private:
         const LocatorSnapshot &m_snapshot;

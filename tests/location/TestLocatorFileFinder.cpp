@@ -1,5 +1,6 @@
 #include "../platform/BookmarkScene.h"
 #include "FakeBookmarkService.h"
+#include "LocatorCheck.h"
 #include "LocatorFileFinder.h"
 #include "PILocatorManager.h"
 #include "TestRunner.h"
@@ -292,6 +293,18 @@ private Q_SLOTS:
         QVERIFY(!lost.found && lost.path == path("p/c.jpg"));
         finder.trimUnusedFiles({});
         QVERIFY(finder.takeUnsettled().isEmpty());
+        QVERIFY(!finder.preparation());
+
+        finder.postpone();
+        for (const char *name : {"p/a.jpg", "p/c.jpg"})
+            QVERIFY(finder.locate(kA, path(name)).found);
+        QList<bool> present;
+        finder.takePostponed().run({}, [&](const QList<CheckedFile> &files) {
+            for (const CheckedFile &file : files)
+                present << finder.takeChecked(file).found;
+        });
+        QCOMPARE(present, QList<bool>({true, false}));
+        QCOMPARE(m_bookmarks.created, 0); // nobody would keep them
     }
 
     void trimmedGuidsStartAgainFromTheirPaths()
