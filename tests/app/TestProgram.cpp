@@ -5,12 +5,20 @@
 #include "PIAppController.h"
 #include "PIWindowController.h"
 #include "PhotoLibrary.h"
+#include "ThumbnailGridView.h"
 
+#include <QAccessible>
 #include <QDir>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <fcntl.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include <utility>
 
 namespace {
 
@@ -85,6 +93,40 @@ private:
 
     QTemporaryDir m_dir;
     QProcessEnvironment m_environment;
+};
+
+/// A volume in memory that can be taken away and brought back with all that is on it.
+class Disk
+{
+public:
+    Disk()
+    {
+        m_mounted = ::mount("tmpfs", point(), "tmpfs", 0, "size=8m") == 0;
+        m_volume = m_mounted ? ::open_tree(AT_FDCWD, point(), OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC) : -1;
+    }
+    ~Disk()
+    {
+        if (m_mounted)
+            (void)takeAway();
+        if (m_volume >= 0)
+            ::close(m_volume);
+    }
+    bool isUsable() const { return m_volume >= 0; }
+    QString path(const QString &name) const { return m_folder.filePath(name); }
+    bool takeAway() { return std::exchange(m_mounted, false) && ::umount2(point(), MNT_DETACH) == 0; }
+    bool bringBack()
+    {
+        m_mounted = ::move_mount(m_volume, "", AT_FDCWD, point(), MOVE_MOUNT_F_EMPTY_PATH) == 0;
+        return m_mounted;
+    }
+
+private:
+    const char *point() const { return m_point.constData(); }
+
+    QTemporaryDir m_folder;
+    QByteArray m_point = QFile::encodeName(m_folder.path());
+    bool m_mounted = false;
+    int m_volume = -1;
 };
 
 void makePicture(const QString &path, int width = 320)
@@ -197,6 +239,33 @@ private Q_SLOTS:
         precious.removeAll(QStringLiteral("Photo~.xml")); // the next save but one takes that away
         QCOMPARE(precious.size(), 1);
         QVERIFY(home.log.contains(precious.first()));
+    }
+
+    void aVolumeThatIsAwayIsWaitedFor()
+    {
+        Disk disk;
+        if (!disk.isUsable())
+            QSKIP("volumes cannot be mounted here");
+        const QString picture = disk.path(QStringLiteral("far.png"));
+        makePicture(picture);
+        PIAppController &controller = PIAppController::sharedInstance();
+        QCOMPARE(controller.applicationDidFinishLaunching({picture}, {}), PIAppController::Launch::Running);
+        QTRY_COMPARE_WITH_TIMEOUT(controller.library().fileRefs().count(), 1, 30000);
+        QTRY_VERIFY(!controller.windowController().isImporting());
+        const auto spoken = [&controller] {
+            QAccessibleInterface *grid =
+                QAccessible::queryAccessibleInterface(&controller.windowController().thumbnailView());
+            return grid && grid->childCount() == 1 ? grid->child(0)->text(QAccessible::Name) : QString();
+        };
+        QTRY_COMPARE(spoken(), QStringLiteral("far.png"));
+
+        QVERIFY(disk.takeAway());
+        QTRY_COMPARE_WITH_TIMEOUT(spoken(), QStringLiteral("far.png, volume not mounted"), 30000);
+        QCOMPARE(controller.library().fileRefs().knownPaths(), QStringList(picture));
+        QVERIFY(disk.bringBack());
+        QTRY_COMPARE_WITH_TIMEOUT(spoken(), QStringLiteral("far.png"), 30000);
+        controller.library().setDirty(false);
+        controller.applicationWillTerminate();
     }
 
     void aSecondStartHandsItsFilesOver()
