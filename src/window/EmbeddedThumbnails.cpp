@@ -65,7 +65,7 @@ void EmbeddedThumbnails::Shared::finish(const QString &guid, bool found)
 
 EmbeddedThumbnails::EmbeddedThumbnails(std::function<void(const QString &guid)> ready, Reader reader)
     : m_shared(std::make_shared<Shared>())
-    , m_queue(QStringLiteral("hmphoto.embedded"), kThreads)
+    , m_queue(QStringLiteral("hmphoto.embedded"), kThreads, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
 {
     m_shared->ready = std::move(ready);
     m_shared->reader = reader ? std::move(reader) : Reader(readFromFile);

@@ -13,14 +13,14 @@
 #include <mutex>
 #include <vector>
 
-/// The small pictures that camera files carry, read in the background for the tiles on show while their thumbnails are
-/// being made. Main thread, except for the reading.
+/// Small pictures that come cheap, read in the background for what is on show: those that camera files carry, while
+/// their thumbnails are being made, or what another reader gives. Main thread, except for the reading.
 class EmbeddedThumbnails
 {
 public:
     struct File
     {
-        QString guid; ///< of the file reference
+        QString guid; ///< of the file reference, or what else tells files apart
         QString path;
     };
     using Reader = std::function<QImage(const QString &path)>; ///< any thread; null when there is none

@@ -1,12 +1,34 @@
 #include "OrphanTableModel.h"
 
+#include "Image.h"
 #include "OrphanList.h"
 
 #include <QGuiApplication>
+#include <QPainter>
+
+namespace {
+
+constexpr QSize kPictureSize(56, 42);
+constexpr QSize kReadSize = 2 * kPictureSize; ///< sharp on any screen
+
+/// The picture that the file carries if there is one, else the file's own, decoded no larger than it is shown.
+QImage readSmall(const QString &path)
+{
+    const Image image = Image::fromFile(path);
+    if (image.isNull())
+        return {};
+    const QImage embedded = image.embeddedThumbnail();
+    if (embedded.isNull())
+        return image.pixels(CenterRectangle(image.size(), kReadSize)).value_or(QImage());
+    return embedded.scaled(kReadSize, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+}
 
 OrphanTableModel::OrphanTableModel(OrphanList &list, QObject *parent)
     : QAbstractTableModel(parent)
     , m_list(list)
+    , m_pictures([this](const QString &row) { pictureReady(row.toInt()); }, readSmall)
 {}
 
 int OrphanTableModel::rowCount(const QModelIndex &parent) const
@@ -35,8 +57,41 @@ QString OrphanTableModel::text(const QModelIndex &index) const
     }
 }
 
+/// In the middle of a box that is the same for all, empty while nothing is known.
+QPixmap OrphanTableModel::picture(int row) const
+{
+    const qreal ratio = qGuiApp->devicePixelRatio();
+    QPixmap box(kPictureSize * ratio);
+    box.setDevicePixelRatio(ratio);
+    box.fill(Qt::transparent);
+    const QImage image = m_pictures.find(QString::number(row));
+    if (image.isNull())
+        return box;
+    QRectF place(QPointF(), QSizeF(CenterRectangle(image.size(), kPictureSize)));
+    place.moveCenter(QRectF(QPointF(), kPictureSize).center());
+    QPainter painter(&box);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(place, image);
+    return box;
+}
+
+void OrphanTableModel::setVisibleRows(int first, int last)
+{
+    std::vector<EmbeddedThumbnails::File> files;
+    for (int row = first; row <= last; ++row)
+        files.push_back({QString::number(row), m_list.path(row)});
+    m_pictures.want(std::move(files));
+}
+
+void OrphanTableModel::pictureReady(int row)
+{
+    Q_EMIT dataChanged(index(row, Name), index(row, Name), {Qt::DecorationRole});
+}
+
 QVariant OrphanTableModel::data(const QModelIndex &index, int role) const
 {
+    if (role == Qt::DecorationRole && index.column() == Name)
+        return picture(index.row());
     if (role == Qt::CheckStateRole && index.column() == Add)
         return m_list.add(index.row()) ? Qt::Checked : Qt::Unchecked;
     if (role == Qt::DisplayRole)

@@ -11,9 +11,16 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSplitter>
 #include <QTreeView>
 #include <QVBoxLayout>
+
+namespace {
+
+constexpr int kPicturesMilliseconds = 50; ///< what scrolls past faster needs no picture
+
+}
 
 void PIOrphanDialog::pickOrphans(const Orphans &orphans, PixelPool &pool, QWidget &inWindow,
                                  const Completion &completion)
@@ -41,6 +48,10 @@ PIOrphanDialog::PIOrphanDialog(Orphans orphans, PixelPool &pool, QWidget *parent
     connect(m_show, &QPushButton::clicked, this, &PIOrphanDialog::showInFinder);
     connect(m_reattach, &QCheckBox::clicked, this,
             [this](bool reattach) { m_model->setReattached(selectedRow(), reattach); });
+    m_picturesTimer.setSingleShot(true);
+    m_picturesTimer.setInterval(kPicturesMilliseconds);
+    connect(&m_picturesTimer, &QTimer::timeout, this, &PIOrphanDialog::showPictures);
+    connect(m_table->verticalScrollBar(), &QScrollBar::valueChanged, this, &PIOrphanDialog::showPicturesSoon);
     selectionChanged();
     m_table->setCurrentIndex(m_model->index(0, OrphanTableModel::Name));
 }
@@ -88,8 +99,8 @@ QWidget *PIOrphanDialog::buildList()
     header.setStretchLastSection(false);
     header.setSectionResizeMode(OrphanTableModel::Path, QHeaderView::Stretch);
     header.resizeSection(OrphanTableModel::Add, 48);
-    header.resizeSection(OrphanTableModel::Name, 190);
-    header.resizeSection(OrphanTableModel::Missing, 170);
+    header.resizeSection(OrphanTableModel::Name, 270);
+    header.resizeSection(OrphanTableModel::Missing, 160);
     m_table->setColumnHidden(OrphanTableModel::Missing, m_orphans->missingCount() == 0);
     return m_table;
 }
@@ -148,6 +159,27 @@ void PIOrphanDialog::selectionChanged()
     m_missing->setVisible(isMissing);
     m_reattach->setVisible(isMissing);
     m_reattach->setChecked(isMissing && m_orphans->isReattached(row));
+}
+
+void PIOrphanDialog::resizeEvent(QResizeEvent *event)
+{
+    QDialog::resizeEvent(event);
+    showPicturesSoon();
+}
+
+void PIOrphanDialog::showPicturesSoon()
+{
+    if (!m_picturesTimer.isActive())
+        m_picturesTimer.start();
+}
+
+void PIOrphanDialog::showPictures()
+{
+    const QRect area = m_table->viewport()->rect();
+    const QModelIndex top = m_table->indexAt(area.topLeft());
+    const QModelIndex bottom = m_table->indexAt(area.bottomLeft());
+    if (top.isValid())
+        m_model->setVisibleRows(top.row(), bottom.isValid() ? bottom.row() : m_model->rowCount() - 1);
 }
 
 void PIOrphanDialog::addAll()

@@ -3,6 +3,7 @@
 #include "OrphanList.h"
 
 #include <QDialog>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -34,8 +35,13 @@ public:
     void addAll();
     void showInFinder();
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     void build();
+    void showPicturesSoon();
+    void showPictures();
     [[nodiscard]] QWidget *buildList();
     [[nodiscard]] QWidget *buildPreview();
     [[nodiscard]] QString summary() const;
@@ -46,6 +52,7 @@ private:
     Orphans m_orphans;
     OrphanTableModel *m_model;
     QTreeView *m_table;
+    QTimer m_picturesTimer;
     PicturePreview *m_preview;
     QLabel *m_path;
     QLabel *m_missing;

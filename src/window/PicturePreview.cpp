@@ -14,7 +14,7 @@ constexpr int kMargin = 6;
 PicturePreview::PicturePreview(PixelPool &pool, QWidget *parent)
     : QWidget(parent)
     , m_renderer(pool)
-    , m_opener(QStringLiteral("hmphoto.preview"), 1)
+    , m_opener(QStringLiteral("hmphoto.preview"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
 {
     setMinimumSize(160, 120);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);

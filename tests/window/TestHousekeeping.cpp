@@ -114,6 +114,27 @@ private Q_SLOTS:
         QCOMPARE(scene.house.library.groups().size(), 1);
     }
 
+    void rowsOnShowGetTheirPictures()
+    {
+        Scene scene;
+        QImage image(80, 60, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        for (int i = 0; i < 100; ++i)
+            QVERIFY(image.save(scene.dir.filePath(QString::number(1000 + i) + QStringLiteral(".png"))));
+        PIOrphanDialog &dialog = scene.search();
+        auto &table = *dialog.findChild<QTreeView *>();
+        const auto colour = [&table](int row) {
+            const QVariant picture = table.model()->index(row, OrphanTableModel::Name).data(Qt::DecorationRole);
+            const QImage shown = picture.value<QPixmap>().toImage();
+            return shown.pixelColor(shown.rect().center());
+        };
+        QTRY_COMPARE(colour(0), QColor(Qt::red));
+        QCOMPARE(colour(99).alpha(), 0);
+        table.scrollToBottom();
+        QTRY_COMPARE(colour(99), QColor(Qt::red));
+        QCOMPARE(colour(50).alpha(), 0);
+    }
+
     void theAltKeyTicksAll()
     {
         Scene scene;
