@@ -2,6 +2,7 @@
 
 #include "DirectoryReader.h"
 #include "FormatMessage.h"
+#include "GiveAlert.h"
 #include "StringUtilities.h"
 
 #include <QCoreApplication>
@@ -33,9 +34,36 @@ private:
     QString m_name;
 };
 
-}
+/// Another name can still be typed: it is refused, and the user can go on looking.
+class OneNameDialog final : public QFileDialog
+{
+public:
+    OneNameDialog(const QString &name, const QString &title, const QString &folder, QWidget *parent)
+        : QFileDialog(parent, title, folder)
+        , m_name(name)
+    {
+        setWindowModality(Qt::WindowModal);
+        setOption(DontUseNativeDialog); // only ours can hold files back
+        setFileMode(ExistingFile);
+        setProxyModel(new OneNameModel(name, this));
+    }
 
-namespace {
+protected:
+    void accept() override
+    {
+        const QString path = selectedFiles().value(0);
+        const auto type = entryTypeAt(path);
+        if (type && *type != EntryType::Folder && QVString::lastPathComponent(path) != m_name)
+            GiveAlert(
+                QCoreApplication::translate("FoundFileDialog", "This is another file."),
+                QCoreApplication::translate("FoundFileDialog", "Only a file named “%1” can be chosen.").arg(m_name));
+        else
+            QFileDialog::accept();
+    }
+
+private:
+    QString m_name;
+};
 
 QString nearestFolder(QString folder)
 {
@@ -50,13 +78,6 @@ QString askForFileNamed(const QString &name, const QString &folder, QWidget &win
 {
     const QString question =
         FormatMessage(QCoreApplication::translate("FoundFileDialog", "Where is \"%@\"?"), {MessageArgument(name)});
-    QFileDialog dialog(&window, question, nearestFolder(folder));
-    dialog.setWindowModality(Qt::WindowModal);
-    dialog.setOption(QFileDialog::DontUseNativeDialog); // only ours can hold files back
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    dialog.setProxyModel(new OneNameModel(name, &dialog));
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
-        return {};
-    const QString path = dialog.selectedFiles().first();
-    return QVString::lastPathComponent(path) == name ? path : QString(); // a name can also be typed
+    OneNameDialog dialog(name, question, nearestFolder(folder), &window);
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
