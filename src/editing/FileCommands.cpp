@@ -44,7 +44,7 @@ bool isUsableName(const QString &name, QString *reason)
     const bool usable = name.isValidUtf16() && !name.contains(u'/') && !name.contains(QChar::Null) &&
                         name != QStringLiteral(".") && name != QStringLiteral("..");
     if (!usable && reason)
-        *reason = QStringLiteral("A file name cannot hold these characters.");
+        *reason = QStringLiteral("A file cannot have this name.");
     return usable;
 }
 
