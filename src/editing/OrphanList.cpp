@@ -8,6 +8,8 @@
 #include <QCoreApplication>
 #include <QSet>
 
+#include <algorithm>
+
 OrphanRequest orphanRequest(const PhotoLibrary &library, const QString &folder)
 {
     OrphanRequest request{folder, library.fileRefs().knownPaths(), {}};
@@ -74,6 +76,12 @@ QString OrphanList::fileName(qsizetype row) const
 QString OrphanList::subfolder(qsizetype row) const
 {
     return QVString::deletingLastPathComponent(m_result.orphans.path(row));
+}
+
+qsizetype OrphanList::startRow() const
+{
+    const auto first = std::min_element(m_missing.keyBegin(), m_missing.keyEnd());
+    return first == m_missing.keyEnd() ? 0 : *first;
 }
 
 QString OrphanList::missingText(qsizetype row) const

@@ -35,6 +35,8 @@ public:
 
     [[nodiscard]] bool isMissing(qsizetype row) const { return m_missing.contains(row); }
     [[nodiscard]] int missingCount() const { return static_cast<int>(m_missing.size()); }
+    /// The row to begin with: the first missing file, else the first of all.
+    [[nodiscard]] qsizetype startRow() const;
     /// Tells which photo misses the file; empty for others.
     [[nodiscard]] QString missingText(qsizetype row) const;
     [[nodiscard]] bool isReattached(qsizetype row) const;

@@ -53,7 +53,7 @@ PIOrphanDialog::PIOrphanDialog(Orphans orphans, PixelPool &pool, QWidget *parent
     connect(&m_picturesTimer, &QTimer::timeout, this, &PIOrphanDialog::showPictures);
     connect(m_table->verticalScrollBar(), &QScrollBar::valueChanged, this, &PIOrphanDialog::showPicturesSoon);
     selectionChanged();
-    m_table->setCurrentIndex(m_model->index(0, OrphanTableModel::Name));
+    m_table->setCurrentIndex(m_model->index(static_cast<int>(m_orphans->startRow()), OrphanTableModel::Name));
 }
 
 void PIOrphanDialog::build()

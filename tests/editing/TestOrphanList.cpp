@@ -47,6 +47,7 @@ private Q_SLOTS:
         OrphanList list(m_house.library, QStringLiteral("/f"),
                         resultOf({"1.jpg", "2.jpg", "3.jpg"}, {{1, m_lost->guid()}}));
         QCOMPARE(list.missingCount(), 1);
+        QCOMPARE(list.startRow(), 1);
         QCOMPARE(list.missingText(1), QString::fromUtf8("This is the missing photo “gone.jpg” of “A”."));
         QVERIFY(list.missingText(0).isEmpty());
         QCOMPARE(list.filesToAdd(), QStringList());
