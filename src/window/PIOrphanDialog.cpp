@@ -13,12 +13,29 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSplitter>
+#include <QStyledItemDelegate>
 #include <QTreeView>
 #include <QVBoxLayout>
 
 namespace {
 
 constexpr int kPicturesMilliseconds = 50; ///< what scrolls past faster needs no picture
+
+/// Frames tick boxes so that they are seen on a dark ground: styles make the frame from the window's colour, darker.
+class TickDelegate final : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+protected:
+    void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override
+    {
+        QStyledItemDelegate::initStyleOption(option, index);
+        const QPalette &colours = option->palette;
+        if (colours.color(QPalette::Base).lightness() < colours.color(QPalette::Text).lightness())
+            option->palette.setColor(QPalette::Window, colours.color(QPalette::Text));
+    }
+};
 
 }
 
@@ -88,6 +105,7 @@ void PIOrphanDialog::build()
 QWidget *PIOrphanDialog::buildList()
 {
     m_table->setModel(m_model);
+    m_table->setItemDelegateForColumn(OrphanTableModel::Add, new TickDelegate(m_table));
     m_table->setRootIsDecorated(false);
     m_table->setUniformRowHeights(true); // there may be very many
     m_table->setAlternatingRowColors(true);

@@ -123,7 +123,7 @@ private Q_SLOTS:
         QVERIFY(QFile::remove(pane.path));
         (void)pane.photo->fileRef()->verify();
         pane.notifications.post(kSelectNotification, pane.photo);
-        QVERIFY(!pane.child<QLineEdit>("File name").isEnabled());
+        QVERIFY(pane.child<QLineEdit>("File name").isReadOnly());
         QVERIFY(!pane.child<QDateTimeEdit>("File date").isEnabled());
         QCOMPARE(pane.child<QDateTimeEdit>("File date").text(), QStringLiteral("Unknown"));
         const auto buttons = pane.window.findChildren<QPushButton *>();
