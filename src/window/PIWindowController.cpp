@@ -109,6 +109,7 @@ void PIWindowController::buildPanes()
 {
     addContextMenus();
     m_window->setCentralWidget(m_paneSplitter);
+    m_summary->setContentsMargins(0, 0, 6, 0); // clear of the screen's edge
     m_window->statusBar()->addPermanentWidget(m_summary);
     m_window->statusBar()->setSizeGripEnabled(false);
     m_window->setMinimumSize(700, 420);
@@ -204,6 +205,12 @@ void PIWindowController::observe()
     m_undoManager.setChangeListener([this] { enableCommands(); });
     NotificationCenter &center = m_library.notifications();
     m_selectObserver = center.observe(kSelectNotification, [this](const NotificationObject &) { photoWasSelected(); });
+    const auto retitle = [this](const NotificationObject &photo) {
+        if (photo.isSameAs(m_detailController->photo()))
+            photoWasSelected();
+    };
+    m_redrawObserver = center.observe(kRedrawNotification, retitle);
+    m_thumbnailObserver = center.observe(kThumbnailNotification, retitle);
 }
 
 void PIWindowController::observeDrops()

@@ -133,4 +133,6 @@ private:
     FolderHistory m_history;
     bool m_preserveForwardStack = false;
     NotificationCenter::Observer m_selectObserver;
+    NotificationCenter::Observer m_redrawObserver;    ///< the file may have another name
+    NotificationCenter::Observer m_thumbnailObserver; ///< the file may have been found elsewhere
 };
