@@ -4,6 +4,7 @@
 #include "DirectoryWalk.h"
 #include "ImageFormat.h"
 #include "KnownFiles.h"
+#include "LogString.h"
 #include "StringUtilities.h"
 
 #include <QFile>
@@ -76,7 +77,8 @@ public:
             visitFolder(folder.path, entries);
             return DirectoryWalk::Visit::Continue;
         };
-        DirectoryWalk walk(visit, {.stop = m_stop, .borders = DirectoryWalk::Borders::Crossed});
+        DirectoryWalk walk(visit,
+                           {.stop = m_stop, .borders = DirectoryWalk::Borders::Crossed, .unreadable = logUnreadable});
         (void)walk.walk(m_root);
         m_result.unreadableFolders = walk.unreadableFolders();
         m_result.orphans.sort();
@@ -98,6 +100,11 @@ private:
         m_result.filesSeen += static_cast<qsizetype>(entries.size());
         if (m_progress)
             m_progress(m_result.filesSeen);
+    }
+
+    static void logUnreadable(const QByteArray &path, const QString &reason)
+    {
+        LogString("Can't read folder %@: %@", QFile::decodeName(path), reason);
     }
 
     void tellMissing()

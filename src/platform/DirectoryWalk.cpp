@@ -61,6 +61,14 @@ bool DirectoryWalk::mayEnter(int folder) const
     return mount && !mount->isSystem();
 }
 
+void DirectoryWalk::noteUnreadable(const QByteArray &path, int error)
+{
+    ++m_unreadableFolders;
+    QString reason;
+    if (m_limits.unreadable && !Posix::fail(&reason, error))
+        m_limits.unreadable(path, reason);
+}
+
 /// Leaves the folder's key in m_current, also when it has been read before.
 DirectoryWalk::End DirectoryWalk::visitFolder(const Pending &pending, Names &subfolders)
 {
@@ -72,7 +80,7 @@ DirectoryWalk::End DirectoryWalk::visitFolder(const Pending &pending, Names &sub
     }));
     struct stat status = {};
     if (!descriptor.isValid() || ::fstat(descriptor.number(), &status) != 0) {
-        ++m_unreadableFolders;
+        noteUnreadable(pending.path, errno);
         return End::Complete;
     }
     if (pending.device.value_or(status.st_dev) != status.st_dev && !mayEnter(descriptor.number()))
@@ -91,7 +99,7 @@ DirectoryWalk::End DirectoryWalk::readOpenFolder(const Folder &folder, Names &su
     for (;;) {
         const ssize_t got = ::getdents64(folder.descriptor, m_room.data(), m_room.size());
         if (got < 0)
-            ++m_unreadableFolders;
+            noteUnreadable(folder.path, errno);
         if (got <= 0)
             return end;
         if (visitPiece(folder, {m_room.data(), static_cast<std::size_t>(got)}, subfolders) == Visit::Stop)

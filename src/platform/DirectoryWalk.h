@@ -6,6 +6,7 @@
 #include <QByteArrayView>
 #include <QHash>
 #include <QSet>
+#include <QString>
 
 #include <chrono>
 #include <functional>
@@ -51,6 +52,8 @@ public:
         std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::time_point::max();
         qsizetype maxFolders = 5'000'000;
         Borders borders = Borders::Kept;
+        /// Told of each folder that could not be read, or not to its end.
+        std::function<void(const QByteArray &path, const QString &reason)> unreadable = {};
     };
 
     enum class End {
@@ -71,7 +74,6 @@ public:
 
     [[nodiscard]] qsizetype foldersRead() const { return m_foldersRead; }
     [[nodiscard]] qsizetype entriesSeen() const { return m_entriesSeen; }
-    /// Folders that could not be read, or not to their end.
     [[nodiscard]] qsizetype unreadableFolders() const { return m_unreadableFolders; }
 
 private:
@@ -83,6 +85,7 @@ private:
         std::optional<quint64> device; ///< on which it must stand; any for the folder on which a walk begins
     };
 
+    void noteUnreadable(const QByteArray &path, int error);
     [[nodiscard]] bool mayEnter(int folder) const;
     End visitFolder(const Pending &pending, Names &subfolders);
     End readOpenFolder(const Folder &folder, Names &subfolders);

@@ -84,8 +84,8 @@ void Housekeeping::tellSkipped(const OrphanSearchResult &result)
         lines << CountText(result.undecodableNames, tr("%n name is not valid UTF-8. Rename this file first."),
                            tr("%n names are not valid UTF-8. Rename these files first."));
     if (result.unreadableFolders > 0)
-        lines << CountText(result.unreadableFolders, tr("%n folder could not be read."),
-                           tr("%n folders could not be read."));
+        lines << CountText(result.unreadableFolders, tr("%n folder could not be read. The system log names it."),
+                           tr("%n folders could not be read. The system log names them."));
     if (!lines.isEmpty())
         GiveAlert(tr("Some files were skipped."), lines.join(u'\n'));
 }
