@@ -95,7 +95,8 @@ void PIDetailFileVC::build()
 void PIDetailFileVC::selectionChanged()
 {
     const bool present = !missingFile();
-    m_name->setReadOnly(!present); // not disabled: the name of a missing file is there to be read and copied
+    m_name->setEnabled(havePhoto());
+    m_name->setReadOnly(!present); // the name of a missing file is there to be read and copied
     m_name->setFrame(present);
     m_reveal->setEnabled(present);
     m_date->setEnabled(present);
