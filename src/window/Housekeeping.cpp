@@ -120,7 +120,17 @@ void Housekeeping::orphansPicked(const OrphanList &orphans, bool success)
                         .toFolder = nullptr,
                         .undoName = UndoName::AlreadyRecorded,
                         .makeFolder = [this] { return m_editor.makeSpecialGroupFolder(GroupType::Search); }},
-                       {});
+                       [count = paths.size()](const PhotoImport::Outcome &outcome) {
+                           if (outcome.accepted && !outcome.scan.cancelled)
+                               tellGone(count - outcome.photosAdded);
+                       });
+}
+
+void Housekeeping::tellGone(qsizetype count)
+{
+    if (count > 0)
+        GiveAlert(tr("Some files are gone."), CountText(count, tr("%n file is no longer where it was found."),
+                                                        tr("%n files are no longer where they were found.")));
 }
 
 void Housekeeping::reattach(const QList<FileCommands::MovedFile> &files)
@@ -132,8 +142,9 @@ void Housekeeping::reattach(const QList<FileCommands::MovedFile> &files)
         [files, prepare = m_editor.library().fileFinder().preparation()] {
             return FileCommands::preparedFiles(files, prepare);
         },
-        [this](const QList<FileCommands::MovedFile> &prepared) {
+        [this, count = files.size()](const QList<FileCommands::MovedFile> &prepared) {
             FileCommands::takeMovedFiles(m_editor.library(), prepared);
+            tellGone(count - prepared.size());
         });
 }
 

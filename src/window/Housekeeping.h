@@ -38,6 +38,7 @@ private:
 
     void showProgress();
     void reattach(const QList<FileCommands::MovedFile> &files);
+    static void tellGone(qsizetype count);
     static void tellSkipped(const OrphanSearchResult &result);
     void searchEnded(const QString &folder, const OrphanSearchResult &result);
 

@@ -112,6 +112,8 @@ private Q_SLOTS:
         QTRY_COMPARE(running.count(), 2);
         QVERIFY(scene.house.recorder.asked.isEmpty());
         QCOMPARE(scene.house.library.groups().size(), 1);
+        QTRY_COMPARE(scene.alerts.shown,
+                     QStringList(QStringLiteral("Some files are gone.|1 file is no longer where it was found.")));
     }
 
     void rowsOnShowGetTheirPictures()
