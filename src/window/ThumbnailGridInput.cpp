@@ -187,35 +187,46 @@ void ThumbnailGridView::takeUpBand(const QRect &contentRect)
 
 namespace {
 
-/// The pictures of the first few photos that are dragged, fanned out, and how many there are.
-QPixmap fanOf(const QList<QPixmap> &pictures, qint64 count, const QWidget &widget)
+QList<QRect> fannedOut(const QList<QPixmap> &pictures)
 {
     constexpr int kSide = 72;
     constexpr int kStep = 8;
-    const int side = kSide + kStep * int(std::max<qsizetype>(0, pictures.size() - 1));
-    QPixmap fan(QSize(side, side) * widget.devicePixelRatioF());
+    QList<QRect> places;
+    for (qsizetype i = 0; i < pictures.size(); ++i) {
+        const QSize size = pictures.at(i).size().scaled(kSide, kSide, Qt::KeepAspectRatio);
+        places.append(QRect(QPoint(kStep, kStep) * int(i), size));
+    }
+    return places;
+}
+
+void paintCount(QPainter &painter, const QRect &area, qint64 count, const QWidget &widget)
+{
+    const QString text = QString::number(count);
+    QRect badge(0, 0, widget.fontMetrics().horizontalAdvance(text) + 12, widget.fontMetrics().height() + 4);
+    badge.moveBottomRight(area.bottomRight());
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(widget.palette().highlight());
+    painter.drawRoundedRect(badge, badge.height() / 2.0, badge.height() / 2.0);
+    painter.setPen(widget.palette().color(QPalette::HighlightedText));
+    painter.drawText(badge, Qt::AlignCenter, text);
+}
+
+/// The pictures of the first few photos that are dragged, one over the other, and how many there are.
+QPixmap fanOf(const QList<QPixmap> &pictures, qint64 count, const QWidget &widget)
+{
+    const QList<QRect> places = fannedOut(pictures);
+    QRect area(0, 0, 32, 32);
+    for (const QRect &place : places)
+        area = place == places.first() ? place : area.united(place);
+    QPixmap fan(area.size() * widget.devicePixelRatioF());
     fan.setDevicePixelRatio(widget.devicePixelRatioF());
     fan.fill(Qt::transparent);
     QPainter painter(&fan);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    for (qsizetype i = pictures.size() - 1; i >= 0; --i) {
-        QRect place(QPoint(), pictures.at(i).size().scaled(kSide, kSide, Qt::KeepAspectRatio));
-        place.moveCenter(QPoint(kSide / 2, kSide / 2) + QPoint(kStep, kStep) * int(i));
-        painter.drawPixmap(place, pictures.at(i));
-        painter.setPen(widget.palette().color(QPalette::Window));
-        painter.drawRect(place);
-    }
-    if (count > 1) {
-        const QString text = QString::number(count);
-        QRect badge(0, 0, widget.fontMetrics().horizontalAdvance(text) + 12, widget.fontMetrics().height() + 4);
-        badge.moveBottomRight(QPoint(side - 1, side - 1));
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(widget.palette().highlight());
-        painter.drawRoundedRect(badge, badge.height() / 2.0, badge.height() / 2.0);
-        painter.setPen(widget.palette().color(QPalette::HighlightedText));
-        painter.drawText(badge, Qt::AlignCenter, text);
-    }
+    painter.setRenderHints(QPainter::SmoothPixmapTransform | QPainter::Antialiasing);
+    for (qsizetype i = pictures.size() - 1; i >= 0; --i)
+        painter.drawPixmap(places.at(i), pictures.at(i));
+    if (count > 1)
+        paintCount(painter, area, count, widget);
     return fan;
 }
 
