@@ -35,6 +35,8 @@ bool CommandState::isEnabled(EnabledWhen when) const
         return canRenameItem;
     case EnabledWhen::CanDelete:
         return focus == Focus::Outline ? isItemSelected && !isImporting : photosAreSelected;
+    case EnabledWhen::CanMoveToFolder:
+        return focus == Focus::Outline ? isItemFolder && !isImporting : photosAreSelected;
     case EnabledWhen::CanMoveUp:
         return canMoveUp;
     case EnabledWhen::CanMoveDown:

@@ -133,10 +133,11 @@ constexpr CommandInfo kCommands[] = {
     {Command::MoveToFolder,
      QT_TRANSLATE_NOOP("Command", "Move to Folder…"),
      QT_TRANSLATE_NOOP(
-         "Command", "Move or copy the selected photos to another folder of the library. The files stay where they are"),
+         "Command",
+         "Move or copy the selected photos, or move the folder, to another place in the library. The files stay"),
      "",
      {QKeyCombination(Qt::CTRL | Qt::SHIFT | Qt::Key_M)},
-     EnabledWhen::PhotosAreSelected},
+     EnabledWhen::CanMoveToFolder},
     {Command::MoveUp,
      QT_TRANSLATE_NOOP("Command", "Move Up"),
      QT_TRANSLATE_NOOP("Command", "Move the selected photos, the folder or the group one place up"),

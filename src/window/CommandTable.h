@@ -65,6 +65,7 @@ enum class EnabledWhen {
     FolderIsShown,
     ItemCanBeRenamed,
     CanDelete,
+    CanMoveToFolder,
     CanMoveUp,
     CanMoveDown,
     HasRoomForLargerTiles,

@@ -14,9 +14,40 @@
 
 FolderChooser::FolderChooser(LibraryEditor &editor, int photoCount, QWidget *parent)
     : QDialog(parent)
-    , m_editor(editor)
+    , m_canTake([shown = std::static_pointer_cast<PIGroup>(editor.view().shownFolder())](
+                    const std::shared_ptr<PIGroup> &item) { return item != shown; })
     , m_model(new NavigatorModel(editor.library(), editor, this))
     , m_tree(new QTreeView(this))
+{
+    build(CountText(photoCount, tr("Where is the photo to stand? Its file stays where it is."),
+                    tr("Where are the %n photos to stand? Their files stay where they are.")),
+          editor.view().shownFolder());
+}
+
+namespace {
+
+bool isWithin(std::shared_ptr<PIGroup> item, const std::shared_ptr<PIGroup> &outer)
+{
+    while (item && item != outer)
+        item = item->asFolder() ? item->asFolder()->parent() : nullptr;
+    return item != nullptr;
+}
+
+}
+
+FolderChooser::FolderChooser(LibraryEditor &editor, const std::shared_ptr<PIFolder> &folder, QWidget *parent)
+    : QDialog(parent)
+    , m_canTake([folder](const std::shared_ptr<PIGroup> &item) {
+        return item != folder->parent() && !isWithin(item, folder);
+    })
+    , m_model(new NavigatorModel(editor.library(), editor, this))
+    , m_tree(new QTreeView(this))
+{
+    build(tr("Where is “%1” to stand?").arg(folder->name()), folder->parent());
+    m_copy->hide();
+}
+
+void FolderChooser::build(const QString &question, const std::shared_ptr<PIGroup> &start)
 {
     setWindowTitle(tr("Move to Folder"));
     setWindowModality(Qt::WindowModal);
@@ -28,7 +59,7 @@ FolderChooser::FolderChooser(LibraryEditor &editor, int photoCount, QWidget *par
     m_tree->header()->setSectionResizeMode(NavigatorModel::NameColumn, QHeaderView::Stretch);
     m_tree->header()->setSectionResizeMode(NavigatorModel::CountColumn, QHeaderView::ResizeToContents);
     m_tree->expandAll();
-    m_tree->setCurrentIndex(m_model->indexOf(editor.view().shownFolder().get()));
+    m_tree->setCurrentIndex(m_model->indexOf(start.get()));
     m_tree->scrollTo(m_tree->currentIndex(), QAbstractItemView::PositionAtCenter);
 
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
@@ -41,9 +72,9 @@ FolderChooser::FolderChooser(LibraryEditor &editor, int photoCount, QWidget *par
     connect(m_tree->selectionModel(), &QItemSelectionModel::currentChanged, this, &FolderChooser::enableButtons);
     connect(m_tree, &QTreeView::doubleClicked, m_move, &QPushButton::click);
 
-    auto *label = new QLabel(CountText(photoCount, tr("Where is the photo to stand? Its file stays where it is."),
-                                       tr("Where are the %n photos to stand? Their files stay where they are.")),
-                             this);
+    auto *label = new QLabel(this);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(question);
     label->setWordWrap(true);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(label);
@@ -61,9 +92,9 @@ std::shared_ptr<PIGroup> FolderChooser::selected() const
 void FolderChooser::enableButtons()
 {
     const auto item = selected();
-    const bool isOther = item && item != std::static_pointer_cast<PIGroup>(m_editor.view().shownFolder());
-    m_move->setEnabled(isOther);
-    m_copy->setEnabled(isOther);
+    const bool canTake = item && m_canTake(item);
+    m_move->setEnabled(canTake);
+    m_copy->setEnabled(canTake);
 }
 
 void FolderChooser::choose(PhotoEdits::Transfer transfer)

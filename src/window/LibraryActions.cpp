@@ -3,8 +3,10 @@
 #include "Icons.h"
 
 #include <QAction>
-#include <QCoreApplication>
-#include <QWidget>
+#include <QApplication>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
 
 namespace {
 
@@ -15,6 +17,22 @@ QString toolTipWithShortcut(const CommandInfo &info)
     if (shortcuts.isEmpty())
         return text;
     return QStringLiteral("%1 (%2)").arg(text, shortcuts.first().toString(QKeySequence::NativeText));
+}
+
+}
+
+namespace {
+
+/// In a text field the commands of the clipboard mean the text, also when they are chosen from the menu.
+bool isTakenByTextField(Command command)
+{
+    static const QHash<Command, const char *> textSlots{
+        {Command::Cut, "cut"}, {Command::Copy, "copy"}, {Command::Paste, "paste"}, {Command::SelectAll, "selectAll"}};
+    QWidget *focus = QApplication::focusWidget();
+    const char *slot = textSlots.value(command);
+    const bool isText =
+        qobject_cast<QLineEdit *>(focus) || qobject_cast<QPlainTextEdit *>(focus) || qobject_cast<QTextEdit *>(focus);
+    return slot && isText && QMetaObject::invokeMethod(focus, slot);
 }
 
 }
@@ -37,7 +55,10 @@ LibraryActions::LibraryActions(QWidget &window)
 
 void LibraryActions::bind(Command command, std::function<void(bool)> perform)
 {
-    connect(action(command), &QAction::triggered, this, std::move(perform));
+    connect(action(command), &QAction::triggered, this, [command, perform = std::move(perform)](bool checked) {
+        if (!isTakenByTextField(command))
+            perform(checked);
+    });
 }
 
 void LibraryActions::setEnabled(Command command, bool enabled)

@@ -1,13 +1,16 @@
 #include "NavigatorCommands.h"
 
+#include "FolderChooser.h"
 #include "FormatMessage.h"
 #include "GiveAlert.h"
 #include "LibraryView.h"
+#include "NavigatorDrop.h"
 #include "PIFolder.h"
 
-NavigatorCommands::NavigatorCommands(LibraryEditor &editor, QObject *parent)
-    : QObject(parent)
+NavigatorCommands::NavigatorCommands(LibraryEditor &editor, QWidget &window)
+    : QObject(&window)
     , m_editor(editor)
+    , m_window(window)
     , m_edits(editor)
 {}
 
@@ -24,6 +27,18 @@ void NavigatorCommands::deleteItem()
                                  {tr("OK"), tr("Cancel")}, /*escapeButton=*/1);
     if (answer == 0)
         static_cast<void>(m_edits.deleteItem(item));
+}
+
+void NavigatorCommands::moveToFolder()
+{
+    const auto item = m_editor.view().selectedItem();
+    if (!item || !item->asFolder())
+        return;
+    const auto folder = std::static_pointer_cast<PIFolder>(item);
+    FolderChooser chooser(m_editor, folder, &m_window);
+    chooser.exec();
+    if (const auto choice = chooser.choice())
+        static_cast<void>(m_edits.moveFolder(folder, choice->item, NavigatorDrop::kOntoItem));
 }
 
 void NavigatorCommands::moveBy(int places)

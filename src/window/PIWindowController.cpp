@@ -84,7 +84,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
     , m_photoCommands(new PhotoCommands(
           m_editor, m_undoManager, *m_thumbnailView, [this] { return currentPhoto(); }, *m_window))
-    , m_navigatorCommands(new NavigatorCommands(m_editor, m_window.get()))
+    , m_navigatorCommands(new NavigatorCommands(m_editor, *m_window))
 {
     buildPanes();
     bindCommands();
@@ -119,8 +119,8 @@ void PIWindowController::buildPanes()
 void PIWindowController::addContextMenus()
 {
     m_actions->addContextMenu(*m_outline, {Command::NewFolder, Command::NewGroup, Command::AddFolder, std::nullopt,
-                                           Command::Rename, Command::MoveUp, Command::MoveDown, std::nullopt,
-                                           Command::Paste, std::nullopt, Command::Delete});
+                                           Command::Rename, Command::MoveToFolder, Command::MoveUp, Command::MoveDown,
+                                           std::nullopt, Command::Paste, std::nullopt, Command::Delete});
     const QList<std::optional<Command>> photoCommands = {
         Command::ToggleMark,   Command::ClearCrop,     std::nullopt,  Command::Reveal, Command::EditImage,
         std::nullopt,          Command::Cut,           Command::Copy, Command::Paste,  std::nullopt,
@@ -170,6 +170,12 @@ void PIWindowController::bindEditCommands()
         else
             m_photoCommands->moveBy(places);
     };
+    m_actions->bind(Command::MoveToFolder, [this](bool) {
+        if (m_outline->hasFocus())
+            m_navigatorCommands->moveToFolder();
+        else
+            m_photoCommands->moveToFolder();
+    });
     m_actions->bind(Command::MoveUp, [moveBy](bool) { moveBy(-1); });
     m_actions->bind(Command::MoveDown, [moveBy](bool) { moveBy(1); });
 }

@@ -47,7 +47,6 @@ void PhotoCommands::bind(LibraryActions &actions)
     bindTo(Command::ToggleMark, [](Self &self) { static_cast<void>(self.m_edits.toggleMark()); });
     bindTo(Command::ExtractFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Move); });
     bindTo(Command::CopyToNewFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Copy); });
-    bindTo(Command::MoveToFolder, [](Self &self) { self.moveToFolder(); });
     bindTo(Command::ClearCrop, [](Self &self) { self.clearCrop(); });
     bindTo(Command::SortByName, [](Self &self) { self.sortFolder(PhotoEdits::Order::Name); });
     bindTo(Command::SortByDate, [](Self &self) { self.sortFolder(PhotoEdits::Order::Date); });

@@ -45,6 +45,7 @@ public:
     void deletePhotos();
     void trash();
     void moveBy(int places);
+    void moveToFolder();
 
 Q_SIGNALS:
     void canPasteChanged();
@@ -56,7 +57,6 @@ private:
     void clearCrop();
     void sortFolder(PhotoEdits::Order order);
     void extractFolder(PhotoEdits::Transfer transfer);
-    void moveToFolder();
     void reveal();
     void editImage();
     void step(StepDirection direction);

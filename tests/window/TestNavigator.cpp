@@ -1,84 +1,21 @@
 #include "TestRunner.h"
+#include "WindowDesk.h"
 
-#include "FileFinder.h"
 #include "FolderHistory.h"
-#include "LibraryActions.h"
 #include "LibraryFile.h"
 #include "LibraryNotifications.h"
-#include "LibraryWindow.h"
 #include "NavigatorModel.h"
 #include "PIDetailController.h"
-#include "PIOutlineView.h"
-#include "PIWindowController.h"
-#include "PhotoLibrary.h"
 #include "ThumbnailGridView.h"
-#include "UserDefaults.h"
-
-#include "AlertPresenter.h"
 
 #include <QAbstractItemModelTester>
-#include <QAction>
 #include <QDir>
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMimeData>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QUrl>
 #include <QWindow>
-
-namespace {
-
-/// Answers every alert with the same button and remembers what was said.
-struct FakeAlerts final : AlertPresenter
-{
-    FakeAlerts() { install(this); }
-    ~FakeAlerts() override { install(nullptr); }
-    int present(const Alert &alert) override
-    {
-        said << alert.title;
-        return answer;
-    }
-    void beep() override {}
-    QStringList said;
-    int answer = 0;
-};
-
-/// The real window over a library in a temporary folder.
-struct Desk
-{
-    QTemporaryDir dir;
-    NotificationCenter notifications;
-    PathFileFinder finder;
-    PhotoLibrary library{dir.path(), finder, notifications};
-    UserDefaults defaults{dir.filePath(QStringLiteral("preferences.ini"))};
-    QString database;
-    std::unique_ptr<PIWindowController> controller;
-
-    explicit Desk(const QString &databaseName = QStringLiteral("Photo.xml"))
-        : database(dir.filePath(databaseName))
-    {
-        library.makeDefaultLibrary();
-        library.setDirty(false);
-        controller = std::make_unique<PIWindowController>(library, defaults, database);
-        controller->showWindow(false);
-        controller->resetList(nullptr);
-    }
-
-    PIOutlineView &outline() const { return *controller->window().findChild<PIOutlineView *>(); }
-    std::shared_ptr<PIGroup> group() const { return library.groups().first(); }
-    void trigger(Command command) const { controller->actions().action(command)->trigger(); }
-
-    QString makePicture(const QString &name) const
-    {
-        QImage image(64, 48, QImage::Format_RGB32);
-        image.fill(Qt::red);
-        const QString path = dir.filePath(name);
-        return image.save(path) ? path : QString();
-    }
-};
-
-}
 
 class TestNavigator : public QObject
 {
@@ -118,7 +55,7 @@ private Q_SLOTS:
 
     void theModelFollowsTheLibrary()
     {
-        Desk desk;
+        WindowDesk desk;
         NavigatorModel model(desk.library, desk.controller->editor());
         const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
         const auto folder = desk.group()->folders().first();
@@ -144,7 +81,7 @@ private Q_SLOTS:
 
     void newFoldersAreNamedAtOnce()
     {
-        Desk desk;
+        WindowDesk desk;
         desk.trigger(Command::NewFolder);
         QVERIFY(QTest::qWaitForWindowExposed(&desk.controller->window()));
         auto *editor = desk.outline().findChild<QLineEdit *>();
@@ -159,7 +96,7 @@ private Q_SLOTS:
 
     void droppedFilesJoinTheFolderOnShow()
     {
-        Desk desk;
+        WindowDesk desk;
         const auto folder = desk.group()->folders().first();
         desk.controller->resetList(folder);
         QMimeData data;
@@ -181,7 +118,7 @@ private Q_SLOTS:
 
     void aDropOfFoldersAndPhotosEndsAtThePhotos()
     {
-        Desk desk;
+        WindowDesk desk;
         const auto folder = desk.group()->folders().first();
         desk.controller->resetList(folder);
         QDir().mkpath(desk.dir.filePath(QStringLiteral("trip")));
@@ -208,7 +145,7 @@ private Q_SLOTS:
 
     void foldersStayAsTheUserFoldedThem()
     {
-        Desk desk;
+        WindowDesk desk;
         const auto outer = desk.group()->folders().first();
         const auto nest = outer->makeNewFolder();
         const auto open = nest->makeNewFolder();
@@ -228,7 +165,7 @@ private Q_SLOTS:
 
     void theFocusGoesToThePhotos()
     {
-        Desk desk;
+        WindowDesk desk;
         const auto folder = desk.group()->folders().first();
         folder->photos() << std::make_shared<PIPhoto>(
             desk.library.fileRefs().fileRefForPath(desk.makePicture(QStringLiteral("a.png"))));
@@ -250,7 +187,7 @@ private Q_SLOTS:
 
     void theFullScreenCommandFollowsTheWindow()
     {
-        Desk desk;
+        WindowDesk desk;
         const QAction &action = *desk.controller->actions().action(Command::FullScreen);
         desk.controller->window().showFullScreen();
         QTRY_VERIFY(action.isChecked());
@@ -273,7 +210,7 @@ private Q_SLOTS:
         QFETCH(int, answer);
         QFETCH(bool, closes);
         QFETCH(bool, saved);
-        Desk desk;
+        WindowDesk desk;
         FakeAlerts alerts;
         QVERIFY(desk.controller->windowShouldClose());
         QVERIFY(alerts.said.isEmpty());
@@ -288,7 +225,7 @@ private Q_SLOTS:
 
     void aSaveThatFailsKeepsTheWindowOpen()
     {
-        Desk desk(QStringLiteral("gone/Photo.xml"));
+        WindowDesk desk(QStringLiteral("gone/Photo.xml"));
         FakeAlerts alerts;
         desk.library.setDirty(true);
         QVERIFY(!desk.controller->windowShouldClose());
@@ -299,7 +236,7 @@ private Q_SLOTS:
 
     void theWindowComesBackAsItWasSaved()
     {
-        Desk desk;
+        WindowDesk desk;
         const auto folder = desk.group()->folders().first();
         for (int i = 0; i < 5; ++i)
             folder->photos() << std::make_shared<PIPhoto>(

@@ -1,0 +1,158 @@
+#include "TestRunner.h"
+#include "WindowDesk.h"
+
+#include "LibraryFile.h"
+#include "PIDetailController.h"
+#include "PIFolder.h"
+#include "ThumbnailGridView.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QTest>
+
+namespace {
+
+/// A window that shows a folder of photos of real files.
+struct PhotoDesk : WindowDesk
+{
+    std::shared_ptr<PIFolder> folder = group()->folders().first();
+
+    explicit PhotoDesk(int count)
+    {
+        LibraryFile::registerTags();
+        for (int number = 0; number < count; ++number) {
+            const QString path = makePicture(QStringLiteral("%1.png").arg(number));
+            folder->photos().append(std::make_shared<PIPhoto>(library.fileRefs().fileRefForPath(path)));
+        }
+        controller->resetList(folder);
+        controller->thumbnailView().setFocus();
+        (void)QTest::qWaitForWindowActive(&controller->window());
+    }
+
+    QAction &action(Command command) const { return *controller->actions().action(command); }
+    void select(const QString &positions) const { controller->selectIndexes(IndexSet::fromArchive(positions)); }
+    QString selected() const { return controller->selectedIndexes().archive(); }
+    /// The file names of a folder's photos, without extension.
+    static QString names(const PIFolder &shown)
+    {
+        QString text;
+        for (const auto &photo : shown.photos())
+            text += QFileInfo(photo->fileRef()->path()).baseName();
+        return text;
+    }
+};
+
+}
+
+class TestCommands : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void enablingFollowsSelectionAndFocus()
+    {
+        PhotoDesk desk(3);
+        desk.select({});
+        for (const Command command : {Command::Cut, Command::Copy, Command::Trash, Command::ToggleMark, Command::Reveal,
+                                      Command::Delete, Command::NextPhoto, Command::Undo})
+            QVERIFY(!desk.action(command).isEnabled());
+        desk.select(QStringLiteral("0"));
+        for (const Command command : {Command::Cut, Command::Copy, Command::Trash, Command::ToggleMark, Command::Reveal,
+                                      Command::Delete, Command::NextPhoto, Command::MoveDown})
+            QVERIFY(desk.action(command).isEnabled());
+        QVERIFY(!desk.action(Command::MoveUp).isEnabled());
+        QCOMPARE(desk.action(Command::Delete).text(), QStringLiteral("Delete Photo"));
+
+        desk.outline().setFocus();
+        QCOMPARE(desk.action(Command::Delete).text(), QStringLiteral("Delete Folder"));
+        QVERIFY(!desk.action(Command::MoveDown).isEnabled());
+        desk.trigger(Command::ToggleMark);
+        QCOMPARE(desk.action(Command::Undo).text(), QStringLiteral("Undo Sort Folder"));
+        QVERIFY(desk.action(Command::Save).isEnabled());
+    }
+
+    void photosTravelThroughTheClipboard()
+    {
+        PhotoDesk desk(3);
+        const auto other = desk.folder->makeNewFolder();
+        desk.select(QStringLiteral("0"));
+        desk.trigger(Command::Copy);
+        const auto clipboard = [] { return QGuiApplication::clipboard()->mimeData(); };
+        QVERIFY(clipboard()->hasUrls());
+        QTRY_VERIFY(clipboard()->hasFormat(QStringLiteral("image/png")));
+        QVERIFY(clipboard()->hasFormat(QStringLiteral("image/tiff")));
+        QCOMPARE(QImage::fromData(clipboard()->data(QStringLiteral("image/png"))).size(), QSize(64, 48));
+
+        desk.select(QStringLiteral("1-2"));
+        desk.trigger(Command::Cut);
+        QCOMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("0"));
+        desk.controller->resetList(other);
+        QVERIFY(desk.action(Command::Paste).isEnabled());
+        desk.trigger(Command::Paste);
+        QCOMPARE(PhotoDesk::names(*other), QStringLiteral("12"));
+        QCOMPARE(desk.selected(), QStringLiteral("0-1"));
+        desk.trigger(Command::Undo);
+        desk.trigger(Command::Undo);
+        QCOMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("012"));
+        QVERIFY(other->photos().isEmpty());
+        QVERIFY(!desk.library.isDirty());
+        QGuiApplication::clipboard()->clear();
+        QTRY_VERIFY(!desk.action(Command::Paste).isEnabled());
+    }
+
+    void steppingWalksTheFolderOrTheSelection()
+    {
+        PhotoDesk desk(4);
+        const auto shown = [&] { return QFileInfo(desk.controller->detailController().photo()->fileRef()->path()); };
+        desk.select(QStringLiteral("3"));
+        desk.trigger(Command::NextPhoto);
+        QCOMPARE(desk.selected(), QStringLiteral("0"));
+        QCOMPARE(shown().baseName(), QStringLiteral("0"));
+        desk.select(QStringLiteral("1 3"));
+        desk.trigger(Command::NextPhoto);
+        QCOMPARE(desk.selected(), QStringLiteral("1 3"));
+        QCOMPARE(shown().baseName(), QStringLiteral("3"));
+        desk.trigger(Command::NextPhoto);
+        QCOMPARE(shown().baseName(), QStringLiteral("1"));
+    }
+
+    void deletingAFolderAsksAndCanBeUndone()
+    {
+        PhotoDesk desk(2);
+        FakeAlerts alerts;
+        const auto inside = desk.folder->makeNewFolder();
+        desk.controller->resetList(inside);
+        desk.controller->resetList(desk.folder);
+        desk.outline().setFocus();
+        alerts.answer = 1;
+        desk.trigger(Command::Delete);
+        QCOMPARE(alerts.said, QStringList(QStringLiteral("Delete folder?")));
+        QCOMPARE(desk.group()->folders().size(), 1);
+        alerts.answer = 0;
+        desk.trigger(Command::Delete);
+        QVERIFY(desk.group()->folders().isEmpty());
+        QVERIFY(!desk.controller->shownFolder());
+        QVERIFY(!desk.action(Command::Back).isEnabled());
+        QVERIFY(QFile::exists(desk.dir.filePath(QStringLiteral("0.png"))));
+        desk.trigger(Command::Undo);
+        QCOMPARE(PhotoDesk::names(*desk.group()->folders().first()), QStringLiteral("01"));
+        QCOMPARE(desk.group()->folders().first()->folders().size(), 1);
+    }
+
+    void trashedFilesLeaveTheDisk()
+    {
+        PhotoDesk desk(2);
+        FakeAlerts alerts;
+        desk.select(QStringLiteral("0"));
+        desk.trigger(Command::Trash);
+        QCOMPARE(alerts.said, QStringList(QStringLiteral("Trash 1 photo?")));
+        QCOMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("1"));
+        QTRY_VERIFY(!QFile::exists(desk.dir.filePath(QStringLiteral("0.png"))));
+        QVERIFY(!desk.action(Command::Undo).isEnabled());
+        QVERIFY(desk.library.isDirty());
+    }
+};
+
+REGISTER_TEST(TestCommands)
+#include "TestCommands.moc"
