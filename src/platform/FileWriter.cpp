@@ -190,13 +190,27 @@ bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *re
 
 namespace {
 
-/// The two paths are two spellings of one name, as on file systems that do not tell upper from lower case.
-bool nameOneEntry(const QByteArray &from, const QByteArray &to)
+/// What both paths lead to, when that is one and the same; links not followed.
+std::optional<struct stat> factsOfSame(const QByteArray &from, const QByteArray &to)
 {
     struct stat a = {};
     struct stat b = {};
-    return ::lstat(from.constData(), &a) == 0 && ::lstat(to.constData(), &b) == 0 && a.st_dev == b.st_dev &&
-           a.st_ino == b.st_ino && (S_ISDIR(a.st_mode) || a.st_nlink == 1);
+    const bool isSame = ::lstat(from.constData(), &a) == 0 && ::lstat(to.constData(), &b) == 0 &&
+                        a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+    return isSame ? std::optional(a) : std::nullopt;
+}
+
+/// The two paths are two spellings of one name, as on file systems that do not tell upper from lower case.
+bool nameOneEntry(const QByteArray &from, const QByteArray &to)
+{
+    const auto same = factsOfSame(from, to);
+    return same && (S_ISDIR(same->st_mode) || same->st_nlink == 1);
+}
+
+bool areTwoNamesOfOneFile(const QByteArray &from, const QByteArray &to)
+{
+    const auto same = from != to ? factsOfSame(from, to) : std::nullopt;
+    return same && S_ISREG(same->st_mode) && same->st_nlink > 1;
 }
 
 /// For file systems without links: takes the name with an empty file of ours, and renames over that one.
@@ -221,18 +235,6 @@ int renameByLink(const QByteArray &from, const QByteArray &to)
     const int error = errno;
     ::unlink(to.constData());
     return error;
-}
-
-}
-
-namespace {
-
-bool areTwoNamesOfOneFile(const QByteArray &from, const QByteArray &to)
-{
-    struct stat a = {};
-    struct stat b = {};
-    return from != to && ::lstat(from.constData(), &a) == 0 && ::lstat(to.constData(), &b) == 0 &&
-           a.st_dev == b.st_dev && a.st_ino == b.st_ino && S_ISREG(a.st_mode) && a.st_nlink > 1;
 }
 
 }
