@@ -62,19 +62,23 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
     if (!locator)
         return relocate(guid, path);
     const auto doubt = doubtAbout(*locator, m_bookmarks);
-    if (!doubt) {
-        noteFound(guid);
-        return {true, locator->path()};
-    }
-    if (m_search == Search::Later) {
-        note(guid, *doubt);
-        return {*doubt == Doubt::Changed, locator->path(), *doubt == Doubt::Lost && m_away.contains(guid)};
-    }
+    if (!doubt || m_search == Search::Later)
+        return takeDoubt(guid, locator->path(), doubt);
     BookmarkOptions options;
     options.copies = copiesFor(*doubt);
     const QByteArray bookmark = locator->bookmark();
     return settle({guid, *std::move(locator), *doubt},
                   bookmark.isEmpty() ? BookmarkResolution{} : m_bookmarks.resolve(bookmark, options));
+}
+
+FoundFile LocatorFileFinder::takeDoubt(const QString &guid, const QString &path, std::optional<Doubt> doubt)
+{
+    if (!doubt) {
+        noteFound(guid);
+        return {true, path};
+    }
+    note(guid, *doubt);
+    return {*doubt == Doubt::Changed, path, *doubt == Doubt::Lost && m_away.contains(guid)};
 }
 
 FoundFile LocatorFileFinder::relocate(const QString &guid, const QString &path)
@@ -118,11 +122,15 @@ void LocatorFileFinder::forget(const QStringList &guids)
 
 FoundFile LocatorFileFinder::takeChecked(const CheckedFile &file)
 {
-    // A locator may have come by another way meanwhile.
-    if (!file.newBookmark || (manager() && m_manager->locatorForGuid(file.guid)))
+    const auto locator = manager() ? m_manager->locatorForGuid(file.guid) : std::nullopt;
+    if (!locator && file.newBookmark) {
+        usePrepared(file.path, *file.newBookmark);
+        return relocate(file.guid, file.path);
+    }
+    // Given another place meanwhile, it was not what was looked at.
+    if (!locator || file.newBookmark || locator->path() != file.path)
         return locate(file.guid, file.path);
-    usePrepared(file.path, *file.newBookmark);
-    return relocate(file.guid, file.path);
+    return takeDoubt(file.guid, file.path, file.doubt);
 }
 
 QByteArray LocatorFileFinder::bookmark(const QString &guid)

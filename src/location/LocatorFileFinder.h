@@ -36,7 +36,6 @@ public:
     LocatorFileFinder(PILocatorManager *manager, BookmarkService &bookmarks, Search search);
     /// With a manager that may be still on its way: it is asked for when it is first needed.
     LocatorFileFinder(std::function<PILocatorManager *()> manager, BookmarkService &bookmarks, Search search);
-    void setSearch(Search search) { m_search = search; }
 
     FoundFile locate(const QString &guid, const QString &path) override;
     FoundFile relocate(const QString &guid, const QString &path) override;
@@ -51,8 +50,10 @@ public:
     void postpone() { m_isPostponing = true; }
     /// The look at those files that is still to be taken.
     [[nodiscard]] LocatorCheck takePostponed();
+    /// Drops what is stored for these: nobody uses them any more.
     void forget(const QStringList &guids);
-    /// Takes up what it told of one file. Where the file is, as far as is known before it is searched for.
+    /// Takes up what it told of one file, without another look at it. Where the file is, as far as is known before it
+    /// is searched for.
     [[nodiscard]] FoundFile takeChecked(const CheckedFile &file);
 
     /// Why the path of a locator does not tell where its file is.
@@ -80,6 +81,7 @@ public:
     FoundFile settle(const Unsettled &file, const BookmarkResolution &resolution);
 
 private:
+    [[nodiscard]] FoundFile takeDoubt(const QString &guid, const QString &path, std::optional<Doubt> doubt);
     void note(const QString &guid, Doubt doubt);
     void noteFound(const QString &guid);
     [[nodiscard]] FoundFile takeUp(const Unsettled &file, const BookmarkResolution &resolution);

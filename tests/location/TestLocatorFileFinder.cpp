@@ -50,6 +50,7 @@ public:
     }
     bool isCurrent(const QByteArray &bookmark, const struct stat &facts) override
     {
+        ++looked;
         return FileBookmark::isCurrent(bookmark, facts, volumes.get());
     }
     BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) override
@@ -63,6 +64,7 @@ public:
     std::shared_ptr<const Volumes> volumes;
     int created = 0;
     int resolved = 0;
+    int looked = 0; ///< at files that exist
 };
 
 }
@@ -258,6 +260,28 @@ private Q_SLOTS:
         (void)finder.locate(kA, QString());
         QVERIFY(finder.relocate(kA, path("p/b.jpg")).found);
         QVERIFY(finder.takeUnsettled().isEmpty());
+    }
+
+    void whatACheckToldIsTakenUpWithoutAnotherLook()
+    {
+        LocatorFileFinder finder = this->finder(Search::Later);
+        finder.postpone();
+        for (const QString &guid : {kA, kB})
+            QVERIFY(finder.locate(guid, path("p/unseen.jpg")).found);
+        QVERIFY(writeFile(path("p/a.jpg"), "picture a, brighter") && QFile::remove(path("p/b.jpg")));
+        QList<CheckedFile> checked;
+        finder.takePostponed().run({}, [&](const QList<CheckedFile> &files) { checked += files; });
+        QCOMPARE(checked.size(), 2);
+        QVERIFY(finder.relocate(kB, path("p/a.jpg")).found); // by hand, meanwhile
+        m_bookmarks.looked = 0;
+        const FoundFile a = finder.takeChecked(checked.at(0));
+        QVERIFY(a.found && a.path == path("p/a.jpg"));
+        QCOMPARE(m_bookmarks.looked, 0);
+        const FoundFile b = finder.takeChecked(checked.at(1));
+        QVERIFY(b.found && b.path == path("p/a.jpg"));
+        const auto unsettled = finder.takeUnsettled();
+        QCOMPARE(unsettled.size(), 1);
+        QVERIFY(unsettled.first().guid == kA && unsettled.first().doubt == Doubt::Changed);
     }
 
     void whatWasPreparedIsUsedIfItStillHolds_data()
