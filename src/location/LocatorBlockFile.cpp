@@ -9,7 +9,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -119,7 +118,7 @@ bool LocatorBlockFile::readSequenceID()
 void LocatorBlockFile::close()
 {
     m_file = {};
-    dropFromMemory();
+    m_memory = {};
 }
 
 bool LocatorBlockFile::commit(quint32 sequenceID)
@@ -195,18 +194,8 @@ bool LocatorBlockFile::write(quint64 offset, const LocatorBlock &block, const QB
         if (!writeAt(m_file.number(), QByteArrayView(whole).sliced(count), offset + written))
             return false;
     }
-    updateMemory(offset, QByteArrayView(prefix.data(), prefix.size()));
-    updateMemory(offset + prefix.size(), data);
     m_length = std::max(m_length, end);
     return true;
-}
-
-void LocatorBlockFile::updateMemory(quint64 offset, QByteArrayView bytes)
-{
-    const quint64 kept = static_cast<quint64>(m_memory.size());
-    if (offset < kept)
-        std::memcpy(m_memory.data() + offset, bytes.data(),
-                    std::min(static_cast<std::size_t>(bytes.size()), static_cast<std::size_t>(kept - offset)));
 }
 
 void LocatorBlockFile::keepInMemory()
@@ -217,9 +206,4 @@ void LocatorBlockFile::keepInMemory()
     m_memory.resize(static_cast<qsizetype>(m_length));
     if (!readAt(m_file.number(), m_memory.data(), m_length, 0))
         m_memory.clear();
-}
-
-void LocatorBlockFile::dropFromMemory()
-{
-    m_memory = {};
 }

@@ -33,13 +33,12 @@ public:
     [[nodiscard]] bool write(quint64 offset, const LocatorBlock &block, const QByteArray &data);
 
     /// Reads the whole file once, so that no later read calls the system. Not done for a file of unreasonable size.
+    /// What is written from then on is read as it was.
     void keepInMemory();
-    void dropFromMemory();
 
 private:
     [[nodiscard]] bool readSequenceID();
     [[nodiscard]] QByteArrayView bytesAt(quint32 offset, quint64 count, QByteArray &room) const;
-    void updateMemory(quint64 offset, QByteArrayView bytes);
 
     QString m_path;
     FileDescriptor m_file;

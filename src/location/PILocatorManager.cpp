@@ -45,23 +45,18 @@ std::unique_ptr<PILocatorManager> PILocatorManager::open(const QString &folder)
     return manager;
 }
 
-std::optional<QVFileLocator> PILocatorManager::locatorForGuid(const QString &guid)
+std::optional<QVFileLocator> PILocatorManager::locatorForGuid(const QString &guid) const
 {
     const quint32 offset = m_file.isOpen() ? m_map.offsets.value(guid, 0) : 0;
     if (offset == 0)
         return {};
-    if (m_wantsAll)
-        m_file.keepInMemory();
-    m_wantsAll = false;
     QByteArray room;
     const auto data = m_file.dataAt(offset, room);
     return data ? QVFileLocator::fromBinaryArchive(*data) : std::nullopt;
 }
 
-LocatorSnapshot PILocatorManager::snapshot()
+LocatorSnapshot PILocatorManager::snapshot() const
 {
-    m_file.dropFromMemory();
-    m_wantsAll = false;
     return m_file.isOpen() ? LocatorSnapshot{m_databasePath, m_map.offsets} : LocatorSnapshot();
 }
 

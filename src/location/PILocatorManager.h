@@ -46,15 +46,15 @@ public:
     PILocatorManager &operator=(const PILocatorManager &) = delete;
 
     /// Nothing when none is stored or it cannot be read.
-    [[nodiscard]] std::optional<QVFileLocator> locatorForGuid(const QString &guid);
+    [[nodiscard]] std::optional<QVFileLocator> locatorForGuid(const QString &guid) const;
     /// False when it could not be written; the guid then keeps what it had.
     bool setLocator(const QVFileLocator &locator, const QString &guid);
-    /// Forgets the locators of all guids but those given. To be called once every reference of the library was read:
-    /// up to then the database is kept in memory, so that reading all locators takes one system call.
+    /// Forgets the locators of all guids but those given.
     void trimUnusedFiles(const QStringList &guidsInUse);
+    /// Gives up the blocks of these guids. Those that have none are passed over.
     void forget(const QStringList &guids);
-    /// Whoever takes one reads the many there, so nothing is kept in memory here any more.
-    [[nodiscard]] LocatorSnapshot snapshot();
+    /// What is there now; whoever reads many locators reads them from this.
+    [[nodiscard]] LocatorSnapshot snapshot() const;
     /// Writes the list, when anything changed since it was last written.
     void save();
     /// Saves and closes; nothing is read or stored any more.
@@ -75,5 +75,4 @@ private:
     quint32 m_sequenceID = 0; ///< as last saved
     bool m_dirty = false;
     bool m_isListDamaged = false; ///< what stands where the list will be written could not be read
-    bool m_wantsAll = true;       ///< the first read is that of many
 };

@@ -24,7 +24,7 @@ enum class LocatorMethod : quint8 {
 };
 
 /// Remembers where one file or folder lives, so that it is found again after it was moved: its last known path, how
-/// that is to be understood, and a bookmark. A plain value. Main thread.
+/// that is to be understood, and a bookmark. A plain value, of use on any thread.
 class QVFileLocator
 {
 public:
