@@ -16,12 +16,6 @@ constexpr std::chrono::seconds kCheckTime(30);
 
 }
 
-/// Touched on the main thread only.
-struct LibraryFollower::Link
-{
-    LibraryFollower *follower = nullptr;
-};
-
 LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finder, const BookmarkOptions &options,
                                  QObject *parent)
     : QObject(parent)
@@ -29,7 +23,6 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     , m_finder(finder)
     , m_folder(library)
     , m_search(library, finder, options)
-    , m_link(std::make_shared<Link>(Link{this}))
     , m_checkQueue(QStringLiteral("hmphoto.fileCheck"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
 {
     m_searchSoon.setSingleShot(true);
@@ -51,7 +44,6 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
 
 LibraryFollower::~LibraryFollower()
 {
-    m_link->follower = nullptr;
     m_stopCheck.request_stop();
     m_finder.setNoteListener({});
 }
@@ -74,12 +66,7 @@ void LibraryFollower::begin()
     m_isChecking = true;
     // A disk may not answer: the others are not to wait for it.
     QTimer::singleShot(kCheckTime, this, [this] { endCheck(); });
-    const auto toHere = [link = m_link](auto deliver) {
-        runOnMain([link, deliver] {
-            if (link->follower)
-                deliver(*link->follower);
-        });
-    };
+    const auto toHere = m_link.toHere();
     m_checkQueue.async([toHere, check, stop = m_stopCheck.get_token()] {
         check.run(stop, [&](const QList<CheckedFile> &files) {
             toHere([files](LibraryFollower &follower) { follower.takeChecked(files); });

@@ -2,6 +2,7 @@
 
 #include "FolderFollower.h"
 #include "LostFileSearch.h"
+#include "MainThreadLink.h"
 #include "MountWatcher.h"
 
 #include <QObject>
@@ -41,7 +42,6 @@ Q_SIGNALS:
 
 private:
     void lookAtAbsent();
-    struct Link;
     void takeChecked(const QList<CheckedFile> &files);
     void endCheck();
 
@@ -57,6 +57,6 @@ private:
     bool m_isChecking = false;
     QSet<const PIFileRef *> m_shownAnew; ///< whose state the check has changed so far
     std::stop_source m_stopCheck;
-    std::shared_ptr<Link> m_link; ///< leads the worker's results here, as long as there is a here
+    MainThreadLink<LibraryFollower> m_link{*this};
     DispatchQueue m_checkQueue;
 };

@@ -31,28 +31,19 @@ void startUnlessActive(QTimer &timer)
 
 }
 
-/// Touched on the main thread only.
-struct LostFileSearch::Link
-{
-    LostFileSearch *search = nullptr;
-};
-
 LostFileSearch::LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder, const BookmarkOptions &options)
     : m_library(library)
     , m_finder(finder)
     , m_options(options)
-    , m_link(std::make_shared<Link>())
     , m_near(QStringLiteral("hmphoto.lostFilesNear"))
     , m_far(QStringLiteral("hmphoto.lostFilesFar"))
 {
-    m_link->search = this;
     prepare(m_tellOfFound, kTellingTime, [this] { tellOfFound(); });
     prepare(m_tellOfRewritten, kRewritingTime, [this] { tellOfRewritten(); });
 }
 
 LostFileSearch::~LostFileSearch()
 {
-    m_link->search = nullptr;
     m_near.stop.request_stop();
     m_far.stop.request_stop();
 }
@@ -76,12 +67,7 @@ void LostFileSearch::run(Stage &stage, const Files &files)
 {
     stage.running = true;
     stage.stop = {};
-    const auto toHere = [link = m_link](auto deliver) {
-        runOnMain([link, deliver] {
-            if (link->search)
-                deliver(*link->search);
-        });
-    };
+    const auto toHere = m_link.toHere();
     BookmarkOptions options = m_options;
     options.stop = stage.stop.get_token();
     if (&stage == &m_near) {

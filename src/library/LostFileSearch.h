@@ -3,12 +3,12 @@
 #include "BookmarkResolution.h"
 #include "DispatchQueue.h"
 #include "LocatorFileFinder.h"
+#include "MainThreadLink.h"
 
 #include <QSet>
 #include <QTimer>
 
 #include <functional>
-#include <memory>
 #include <stop_token>
 
 class PhotoLibrary;
@@ -54,7 +54,6 @@ public:
 
 private:
     using Files = QList<LocatorFileFinder::Unsettled>;
-    struct Link;
     struct Stage
     {
         explicit Stage(const QString &label)
@@ -87,7 +86,7 @@ private:
     QSet<const PIFileRef *> m_rewritten; ///< with a new content
     QTimer m_tellOfRewritten;            ///< a file may be written for a while: it is not to be read again all the time
     Files m_rest;                        ///< not found near their old places, and to be walked for
-    std::shared_ptr<Link> m_link;        ///< leads a worker's results here, as long as there is a here
+    MainThreadLink<LostFileSearch> m_link{*this};
     Stage m_near;
     Stage m_far;
 };
