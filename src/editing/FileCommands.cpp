@@ -88,8 +88,8 @@ namespace {
 /// Tells the photos of these files, but for those that were told already.
 void tellPhotos(PhotoLibrary &library, const QSet<const PIFileRef *> &taken, const QSet<const PIPhoto *> &told)
 {
-    library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        if (taken.contains(photo->fileRef().get()) && !told.contains(photo.get()))
+    library.forEachPhotoOf(taken, [&](const std::shared_ptr<PIPhoto> &photo) {
+        if (!told.contains(photo.get()))
             rebuildThumbnail(library, *photo);
     });
 }
@@ -131,20 +131,6 @@ int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<
 
 namespace {
 
-QList<std::shared_ptr<PIFileRef>> lostFiles(const PhotoLibrary &library)
-{
-    QList<std::shared_ptr<PIFileRef>> files;
-    QSet<const PIFileRef *> seen;
-    library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        const auto &file = photo->fileRef();
-        if (file && file->isFileLost() && !seen.contains(file.get())) {
-            seen.insert(file.get());
-            files << file;
-        }
-    });
-    return files;
-}
-
 /// The folder and everything above it, the deepest first, without the root: everything stands under that.
 QStringList withAncestors(QString folder)
 {
@@ -163,7 +149,7 @@ std::optional<FileCommands::LostTree> FileCommands::lostTreeAround(const PhotoLi
     if (!photo.fileRef())
         return std::nullopt;
     const QStringList folders = withAncestors(folderOf(photo.fileRef()->path()));
-    const auto files = lostFiles(library);
+    const auto files = library.usedFileRefs([](const PIFileRef &file) { return file.isFileLost(); });
     // Every folder above holds at least as many; the deepest one that gains nothing by going up is the one that moved.
     std::optional<LostTree> best;
     for (const QString &folder : folders) {

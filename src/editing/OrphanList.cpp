@@ -6,23 +6,19 @@
 #include "StringUtilities.h"
 
 #include <QCoreApplication>
-#include <QSet>
 
 #include <algorithm>
 
 OrphanRequest orphanRequest(const PhotoLibrary &library, const QString &folder)
 {
     OrphanRequest request{folder, library.fileRefs().knownPaths(), {}};
-    QSet<const PIFileRef *> seen;
-    library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        const auto &file = photo->fileRef();
-        if (!file || !file->isFileLost() || file->isVolumeAway() || seen.contains(file.get()))
-            return;
-        seen.insert(file.get());
+    const auto missing =
+        library.usedFileRefs([](const PIFileRef &file) { return file.isFileLost() && !file.isVolumeAway(); });
+    for (const auto &file : missing) {
         const QByteArray bookmark = library.fileFinder().bookmark(file->guid());
         if (!bookmark.isEmpty())
             request.missing.append({file->guid(), bookmark});
-    });
+    }
     return request;
 }
 

@@ -1,7 +1,6 @@
 #include "FolderFollower.h"
 
 #include "FileNotifications.h"
-#include "LibraryNotifications.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
 #include "PhotoLibrary.h"
@@ -111,7 +110,7 @@ void FolderFollower::takeUpEvents()
 
 void FolderFollower::lookAtSome()
 {
-    QSet<PIFileRef *> changed;
+    QSet<const PIFileRef *> changed;
     for (int i = 0; i < kFilesPerSlice && !m_toLookAt.empty(); ++i) {
         const auto file = m_toLookAt.front().lock();
         m_toLookAt.pop_front();
@@ -122,23 +121,10 @@ void FolderFollower::lookAtSome()
         if (file->verify() == wasLost || file->isVolumeAway() != wasAway)
             changed.insert(file.get());
     }
-    tell(changed);
+    if (!changed.isEmpty())
+        m_library.filesChangedPlace(changed);
     if (!m_toLookAt.empty())
         return;
     m_slice.stop();
     watchAgain();
-}
-
-void FolderFollower::tell(const QSet<PIFileRef *> &files)
-{
-    if (files.isEmpty() || !m_folder)
-        return;
-    const auto photos = m_folder->photos(); // whoever is told may change the folder
-    for (const auto &photo : photos) {
-        if (!files.contains(photo->fileRef().get()))
-            continue;
-        if (!photo->isFileLost())
-            m_library.thumbnails().fileFound(*photo);
-        m_library.notifications().post(kThumbnailNotification, photo);
-    }
 }

@@ -39,7 +39,6 @@ private:
     void fileWritten(const QString &path);
     void takeUpEvents();
     void lookAtSome();
-    void tell(const QSet<PIFileRef *> &files);
 
     PhotoLibrary &m_library;
     FolderWatcher m_watcher;

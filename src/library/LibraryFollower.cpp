@@ -1,10 +1,7 @@
 #include "LibraryFollower.h"
 
-#include "LibraryNotifications.h"
 #include "LocatorCheck.h"
 #include "PhotoLibrary.h"
-
-#include <QSet>
 
 #include <chrono>
 
@@ -98,10 +95,7 @@ void LibraryFollower::endCheck()
     const auto changed = std::exchange(m_shownAnew, {});
     if (!changed.isEmpty()) {
         m_library.fileRefs().takeUpPaths();
-        m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-            if (changed.contains(photo->fileRef().get()))
-                m_library.notifications().post(kThumbnailNotification, photo);
-        });
+        m_library.filesChangedPlace(changed);
         m_folder.watchAgain();
     }
     m_finder.setNoteListener([this] { m_searchSoon.start(); });
@@ -118,15 +112,6 @@ void LibraryFollower::lookAgain()
 /// What was away may be back, and what is on show may have gone.
 void LibraryFollower::lookAtAbsent()
 {
-    QSet<const PIFileRef *> seen;
-    QList<std::shared_ptr<PIFileRef>> absent;
-    m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        const auto &file = photo->fileRef();
-        if (!file || !file->isVolumeAway() || seen.contains(file.get()))
-            return;
-        seen.insert(file.get());
-        absent.append(file);
-    });
     m_folder.lookAgain();
-    m_folder.lookAt(absent);
+    m_folder.lookAt(m_library.usedFileRefs([](const PIFileRef &file) { return file.isVolumeAway(); }));
 }

@@ -145,28 +145,18 @@ void LostFileSearch::tellOfFound()
     m_tellOfFound.stop();
     if (m_shownAnew.isEmpty())
         return;
-    tellPhotos(std::exchange(m_shownAnew, {}), [this](PIPhoto &photo) {
-        if (!photo.isFileLost())
-            m_library.thumbnails().fileFound(photo);
-    });
+    m_library.filesChangedPlace(std::exchange(m_shownAnew, {}));
     if (m_moved)
         m_moved();
 }
 
 void LostFileSearch::tellOfRewritten()
 {
-    tellPhotos(std::exchange(m_rewritten, {}),
-               [this](PIPhoto &photo) { m_library.thumbnails().updateForFilters(photo); });
-}
-
-void LostFileSearch::tellPhotos(const QSet<const PIFileRef *> &files, const std::function<void(PIPhoto &)> &tell) const
-{
-    for (const PIFileRef *ref : files)
+    const auto rewritten = std::exchange(m_rewritten, {});
+    for (const PIFileRef *ref : rewritten)
         m_library.imageCache().storeImage({}, ref->guid());
-    m_library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        if (!files.contains(photo->fileRef().get()))
-            return;
-        tell(*photo);
+    m_library.forEachPhotoOf(rewritten, [this](const std::shared_ptr<PIPhoto> &photo) {
+        m_library.thumbnails().updateForFilters(*photo);
         m_library.notifications().post(kThumbnailNotification, photo);
     });
 }

@@ -13,7 +13,6 @@
 
 class PhotoLibrary;
 class PIFileRef;
-class PIPhoto;
 
 /// Looks in the background for the files that are not where they were, and lets the library's references and photos
 /// follow what is found, batch by batch. All are first looked for near their old places, which is quick; the rest
@@ -69,7 +68,6 @@ private:
     void follow(const QList<SearchedFile> &files);
     void tellOfFound();
     void tellOfRewritten();
-    void tellPhotos(const QSet<const PIFileRef *> &files, const std::function<void(PIPhoto &)> &tell) const;
     void end(Stage &stage);
     void walkForRest();
     [[nodiscard]] QSet<QString> pathsInUse() const;

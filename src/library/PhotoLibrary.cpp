@@ -4,8 +4,6 @@
 #include "LibraryNotifications.h"
 #include "PIFileRef.h"
 
-#include <QSet>
-
 #include <algorithm>
 
 PhotoLibrary::PhotoLibrary(const QString &thumbnailFolder, FileFinder &finder, NotificationCenter &notifications)
@@ -30,15 +28,10 @@ PhotoLibrary::~PhotoLibrary() = default;
 void PhotoLibrary::fileChanged(PIFileRef &fileRef)
 {
     fileRef.forgetFacts();
-    QSet<PIPhoto *> photos;
-    forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        if (photo->fileRef().get() == &fileRef)
-            photos.insert(photo.get());
-    });
-    for (PIPhoto *photo : std::as_const(photos)) {
+    forEachPhotoOf({&fileRef}, [this](const std::shared_ptr<PIPhoto> &photo) {
         m_thumbnails.fileChanged(*photo);
         m_notifications.post(kThumbnailNotification, photo); // what shows it has the old picture
-    }
+    });
 }
 
 void PhotoLibrary::setDirty(bool dirty)
@@ -141,4 +134,45 @@ void PhotoLibrary::forEachPhoto(const std::function<void(const std::shared_ptr<P
 {
     for (const auto &group : m_groups)
         visitPhotos(group->folders(), visit);
+}
+
+void PhotoLibrary::forEachPhotoOf(const QSet<const PIFileRef *> &files,
+                                  const std::function<void(const std::shared_ptr<PIPhoto> &)> &visit) const
+{
+    QSet<const PIPhoto *> seen;
+    PIGroup::PhotoList photos;
+    forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        if (!files.contains(photo->fileRef().get()) || seen.contains(photo.get()))
+            return;
+        seen.insert(photo.get());
+        photos.append(photo);
+    });
+    for (const auto &photo : std::as_const(photos))
+        visit(photo);
+}
+
+QList<std::shared_ptr<PIFileRef>> PhotoLibrary::usedFileRefs(
+    const std::function<bool(const PIFileRef &)> &isWanted) const
+{
+    QList<std::shared_ptr<PIFileRef>> files;
+    QSet<const PIFileRef *> seen;
+    forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
+        const auto &file = photo->fileRef();
+        if (!file || !isWanted(*file) || seen.contains(file.get()))
+            return;
+        seen.insert(file.get());
+        files.append(file);
+    });
+    return files;
+}
+
+void PhotoLibrary::filesChangedPlace(const QSet<const PIFileRef *> &files)
+{
+    for (const PIFileRef *file : files)
+        m_imageCache.storeImage({}, file->guid());
+    forEachPhotoOf(files, [this](const std::shared_ptr<PIPhoto> &photo) {
+        if (!photo->isFileLost())
+            m_thumbnails.fileFound(*photo);
+        m_notifications.post(kThumbnailNotification, photo);
+    });
 }

@@ -10,6 +10,8 @@
 #include "PIPhoto.h"
 #include "ThumbnailMaker.h"
 
+#include <QSet>
+
 #include <functional>
 #include <memory>
 
@@ -57,6 +59,15 @@ public:
     [[nodiscard]] static std::shared_ptr<PIGroup> groupForFolder(const std::shared_ptr<PIGroup> &item);
     /// Calls `visit` for every photo occurrence in save order.
     void forEachPhoto(const std::function<void(const std::shared_ptr<PIPhoto> &)> &visit) const;
+    /// Calls `visit` once for every photo of one of the files. It may change the library.
+    void forEachPhotoOf(const QSet<const PIFileRef *> &files,
+                        const std::function<void(const std::shared_ptr<PIPhoto> &)> &visit) const;
+    /// The references of photos that `isWanted` is true for, each once, in save order.
+    [[nodiscard]] QList<std::shared_ptr<PIFileRef>> usedFileRefs(
+        const std::function<bool(const PIFileRef &)> &isWanted) const;
+    /// The files were found, maybe elsewhere, or are lost now: attempts to read them may be made again, and what shows
+    /// their photos is told.
+    void filesChangedPlace(const QSet<const PIFileRef *> &files);
 
 private:
     void fileChanged(PIFileRef &fileRef);
