@@ -10,7 +10,6 @@
 namespace {
 
 constexpr std::chrono::milliseconds kSettleTime(200);
-constexpr int kFilesPerSlice = 200;
 
 QStringView diskFolderOf(const PIFileRef &file)
 {
@@ -29,18 +28,24 @@ void forEachFile(const std::shared_ptr<PIFolder> &folder, const Visit &visit)
 
 }
 
-FolderFollower::FolderFollower(PhotoLibrary &library, QObject *parent)
+FolderFollower::FolderFollower(PhotoLibrary &library, LocatorFileFinder &finder, QObject *parent)
     : QObject(parent)
     , m_library(library)
+    , m_finder(finder)
+    , m_check(
+          library, finder, QStringLiteral("hmphoto.shownFiles"),
+          [&library](const FileCheck::Files &changed, const FileCheck::Files &) {
+              if (!changed.isEmpty())
+                  library.filesChangedPlace(changed);
+          },
+          [this] { endLook(); })
 {
     m_settle.setSingleShot(true);
     m_settle.setInterval(kSettleTime);
-    m_slice.setInterval(0);
     connect(&m_watcher, &FolderWatcher::namesChanged, this, &FolderFollower::namesChanged);
     connect(&m_watcher, &FolderWatcher::fileWritten, this, &FolderFollower::fileWritten);
     connect(&m_watcher, &FolderWatcher::overflowed, this, &FolderFollower::lookAgain);
     connect(&m_settle, &QTimer::timeout, this, &FolderFollower::takeUpEvents);
-    connect(&m_slice, &QTimer::timeout, this, &FolderFollower::lookAtSome);
 }
 
 void FolderFollower::setFolder(const std::shared_ptr<PIFolder> &folder)
@@ -66,14 +71,37 @@ void FolderFollower::watchAgain()
 
 void FolderFollower::lookAgain()
 {
-    forEachFile(m_folder, [this](const std::shared_ptr<PIFileRef> &file) { m_toLookAt.push_back(file); });
-    m_slice.start();
+    forEachFile(m_folder, [this](const std::shared_ptr<PIFileRef> &file) { m_toLookAt.insert(file->guid()); });
+    look();
 }
 
 void FolderFollower::lookAt(const QList<std::shared_ptr<PIFileRef>> &files)
 {
-    m_toLookAt.insert(m_toLookAt.end(), files.cbegin(), files.cend());
-    m_slice.start();
+    for (const auto &file : files)
+        m_toLookAt.insert(file->guid());
+    look();
+}
+
+void FolderFollower::look()
+{
+    if (m_finder.isPostponing())
+        m_toLookAt.clear(); // every file of the library is about to be looked at
+    if (m_isLooking || m_toLookAt.isEmpty())
+        return;
+    QList<PostponedFile> files;
+    const QSet<QString> guids = std::exchange(m_toLookAt, {});
+    for (const QString &guid : guids)
+        if (const auto file = m_library.fileRefs().fileRefForGuid(guid))
+            files.append({guid, file->path(), file->isFileLost()});
+    m_isLooking = true;
+    m_check.run(m_finder.check(std::move(files)));
+}
+
+void FolderFollower::endLook()
+{
+    m_isLooking = false;
+    watchAgain();
+    look();
 }
 
 void FolderFollower::namesChanged(const QString &diskFolder)
@@ -106,25 +134,4 @@ void FolderFollower::takeUpEvents()
     for (PIFileRef *file : std::as_const(written))
         m_library.notifications().post(kFileChangeNotification, file);
     lookAt(touched);
-}
-
-void FolderFollower::lookAtSome()
-{
-    QSet<const PIFileRef *> changed;
-    for (int i = 0; i < kFilesPerSlice && !m_toLookAt.empty(); ++i) {
-        const auto file = m_toLookAt.front().lock();
-        m_toLookAt.pop_front();
-        if (!file)
-            continue;
-        const bool wasLost = file->isFileLost();
-        const bool wasAway = file->isVolumeAway();
-        if (file->verify() == wasLost || file->isVolumeAway() != wasAway)
-            changed.insert(file.get());
-    }
-    if (!changed.isEmpty())
-        m_library.filesChangedPlace(changed);
-    if (!m_toLookAt.empty())
-        return;
-    m_slice.stop();
-    watchAgain();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileCheck.h"
 #include "FolderWatcher.h"
 
 #include <QList>
@@ -7,7 +8,6 @@
 #include <QSet>
 #include <QTimer>
 
-#include <deque>
 #include <memory>
 
 class PIFileRef;
@@ -15,14 +15,15 @@ class PIFolder;
 class PhotoLibrary;
 
 /// Follows what happens on disk to the files of the folder on show: a file that goes missing is noted and shown as
-/// lost, one that is back is shown again, and one that was written is announced as changed. Looks at files in small
-/// slices. Main thread.
+/// lost, one that is back is shown again, and one that was written is announced as changed. Main thread, which never
+/// looks at a file itself.
 class FolderFollower final : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit FolderFollower(PhotoLibrary &library, QObject *parent = nullptr);
+    /// `library` and `finder` outlive this.
+    FolderFollower(PhotoLibrary &library, LocatorFileFinder &finder, QObject *parent = nullptr);
 
     /// The folder whose files are followed from now on; null for none. Its files are not looked at yet.
     void setFolder(const std::shared_ptr<PIFolder> &folder);
@@ -38,14 +39,17 @@ private:
     void namesChanged(const QString &diskFolder);
     void fileWritten(const QString &path);
     void takeUpEvents();
-    void lookAtSome();
+    void look();
+    void endLook();
 
     PhotoLibrary &m_library;
+    LocatorFileFinder &m_finder;
     FolderWatcher m_watcher;
     std::shared_ptr<PIFolder> m_folder;
     QSet<QString> m_changedFolders; ///< on disk, since events were last taken up
     QSet<QString> m_writtenPaths;
-    std::deque<std::weak_ptr<PIFileRef>> m_toLookAt;
+    QSet<QString> m_toLookAt; ///< guids of files; those that are being looked at are no longer among them
+    bool m_isLooking = false;
     QTimer m_settle; ///< a rename is two events, and a copy of many files thousands: they are taken up together
-    QTimer m_slice;
+    FileCheck m_check;
 };

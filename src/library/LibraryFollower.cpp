@@ -1,6 +1,5 @@
 #include "LibraryFollower.h"
 
-#include "LocatorCheck.h"
 #include "PhotoLibrary.h"
 
 #include <chrono>
@@ -9,7 +8,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kNoteTime(50);
 constexpr std::chrono::milliseconds kMountTime(200);
-constexpr std::chrono::seconds kCheckTime(30);
+constexpr std::chrono::seconds kPatience(30);
 
 }
 
@@ -18,15 +17,21 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     : QObject(parent)
     , m_library(library)
     , m_finder(finder)
-    , m_folder(library)
+    , m_folder(library, finder)
     , m_search(library, finder, options)
-    , m_checkQueue(QStringLiteral("hmphoto.fileCheck"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
+    , m_check(
+          library, finder, QStringLiteral("hmphoto.fileCheck"),
+          [this](const FileCheck::Files &changed, const FileCheck::Files &) { takeChecked(changed); },
+          [this] { endCheck(); })
 {
     m_searchSoon.setSingleShot(true);
     m_searchSoon.setInterval(kNoteTime);
     m_mountsSettle.setSingleShot(true);
     m_mountsSettle.setInterval(kMountTime);
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(kPatience);
     connect(&m_searchSoon, &QTimer::timeout, this, [this] { m_search.start(); });
+    connect(&m_patience, &QTimer::timeout, this, &LibraryFollower::endCheck);
     connect(&m_mountsSettle, &QTimer::timeout, this, &LibraryFollower::lookAtAbsent);
     connect(&m_mounts, &MountWatcher::mountsChanged, this, [this] {
         if (m_begun)
@@ -41,7 +46,6 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
 
 LibraryFollower::~LibraryFollower()
 {
-    m_stopCheck.request_stop();
     m_finder.setNoteListener({});
 }
 
@@ -61,37 +65,22 @@ void LibraryFollower::begin()
     if (check.isEmpty())
         return endCheck();
     m_isChecking = true;
-    // A disk may not answer: the others are not to wait for it.
-    QTimer::singleShot(kCheckTime, this, [this] { endCheck(); });
-    const auto toHere = m_link.toHere();
-    m_checkQueue.async([toHere, check, stop = m_stopCheck.get_token()] {
-        check.run(stop, [&](const QList<CheckedFile> &files) {
-            toHere([files](LibraryFollower &follower) { follower.takeChecked(files); });
-        });
-        toHere([unused = check.unusedGuids()](LibraryFollower &follower) {
-            follower.m_finder.forget(unused);
-            follower.endCheck();
-        });
-    });
+    m_patience.start();
+    m_check.run(check);
 }
 
-void LibraryFollower::takeChecked(const QList<CheckedFile> &files)
+void LibraryFollower::takeChecked(const FileCheck::Files &changed)
 {
-    for (const CheckedFile &file : files) {
-        const auto ref = m_library.fileRefs().fileRefForGuid(file.guid);
-        if (!ref)
-            continue;
-        const FoundFile place = m_finder.takeChecked(file);
-        if (place.path != ref->path() || place.found == ref->isFileLost())
-            m_shownAnew.insert(ref.get());
-        ref->take(place);
-    }
+    m_shownAnew.unite(changed);
+    m_patience.start();
 }
 
-/// What is missing is looked for with one walk, so this waits until all of it is known.
+/// What is missing is looked for with one walk, so this waits until all of it is known, or a disk does not answer: the
+/// others are not to wait for it.
 void LibraryFollower::endCheck()
 {
     m_isChecking = false;
+    m_patience.stop();
     const auto changed = std::exchange(m_shownAnew, {});
     if (!changed.isEmpty()) {
         m_library.fileRefs().takeUpPaths();

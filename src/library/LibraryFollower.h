@@ -1,16 +1,14 @@
 #pragma once
 
+#include "FileCheck.h"
 #include "FolderFollower.h"
 #include "LostFileSearch.h"
-#include "MainThreadLink.h"
 #include "MountWatcher.h"
 
 #include <QObject>
-#include <QSet>
 #include <QTimer>
 
 #include <memory>
-#include <stop_token>
 
 /// Lets a library follow its files for as long as the program runs: what was found missing is looked for in the
 /// background, the folder on show is watched, and photos of a volume that was away come back with it. Main thread.
@@ -42,7 +40,7 @@ Q_SIGNALS:
 
 private:
     void lookAtAbsent();
-    void takeChecked(const QList<CheckedFile> &files);
+    void takeChecked(const FileCheck::Files &changed);
     void endCheck();
 
     PhotoLibrary &m_library;
@@ -55,8 +53,7 @@ private:
     bool m_begun = false;
 
     bool m_isChecking = false;
-    QSet<const PIFileRef *> m_shownAnew; ///< whose state the check has changed so far
-    std::stop_source m_stopCheck;
-    MainThreadLink<LibraryFollower> m_link{*this};
-    DispatchQueue m_checkQueue;
+    QTimer m_patience;            ///< with the check of all files, as long as it gets on
+    FileCheck::Files m_shownAnew; ///< whose state the check has changed so far
+    FileCheck m_check;
 };

@@ -31,7 +31,7 @@ std::optional<CheckedFile> check(const PostponedFile &file, const LocatorSnapsho
         return CheckedFile{file.guid, file.path, {}, bookmarks.create(file.path, reason).value_or(QByteArray())};
     }
     const auto doubt = LocatorFileFinder::doubtAbout(*locator, bookmarks);
-    if (!doubt && locator->path() == file.path)
+    if (!doubt && locator->path() == file.path && !file.isDoubtful)
         return {};
     return CheckedFile{file.guid, locator->path(), doubt, {}};
 }
@@ -41,15 +41,16 @@ std::optional<CheckedFile> check(const PostponedFile &file, const LocatorSnapsho
 void LocatorCheck::run(const std::stop_token &stop,
                        const std::function<void(const QList<CheckedFile> &)> &checked) const
 {
-    constexpr qsizetype kBatch = 500;
-    const LocatorSnapshot::Reader locators(m_locators);
+    constexpr qsizetype kBatch = 200; // files looked at
+    using Reader = LocatorSnapshot::Reader;
+    const Reader locators(m_locators, m_files.size() > kBatch ? Reader::Reads::Many : Reader::Reads::Few);
     QList<CheckedFile> batch;
-    for (const PostponedFile &file : m_files) {
+    for (qsizetype index = 0; index < m_files.size(); ++index) {
         if (stop.stop_requested())
             return;
-        if (auto told = check(file, locators, *m_bookmarks))
+        if (auto told = check(m_files.at(index), locators, *m_bookmarks))
             batch.append(*std::move(told));
-        if (batch.size() >= kBatch)
+        if ((index + 1) % kBatch == 0)
             checked(std::exchange(batch, {}));
     }
     if (!batch.isEmpty())

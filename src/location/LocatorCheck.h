@@ -5,8 +5,8 @@
 
 #include <stop_token>
 
-/// A look at every file of a library just read: are they where their locators have them? Made on the main thread, run
-/// on another.
+/// A look at many files, such as all of a library just read: are they where their locators have them? Made on the main
+/// thread, run on another.
 class LocatorCheck
 {
 public:
@@ -15,7 +15,8 @@ public:
                  BookmarkService &bookmarks);
 
     [[nodiscard]] bool isEmpty() const { return m_files.isEmpty(); }
-    /// Hands the files that are not as their references have it to `checked`, some at a time.
+    /// Hands the files that are not as their references have it to `checked`, some at a time. It is called, if need be
+    /// with none, as long as the disks answer.
     void run(const std::stop_token &stop, const std::function<void(const QList<CheckedFile> &)> &checked) const;
     /// The guids of locators that nobody uses any more.
     [[nodiscard]] QStringList unusedGuids() const;

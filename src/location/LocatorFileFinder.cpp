@@ -114,6 +114,13 @@ LocatorCheck LocatorFileFinder::takePostponed()
             manager() ? m_manager->snapshot() : LocatorSnapshot(), m_bookmarks};
 }
 
+LocatorCheck LocatorFileFinder::check(QList<PostponedFile> files)
+{
+    for (PostponedFile &file : files)
+        file.isDoubtful |= m_doubtful.contains(file.guid);
+    return {std::move(files), {}, manager() ? m_manager->snapshot() : LocatorSnapshot(), m_bookmarks};
+}
+
 void LocatorFileFinder::forget(const QStringList &guids)
 {
     if (manager())

@@ -16,11 +16,12 @@ class LocatorCheck;
 class PILocatorManager;
 struct CheckedFile;
 
-/// A file that was not looked at yet.
+/// A file that is to be looked at.
 struct PostponedFile
 {
     QString guid;
     QString path;
+    bool isDoubtful = false; ///< thought to be lost or changed, so it is of interest also that it is not
 };
 
 /// Keeps files findable through locators. As long as a file stands where its locator says, untouched, finding it costs
@@ -48,8 +49,11 @@ public:
     /// Until takePostponed(), files are told to be where they are said to be, unseen: while a library is read, which
     /// should wait neither for its locators nor for its disks.
     void postpone() { m_isPostponing = true; }
+    [[nodiscard]] bool isPostponing() const { return m_isPostponing; }
     /// The look at those files that is still to be taken.
     [[nodiscard]] LocatorCheck takePostponed();
+    /// A look at these files, which are lost as far as is known where they are marked as doubtful.
+    [[nodiscard]] LocatorCheck check(QList<PostponedFile> files);
     /// Drops what is stored for these: nobody uses them any more.
     void forget(const QStringList &guids);
     /// Takes up what it told of one file, without another look at it. Where the file is, as far as is known before it

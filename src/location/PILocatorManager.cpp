@@ -70,10 +70,10 @@ QStringList LocatorSnapshot::guidsBut(const QStringList &guidsInUse) const
     return unused;
 }
 
-LocatorSnapshot::Reader::Reader(const LocatorSnapshot &snapshot)
+LocatorSnapshot::Reader::Reader(const LocatorSnapshot &snapshot, Reads reads)
     : m_snapshot(snapshot)
 {
-    if (!snapshot.offsets.isEmpty() && m_file.open(snapshot.databasePath))
+    if (!snapshot.offsets.isEmpty() && m_file.open(snapshot.databasePath) && reads == Reads::Many)
         m_file.keepInMemory();
 }
 

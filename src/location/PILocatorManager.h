@@ -23,7 +23,9 @@ struct LocatorSnapshot
     class Reader
     {
     public:
-        explicit Reader(const LocatorSnapshot &snapshot);
+        /// For many reads the database is read at once, and whole.
+        enum class Reads { Few, Many };
+        explicit Reader(const LocatorSnapshot &snapshot, Reads reads = Reads::Many);
         [[nodiscard]] std::optional<QVFileLocator> locatorForGuid(const QString &guid) const;
         /// Whether there is a database at all.
         [[nodiscard]] bool isStored() const { return !m_snapshot.databasePath.isEmpty(); }

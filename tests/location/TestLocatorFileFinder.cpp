@@ -284,6 +284,20 @@ private Q_SLOTS:
         QVERIFY(unsettled.first().guid == kA && unsettled.first().doubt == Doubt::Changed);
     }
 
+    void aCheckTellsThatItGetsOn()
+    {
+        LocatorFileFinder finder = this->finder(Search::Later);
+        const QList<PostponedFile> files(450, PostponedFile{kA, path("p/a.jpg")});
+        int calls = 0;
+        qsizetype told = 0;
+        finder.check(files + QList<PostponedFile>{{kB, path("p/b.jpg"), true}}).run({}, [&](const auto &checked) {
+            ++calls;
+            told += checked.size();
+        });
+        QCOMPARE(calls, 3);
+        QCOMPARE(told, 1); // the one about which there was a doubt
+    }
+
     void whatWasPreparedIsUsedIfItStillHolds_data()
     {
         QTest::addColumn<bool>("written");
