@@ -5,6 +5,7 @@
 #include "PIPhoto.h"
 #include "PhotoLibrary.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace {
@@ -43,6 +44,7 @@ FolderFollower::FolderFollower(PhotoLibrary &library, LocatorFileFinder &finder,
     m_settle.setSingleShot(true);
     m_settle.setInterval(kSettleTime);
     connect(&m_watcher, &FolderWatcher::namesChanged, this, &FolderFollower::namesChanged);
+    connect(&m_watcher, &FolderWatcher::folderGone, this, &FolderFollower::folderGone);
     connect(&m_watcher, &FolderWatcher::fileWritten, this, &FolderFollower::fileWritten);
     connect(&m_watcher, &FolderWatcher::overflowed, this, &FolderFollower::lookAgain);
     connect(&m_settle, &QTimer::timeout, this, &FolderFollower::takeUpEvents);
@@ -52,6 +54,7 @@ void FolderFollower::setFolder(const std::shared_ptr<PIFolder> &folder)
 {
     m_folder = folder;
     m_changedFolders.clear();
+    m_goneFolders.clear();
     m_writtenPaths.clear();
     watchAgain();
 }
@@ -111,6 +114,13 @@ void FolderFollower::namesChanged(const QString &diskFolder)
         m_settle.start();
 }
 
+void FolderFollower::folderGone(const QString &diskFolder)
+{
+    m_goneFolders.insert(diskFolder);
+    if (!m_settle.isActive())
+        m_settle.start();
+}
+
 void FolderFollower::fileWritten(const QString &path)
 {
     m_writtenPaths.insert(path);
@@ -118,9 +128,21 @@ void FolderFollower::fileWritten(const QString &path)
         m_settle.start();
 }
 
+namespace {
+
+bool isBeneathAny(const QString &path, const QSet<QString> &folders)
+{
+    return std::any_of(folders.cbegin(), folders.cend(), [&](const QString &folder) {
+        return path.size() > folder.size() && path.startsWith(folder) && path.at(folder.size()) == u'/';
+    });
+}
+
+}
+
 void FolderFollower::takeUpEvents()
 {
     const QSet<QString> folders = std::exchange(m_changedFolders, {});
+    const QSet<QString> gone = std::exchange(m_goneFolders, {});
     const QSet<QString> paths = std::exchange(m_writtenPaths, {});
     QSet<PIFileRef *> written;
     QList<std::shared_ptr<PIFileRef>> touched;
@@ -128,7 +150,7 @@ void FolderFollower::takeUpEvents()
         const bool isWritten = paths.contains(file->path());
         if (isWritten && !file->isFileLost())
             written.insert(file.get());
-        if (isWritten || folders.contains(diskFolderOf(*file).toString()))
+        if (isWritten || folders.contains(diskFolderOf(*file).toString()) || isBeneathAny(file->path(), gone))
             touched.append(file);
     });
     for (PIFileRef *file : std::as_const(written))

@@ -37,6 +37,7 @@ public:
 
 private:
     void namesChanged(const QString &diskFolder);
+    void folderGone(const QString &diskFolder);
     void fileWritten(const QString &path);
     void takeUpEvents();
     void look();
@@ -47,6 +48,7 @@ private:
     FolderWatcher m_watcher;
     std::shared_ptr<PIFolder> m_folder;
     QSet<QString> m_changedFolders; ///< on disk, since events were last taken up
+    QSet<QString> m_goneFolders;
     QSet<QString> m_writtenPaths;
     QSet<QString> m_toLookAt; ///< guids of files; those that are being looked at are no longer among them
     bool m_isLooking = false;

@@ -7,14 +7,31 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
 namespace {
 
-constexpr quint32 kNameEvents =
-    IN_CREATE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT;
-constexpr quint32 kEvents = kNameEvents | IN_CLOSE_WRITE | IN_ONLYDIR | IN_EXCL_UNLINK;
+constexpr quint32 kNameEvents = IN_CREATE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
+constexpr quint32 kGoneEvents = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT;
+constexpr quint32 kEvents = kNameEvents | kGoneEvents | IN_CLOSE_WRITE;
+
+QString folderAbove(const QString &path)
+{
+    return path.left(qMax<qsizetype>(path.lastIndexOf(u'/'), 0));
+}
+
+/// Without the root, which does not move.
+QSet<QString> foldersAbove(const QSet<QString> &folders)
+{
+    QSet<QString> above;
+    for (const QString &folder : folders)
+        for (QString path = folderAbove(folder); !path.isEmpty() && !above.contains(path); path = folderAbove(path))
+            if (!folders.contains(path) && above.size() < FolderWatcher::kMaxFoldersAbove)
+                above.insert(path);
+    return above;
+}
 
 }
 
@@ -35,23 +52,50 @@ void FolderWatcher::setFolders(const QStringList &folders)
     if (!m_inotify.isValid())
         return;
     const QSet<QString> wanted(folders.begin(), folders.begin() + qMin<qsizetype>(folders.size(), kMaxFolders));
+    const QSet<QString> above = foldersAbove(wanted);
     const QStringList present = m_watchOfPath.keys();
     for (const QString &path : present) {
-        if (wanted.contains(path))
-            continue;
-        const int watch = m_watchOfPath.take(path);
-        if (m_pathOfWatch.remove(watch) > 0)
-            ::inotify_rm_watch(m_inotify.number(), watch);
+        const quint32 events = wanted.contains(path) ? kEvents : above.contains(path) ? kGoneEvents : 0;
+        if (m_watches.value(m_watchOfPath.value(path)).events != events)
+            remove(path);
     }
-    for (const QString &path : wanted) {
-        if (m_watchOfPath.contains(path))
-            continue;
-        const int watch = ::inotify_add_watch(m_inotify.number(), QFile::encodeName(path).constData(), kEvents);
-        if (watch < 0 || m_pathOfWatch.contains(watch)) // two paths may lead to one folder
-            continue;
-        m_pathOfWatch.insert(watch, path);
-        m_watchOfPath.insert(path, watch);
-    }
+    for (const QString &path : wanted)
+        add(path, kEvents);
+    for (const QString &path : above)
+        add(path, kGoneEvents);
+}
+
+qsizetype FolderWatcher::watchedCount() const
+{
+    return std::count_if(m_watches.cbegin(), m_watches.cend(),
+                         [](const Watch &watch) { return watch.events == kEvents; });
+}
+
+void FolderWatcher::add(const QString &path, quint32 events)
+{
+    if (m_watchOfPath.contains(path))
+        return;
+    const int watch = ::inotify_add_watch(m_inotify.number(), QFile::encodeName(path).constData(),
+                                          events | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD);
+    if (watch < 0 || m_watches.contains(watch)) // two paths may lead to one folder
+        return;
+    m_watches.insert(watch, {path, events});
+    m_watchOfPath.insert(path, watch);
+}
+
+void FolderWatcher::remove(const QString &path)
+{
+    const int watch = m_watchOfPath.take(path);
+    if (m_watches.remove(watch) > 0)
+        ::inotify_rm_watch(m_inotify.number(), watch);
+}
+
+void FolderWatcher::removeTree(const QString &folder)
+{
+    const QStringList present = m_watchOfPath.keys();
+    for (const QString &path : present)
+        if (path == folder || path.startsWith(folder + u'/'))
+            remove(path);
 }
 
 void FolderWatcher::readEvents()
@@ -77,20 +121,14 @@ void FolderWatcher::handle(int watch, quint32 mask, const QByteArray &name)
         Q_EMIT overflowed();
         return;
     }
-    const QString path = m_pathOfWatch.value(watch);
+    const QString path = m_watches.value(watch).path;
     if (path.isEmpty())
         return;
-    if (mask & IN_IGNORED) {
-        m_pathOfWatch.remove(watch);
-        m_watchOfPath.remove(path);
-        return;
-    }
-    if (mask & IN_MOVE_SELF) { // what is watched is no longer what stands at the path
-        ::inotify_rm_watch(m_inotify.number(), watch);
-        m_pathOfWatch.remove(watch);
-        m_watchOfPath.remove(path);
-    }
-    if (mask & kNameEvents)
+    if (mask & (kGoneEvents | IN_IGNORED))
+        removeTree(path); // what is watched is no longer what stands at the path
+    if (mask & kGoneEvents)
+        Q_EMIT folderGone(path);
+    else if (mask & kNameEvents)
         Q_EMIT namesChanged(path);
     else if (mask & IN_CLOSE_WRITE)
         Q_EMIT fileWritten(path + u'/' + QFile::decodeName(name));

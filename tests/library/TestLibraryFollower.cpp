@@ -70,6 +70,8 @@ private Q_SLOTS:
         QTRY_COMPARE(path(), m_house->at("renamed folder/sub/a.png"));
         m_house->move("renamed folder/sub/a.png", "renamed folder/sub/z.png");
         QTRY_COMPARE(path(), m_house->at("renamed folder/sub/z.png"));
+        m_house->move("renamed folder", "top"); // not the folder that holds it, but one above
+        QTRY_COMPARE(path(), m_house->at("top/sub/z.png"));
     }
 
     void aWrittenFileIsAnnounced_data()

@@ -47,13 +47,34 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(folder));
         FolderWatcher watcher;
         watcher.setFolders({folder});
-        QSignalSpy names(&watcher, &FolderWatcher::namesChanged);
+        QSignalSpy gone(&watcher, &FolderWatcher::folderGone);
         QVERIFY(QDir().rmdir(folder));
         QTRY_COMPARE(watcher.watchedCount(), 0);
-        QVERIFY(!names.isEmpty());
+        QCOMPARE(gone.size(), 1);
         QVERIFY(QDir().mkpath(folder));
         watcher.setFolders({folder});
         QCOMPARE(watcher.watchedCount(), 1);
+    }
+
+    void tellsOfAMoveFarAbove()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath(QStringLiteral("a/b/c"));
+        QVERIFY(QDir().mkpath(folder));
+        FolderWatcher watcher;
+        watcher.setFolders({folder});
+        QSignalSpy gone(&watcher, &FolderWatcher::folderGone);
+        QVERIFY(QDir().rename(dir.filePath(QStringLiteral("a")), dir.filePath(QStringLiteral("z"))));
+        QTRY_COMPARE(gone.size(), 1);
+        QCOMPARE(gone.first().first().toString(), dir.filePath(QStringLiteral("a")));
+        // What stands at the old path next is another folder.
+        QVERIFY(QDir().mkpath(folder));
+        watcher.setFolders({folder});
+        QCOMPARE(watcher.watchedCount(), 1);
+        QSignalSpy names(&watcher, &FolderWatcher::namesChanged);
+        QVERIFY(QFile(dir.filePath(QStringLiteral("z/b/c/x"))).open(QFile::WriteOnly));
+        QVERIFY(QFile(folder + QStringLiteral("/x")).open(QFile::WriteOnly));
+        QTRY_COMPARE(names.size(), 1);
     }
 
     void forgetsFoldersThatAreNotWantedAnyMore()
