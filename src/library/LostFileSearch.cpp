@@ -145,9 +145,10 @@ void LostFileSearch::tellOfFound()
     m_tellOfFound.stop();
     if (m_shownAnew.isEmpty())
         return;
-    m_library.filesChangedPlace(std::exchange(m_shownAnew, {}));
+    const auto files = std::exchange(m_shownAnew, {});
     if (m_moved)
-        m_moved();
+        m_moved(files);
+    m_library.filesChangedPlace(files);
 }
 
 void LostFileSearch::tellOfRewritten()

@@ -54,10 +54,13 @@ QStringList FileRefRegistry::knownPaths() const
     return paths;
 }
 
-void FileRefRegistry::takeUpPaths()
+void FileRefRegistry::takeUpPaths(const QSet<const PIFileRef *> &refs)
 {
+    if (refs.isEmpty())
+        return;
     for (Entry &entry : m_entries)
-        entry.key = entry.ref->path();
+        if (refs.contains(entry.ref.get()))
+            entry.key = entry.ref->path();
     m_byPath.clear();
     m_indexedByPath = 0;
 }

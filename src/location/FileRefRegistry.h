@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -26,9 +27,9 @@ public:
     [[nodiscard]] std::shared_ptr<PIFileRef> fileRefForGuid(const QString &guid) const;
     /// Every path under which a reference was entered, and every other one to which one leads by now.
     [[nodiscard]] QStringList knownPaths() const;
-    /// Enters every reference anew under its present path: to be called once the files of a library that was read
-    /// unseen have been looked at.
-    void takeUpPaths();
+    /// Enters these anew under their present paths: to be called once the files of a library that was read unseen have
+    /// been looked at, and again when those that were missing then are found.
+    void takeUpPaths(const QSet<const PIFileRef *> &refs);
     /// How many references there are.
     [[nodiscard]] qsizetype count() const { return m_entries.size(); }
 

@@ -57,7 +57,8 @@ void PIFileRef::take(const FoundFile &file)
 {
     m_fileLost = !file.found;
     m_volumeAway = file.volumeAway;
-    if (file.found && m_path != file.path) {
+    // A file that is lost now may have been followed since its path was written into the library.
+    if (!file.path.isEmpty() && m_path != file.path) {
         m_path = file.path;
         m_photoSize = {};
     }

@@ -118,6 +118,11 @@ private Q_SLOTS:
             (void)m_house->add(name);
         m_house->manager->forget({m_house->folder->photos().at(3)->fileRef()->guid()}); // as after a loss of the list
         const auto removed = m_house->folder->photos().takeLast();
+        // It was followed since the library was saved last, and goes for good.
+        const QString gone = m_house->folder->photos().at(2)->fileRef()->guid();
+        auto locator = m_house->manager->locatorForGuid(gone);
+        locator->setPath(m_house->at("later/gone.png"));
+        QVERIFY(m_house->manager->setLocator(*locator, gone));
         m_follower.reset();
         m_photo.reset();
         m_house->reload();
@@ -133,7 +138,10 @@ private Q_SLOTS:
         QTRY_VERIFY(!m_follower->isSearching());
         QCOMPARE(photos.at(0)->fileRef()->path(), m_house->at("shown/a.png"));
         QCOMPARE(photos.at(1)->fileRef()->path(), m_house->at("elsewhere/moved.png"));
+        QCOMPARE(m_house->library->fileRefs().fileRefForPath(m_house->at("elsewhere/moved.png")),
+                 photos.at(1)->fileRef()); // as when it is imported there
         QVERIFY(photos.at(2)->isFileLost());
+        QCOMPARE(photos.at(2)->fileRef()->path(), m_house->at("later/gone.png"));
         QCOMPARE(m_house->storedPath(*photos.at(3)), m_house->at("shown/new.png"));
         QVERIFY(m_house->storedPath(*removed).isEmpty());
     }
