@@ -125,7 +125,7 @@ void LostFileSearch::follow(const QList<SearchedFile> &files)
         const FoundFile place = m_finder.settle(searched.file, searched.resolution);
         ref->take(place);
         const bool isElsewhere = ref->path() != before.path;
-        const bool isReplaced = place.contentChanged && searched.resolution.status == Status::Missing;
+        const bool isReplaced = place.contentChanged && searched.resolution.status != Status::Found;
         m_summary.found += isElsewhere;
         if (isReplaced)
             m_library.notifications().post(kFileChangeNotification, ref);

@@ -5,6 +5,10 @@
 #include "LocatorCheck.h"
 #include "PILocatorManager.h"
 
+#include <QFile>
+
+#include <sys/stat.h>
+
 #include <utility>
 
 using Status = BookmarkResolution::Status;
@@ -211,6 +215,19 @@ FoundFile LocatorFileFinder::settle(const Unsettled &file, const BookmarkResolut
     return result;
 }
 
+namespace {
+
+/// Whether the file that was meant is no more, as far as can be told: nothing is known of where else it could be.
+bool isReplaced(const QVFileLocator &locator, Status status)
+{
+    struct stat facts = {};
+    return status == Status::Missing ||
+           (status == Status::Unreached && ::stat(QFile::encodeName(locator.path()).constData(), &facts) == 0 &&
+            FileBookmark::isOlderThan(locator.bookmark(), facts));
+}
+
+}
+
 FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolution &resolution)
 {
     QVFileLocator locator = file.locator;
@@ -229,9 +246,8 @@ FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolut
     }
     if (file.doubt == Doubt::Occupied)
         return {false, locator.path(), resolution.status == Status::VolumeAway};
-    // The file that was meant is no more, so it was replaced by the one that is there.
-    const bool isReplaced = resolution.status == Status::Missing && locator.setBookmarkFromPath(m_bookmarks);
-    return {true, locator.path(), false, isReplaced && store(file.guid, locator)};
+    const bool isRenewed = isReplaced(locator, resolution.status) && locator.setBookmarkFromPath(m_bookmarks);
+    return {true, locator.path(), false, isRenewed && store(file.guid, locator)};
 }
 
 bool LocatorFileFinder::store(const QString &guid, const QVFileLocator &locator)

@@ -20,8 +20,8 @@ struct BookmarkResolution
         VolumeAway, ///< the volume on which the file stood is not mounted; nothing was searched
         Missing,    ///< looked for everywhere, and not there
         Ambiguous,  ///< the file is gone, and more than one file could be a copy of it
-        Unsearched, ///< the search was cancelled, ran out of time, was to reach no further, or would have had to walk a
-                    ///< network volume
+        Unsearched, ///< the search was cancelled, ran out of time or was to reach no further
+        Unreached,  ///< neither at nor beside its old place, and its volume is a network one, which is not walked
     };
 
     qsizetype index = 0; ///< of the bookmark in the list that was given

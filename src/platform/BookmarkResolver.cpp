@@ -131,9 +131,10 @@ void BookmarkResolver::searchByIdentity()
             search->searchOutwards();
         if (mayWalk(search->volume()) && !search->isCutShort())
             continue;
+        const bool isOutOfReach = m_options.reach == BookmarkOptions::Reach::Everywhere && !search->isCutShort();
         for (LostFile &lost : m_lost)
             if (lost.isOpen && lost.volume == &search->volume())
-                close(lost, Status::Unsearched);
+                close(lost, isOutOfReach ? Status::Unreached : Status::Unsearched);
     }
 }
 

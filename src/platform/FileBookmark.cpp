@@ -85,12 +85,17 @@ std::optional<QByteArray> FileBookmark::create(const QString &path, const Volume
 
 namespace {
 
+FileTime modifiedTime(const struct stat &facts)
+{
+    return {facts.st_mtim.tv_sec, static_cast<quint32>(facts.st_mtim.tv_nsec)};
+}
+
 enum class Holding { All, AllButNumber, No };
 
 /// How much of the facts the bookmark holds.
 Holding holdingOf(const FileIdentity &stored, const struct stat &facts)
 {
-    const FileTime modified{facts.st_mtim.tv_sec, static_cast<quint32>(facts.st_mtim.tv_nsec)};
+    const FileTime modified = modifiedTime(facts);
     const bool isFolder = stored.kind == FileKind::Folder;
     const bool isUnchanged =
         isFolder || (stored.size == static_cast<quint64>(facts.st_size) && stored.modified == modified);
@@ -114,6 +119,12 @@ bool FileBookmark::isCurrent(const QByteArray &bookmark, const struct stat &fact
     if (holding != Holding::AllButNumber)
         return holding == Holding::All;
     return hasMadeUpNumbers(*data, volumes ? *volumes : *Volumes::current());
+}
+
+bool FileBookmark::isOlderThan(const QByteArray &bookmark, const struct stat &facts)
+{
+    const auto data = BookmarkData::decode(bookmark);
+    return data && data->file.modified < modifiedTime(facts);
 }
 
 QString FileBookmark::mountPoint(const QByteArray &bookmark)

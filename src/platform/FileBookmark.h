@@ -27,6 +27,10 @@ namespace FileBookmark {
 /// asked for, unless `volumes` are given.
 [[nodiscard]] bool isCurrent(const QByteArray &bookmark, const struct stat &facts, const Volumes *volumes = nullptr);
 
+/// Whether a file with these facts was written later than the bookmarked one had been. A file that was there before,
+/// and was only moved to its place, was not.
+[[nodiscard]] bool isOlderThan(const QByteArray &bookmark, const struct stat &facts);
+
 /// Where the bookmark's volume was mounted, to tell the user which one is away; empty for what is no bookmark.
 [[nodiscard]] QString mountPoint(const QByteArray &bookmark);
 

@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 
+#include <compare>
 #include <optional>
 #include <string>
 
@@ -10,7 +11,7 @@ struct FileTime
 {
     qint64 seconds = 0;
     quint32 nanoseconds = 0;
-    bool operator==(const FileTime &) const = default;
+    auto operator<=>(const FileTime &) const = default;
 };
 
 enum class FileKind : quint8 { File = 1, Folder = 2 };

@@ -169,6 +169,32 @@ private Q_SLOTS:
         QVERIFY(!house.finder->hasUnsettled()); // the bookmarks are fresh
     }
 
+    void onANetworkVolumeOnlyANewerFileReplacesAnother_data()
+    {
+        QTest::addColumn<time_t>("date");
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("saved anew") << ::time(nullptr) + 100 << true;
+        QTest::newRow("older, and moved there") << time_t(1'000'000) << false;
+    }
+    void onANetworkVolumeOnlyANewerFileReplacesAnother()
+    {
+        QFETCH(time_t, date);
+        QFETCH(bool, isTaken);
+        FollowedLibrary &house = *m_house;
+        const auto photo = house.add("d/a.png");
+        house.draw("d/new.png");
+        const BookmarkScene scene(house.at(""), BookmarkScene::Photos::Present);
+        scene.setDate("d/new.png", date);
+        house.move("d/new.png", "d/a.png");
+        BookmarkOptions options = house.options();
+        options.volumes = scene.volumes("nfs4");
+        LostFileSearch lost(*house.library, *house.finder, options);
+        (void)search(lost);
+        QVERIFY(!photo->isFileLost());
+        house.lookAtAll();
+        QCOMPARE(!house.finder->hasUnsettled(), isTaken); // whether the bookmark is fresh
+    }
+
     void anAbsentVolumeIsNotSearchedAndNothingIsChanged()
     {
         FollowedLibrary &house = *m_house;

@@ -258,7 +258,7 @@ void TestFileBookmarkMany::walksNetworkVolumesOnlyWhereAllowed()
     scene.move("Pictures/2023/photo.jpg", "Pictures/2023/x.jpg");
     QCOMPARE(scene.resolve(scene.photo, options).path, scene.at("Pictures/2023/x.jpg"));
     scene.move("Pictures/2023/x.jpg", "Archive/x.jpg");
-    QCOMPARE(scene.resolve(scene.photo, options).status, Status::Unsearched);
+    QCOMPARE(scene.resolve(scene.photo, options).status, Status::Unreached);
     options.mounting = BookmarkOptions::Mounting::Allowed;
     QCOMPARE(scene.resolve(scene.photo, options).path, scene.at("Archive/x.jpg"));
 }
