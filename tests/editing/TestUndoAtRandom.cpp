@@ -231,6 +231,11 @@ struct Arranger : UndoHouse
         manager.popUndo();
         history.withdrawn(text());
     }
+    void undoEverything()
+    {
+        while (history.step(-1))
+            manager.undo();
+    }
     void step()
     {
         const int choice = below(200);
@@ -248,6 +253,8 @@ struct Arranger : UndoHouse
             save();
         } else if (choice == 101) {
             recordInVain();
+        } else if (choice == 102 && below(3) == 0) {
+            undoEverything();
         } else {
             QString kind;
             if (edit(kind))
