@@ -69,7 +69,7 @@ void QVUndoManager::clearUndo()
 
 void QVUndoManager::killRedo()
 {
-    m_entries.erase(m_entries.begin() + m_currentEntry + 1, m_entries.end());
+    m_entries.erase(m_entries.begin() + (m_currentEntry + 1), m_entries.end()); // never a place before the first
 }
 
 void QVUndoManager::undo()
