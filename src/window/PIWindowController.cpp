@@ -29,8 +29,8 @@
 #include "WindowPreferences.h"
 
 #include <QAction>
-#include <QApplication>
 #include <QFileDialog>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QScreen>
 #include <QStatusBar>
@@ -207,7 +207,7 @@ void PIWindowController::observe()
     });
     m_undoManager.setDelegate(&m_undo);
     m_undoManager.setCapacity(kUndoSteps);
-    m_undoManager.setBeep(&QApplication::beep);
+    m_undoManager.setBeep(&Beep);
     m_undoManager.setChangeListener([this] { enableCommands(); });
     NotificationCenter &center = m_library.notifications();
     m_selectObserver = center.observe(kSelectNotification, [this](const NotificationObject &) { photoWasSelected(); });

@@ -79,6 +79,49 @@ private Q_SLOTS:
         QVERIFY(!model.flags(model.indexOf(desk.group().get())).testFlag(Qt::ItemIsEditable));
     }
 
+    void changesAreTakenBackInTheWindow()
+    {
+        Desk desk;
+        const QAction &undo = *desk.controller->actions().action(Command::Undo);
+        const QAction &redo = *desk.controller->actions().action(Command::Redo);
+        const auto first = desk.group()->folders().first();
+        desk.controller->resetList(first);
+        QVERIFY(!undo.isEnabled());
+        QVERIFY(desk.controller->editor().rename(first, QStringLiteral("Sea")));
+        desk.trigger(Command::NewFolder); // inside it; its name is being edited
+        QCOMPARE(undo.text(), QStringLiteral("Undo Add Folder"));
+        QVERIFY(desk.controller->window().isWindowModified());
+
+        desk.trigger(Command::Undo);
+        QVERIFY(first->folders().isEmpty());
+        QCOMPARE(desk.controller->shownFolder(), first);
+        QVERIFY(!desk.outline().findChild<QLineEdit *>() || !desk.outline().findChild<QLineEdit *>()->isVisible());
+        desk.trigger(Command::Undo);
+        QCOMPARE(first->name(), QStringLiteral("New Folder"));
+        QVERIFY(!desk.controller->window().isWindowModified());
+        QVERIFY(!undo.isEnabled());
+        QCOMPARE(redo.text(), QStringLiteral("Redo Rename Folder"));
+
+        desk.trigger(Command::Redo);
+        QVERIFY(desk.controller->window().isWindowModified());
+        desk.trigger(Command::Save);
+        QVERIFY(!undo.isEnabled());
+        QVERIFY(!redo.isEnabled());
+    }
+
+    void deletedFoldersLeaveTheHistory()
+    {
+        Desk desk;
+        const auto first = desk.group()->folders().first();
+        desk.controller->resetList(first);
+        desk.controller->resetList(desk.controller->editor().newFolder());
+        QVERIFY(desk.controller->actions().action(Command::Back)->isEnabled());
+        desk.trigger(Command::Undo);
+        QCOMPARE(desk.controller->shownFolder(), first);
+        QVERIFY(!desk.controller->actions().action(Command::Back)->isEnabled());
+        QVERIFY(!desk.controller->actions().action(Command::Forward)->isEnabled());
+    }
+
     void newFoldersAreNamedAtOnce()
     {
         WindowDesk desk;
