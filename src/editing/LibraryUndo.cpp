@@ -131,10 +131,11 @@ bool LibraryUndo::exchangeSnapshot(UndoAction action, UndoData &data)
     return false;
 }
 
-/// Whoever shows the photo takes up what it is now.
-void LibraryUndo::tellOfChange(PIPhoto &photo, const PIPhoto &before)
+/// Makes the photo what it was; whoever shows it takes that up.
+void LibraryUndo::takeBack(PIPhoto &photo, const PIPhoto &was)
 {
-    const bool isOtherPicture = photo.looksDifferent(before);
+    const bool isOtherPicture = photo.looksDifferent(was);
+    photo.takeEdits(was);
     if (isOtherPicture)
         m_library.thumbnails().updateForFilters(photo);
     m_library.notifications().post(isOtherPicture ? kThumbnailNotification : kRedrawNotification, &photo);
@@ -147,8 +148,7 @@ bool LibraryUndo::exchangePhoto(UndoData &data)
     if (!photo)
         return false;
     const auto stored = std::exchange(data.photo, photo->copy());
-    photo->takeEdits(*stored);
-    tellOfChange(*photo, *data.photo);
+    takeBack(*photo, *stored);
     return true;
 }
 
@@ -158,12 +158,8 @@ void LibraryUndo::takePhotosBack(UndoData &data, const std::function<bool(const 
     const auto changes = data.moment->changes();
     data.moment = std::make_shared<PhotoMoment>();
     for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
-        const auto &photo = change.key();
-        if (!isMeant(photo))
-            continue;
-        const auto before = photo->copy();
-        photo->takeEdits(*change.value());
-        tellOfChange(*photo, *before);
+        if (isMeant(change.key()))
+            takeBack(*change.key(), *change.value());
     }
 }
 

@@ -36,7 +36,7 @@ private:
     [[nodiscard]] bool exchangePhotoList(UndoData &data);
     [[nodiscard]] bool exchangeSingleContainer(UndoData &data);
     [[nodiscard]] bool exchangeEffectSets(UndoData &data);
-    void tellOfChange(PIPhoto &photo, const PIPhoto &before);
+    void takeBack(PIPhoto &photo, const PIPhoto &was);
     void takePhotosBack(UndoData &data, const std::function<bool(const std::shared_ptr<PIPhoto> &)> &isMeant);
     void show(UndoAction action, const UndoData &data, UndoDirection direction);
     [[nodiscard]] std::shared_ptr<PIFolder> folderByGuid(const QString &guid) const;
