@@ -81,7 +81,7 @@ private Q_SLOTS:
 
     void changesAreTakenBackInTheWindow()
     {
-        Desk desk;
+        WindowDesk desk;
         const QAction &undo = *desk.controller->actions().action(Command::Undo);
         const QAction &redo = *desk.controller->actions().action(Command::Redo);
         const auto first = desk.group()->folders().first();
@@ -111,7 +111,7 @@ private Q_SLOTS:
 
     void deletedFoldersLeaveTheHistory()
     {
-        Desk desk;
+        WindowDesk desk;
         const auto first = desk.group()->folders().first();
         desk.controller->resetList(first);
         desk.controller->resetList(desk.controller->editor().newFolder());
