@@ -196,7 +196,11 @@ void PIAppController::commitData(QSessionManager &session)
         if (!applicationShouldTerminate())
             session.cancel();
         session.release();
+        // Another program may keep the session from ending.
+        constexpr int kSessionEndsWithin = 30000; // milliseconds
+        QTimer::singleShot(kSessionEndsWithin, m_windowController.get(), &PIWindowController::keepDiscardedChanges);
     } else {
+        static_cast<void>(m_windowController->finishWork(PIWindowController::IfImporting::Stop));
         m_fileFinder->save();
         if (m_library->isDirty() && !m_windowController->SaveLibrary())
             LogString("The session ends and the library could not be saved");

@@ -209,8 +209,12 @@ bool LibraryUndo::exchangePhotoList(UndoData &data)
         return false;
     folder->photos().swap(data.photos);
     const auto &photos = std::as_const(*folder).photos();
-    const QSet<std::shared_ptr<PIPhoto>> held(photos.cbegin(), photos.cend());
-    takePhotosBack(data, [&](const std::shared_ptr<PIPhoto> &photo) { return held.contains(photo); });
+    QSet<std::shared_ptr<PIPhoto>> held;
+    takePhotosBack(data, [&](const std::shared_ptr<PIPhoto> &photo) {
+        if (held.isEmpty()) // only now: mostly, no photo changed
+            held = {photos.cbegin(), photos.cend()};
+        return held.contains(photo);
+    });
     return true;
 }
 
@@ -233,18 +237,17 @@ bool LibraryUndo::exchangeEffectSets(UndoData &data)
 
 void LibraryUndo::show(UndoAction action, const UndoData &data, UndoDirection direction)
 {
+    m_view.abortEditing();
     m_view.forgetLostFolders();
     const auto shown = direction == UndoDirection::Undo ? folderByGuid(data.shownFolderGuid) : nullptr;
     const auto container = m_library.findContainerByGuid(data.containerGuid);
     const std::shared_ptr<PIGroup> item = shown ? shown : container;
     const bool isList =
         action == UndoAction::Photo || action == UndoAction::PhotoList || action == UndoAction::EffectSets;
-    if (isList) {
+    if (isList)
         m_view.selectRow(item);
-    } else {
-        m_view.abortEditing();
+    else
         m_view.resetList(item);
-    }
     const auto photos = action == UndoAction::Photo ? m_view.shownFolder() : nullptr;
     const auto photo = photos && data.photo ? photos->findPhotoByGuid(data.photo->guid()) : nullptr;
     if (photo)

@@ -33,6 +33,7 @@ NavigatorDrop NavigatorDrop::validate(const PhotoLibrary &library, Kind kind,
     case Kind::Group:
         return groupDrop(library, proposedItem, proposedChildIndex);
     case Kind::Photos:
+        return {proposedItem, kOntoItem, proposedItem ? Effect::Copy : Effect::Refused};
     case Kind::Files:
         return {proposedItem, kOntoItem, Effect::Copy};
     }

@@ -48,6 +48,12 @@ Remainder without(const PIGroup::PhotoList &all, const PIGroup::PhotoList &photo
     return rest;
 }
 
+bool holdsAll(const PIFolder &folder, const PIGroup::PhotoList &photos)
+{
+    const QSet<std::shared_ptr<PIPhoto>> held(folder.photos().cbegin(), folder.photos().cend());
+    return std::all_of(photos.cbegin(), photos.cend(), [&](const auto &photo) { return held.contains(photo); });
+}
+
 /// Shows the folder with its present photos and the one at `index`, or the last, selected.
 void showWithSelected(LibraryView &view, const std::shared_ptr<PIFolder> &folder, qsizetype index)
 {
@@ -78,7 +84,7 @@ bool PhotoEdits::copyPhotos(const PIGroup::PhotoList &photos, const std::shared_
 {
     const auto shown = m_editor.view().shownFolder();
     const bool moves = transfer == Transfer::Move;
-    if (photos.isEmpty() || !toItem || (moves && !shown))
+    if (photos.isEmpty() || !toItem || (moves && !(shown && holdsAll(*shown, photos))))
         return false;
     if (moves && !record(UndoAction::WholeTree, UndoName::AddPhoto))
         return false;

@@ -3,6 +3,7 @@
 #include "FormatMessage.h"
 #include "GiveAlert.h"
 #include "LibraryView.h"
+#include "LogString.h"
 #include "PhotoLibrary.h"
 #include "QVUndoManager.h"
 #include "StringUtilities.h"
@@ -37,7 +38,7 @@ PhotoTrash::PhotoTrash(LibraryEditor &editor, QVUndoManager &undo, std::shared_p
     , m_undo(undo)
     , m_trash(std::move(trash))
     , m_link(std::make_shared<PhotoTrash *>(this))
-    , m_worker(QStringLiteral("hmphoto.trash"), 1)
+    , m_worker(QStringLiteral("hmphoto.trash"), 1, DispatchQueue::AtEnd::LeaveBehind)
 {}
 
 PhotoTrash::~PhotoTrash()
@@ -49,7 +50,7 @@ PIGroup::PhotoList PhotoTrash::trashable(const PIGroup::PhotoList &photos)
 {
     PIGroup::PhotoList reachable;
     for (const auto &photo : photos) {
-        if (!photo->isFileLost())
+        if (photo->fileRef() && photo->fileRef()->verify())
             reachable.append(photo);
     }
     return reachable;
@@ -67,18 +68,22 @@ PhotoTrash::Question PhotoTrash::question(const PIGroup::PhotoList &photos)
 
 void PhotoTrash::trash(const PIGroup::PhotoList &photos)
 {
-    QStringList paths;
-    for (const auto &photo : photos)
-        paths.append(photo->fileRef()->path());
-    paths.removeDuplicates();
-    if (paths.isEmpty())
+    if (photos.isEmpty())
         return;
+    QList<Trashed> trashed;
+    QStringList paths;
+    for (const auto &photo : photos) {
+        trashed.append({photo, photo->fileRef()->path()});
+        paths.append(trashed.last().path);
+    }
+    paths.removeDuplicates();
     removeFromLibrary(photos);
-    ++m_pending;
-    m_worker.async([paths, photos, trash = m_trash, link = m_link] {
-        runOnMain([failures = trash->recycle(paths), photos, link] {
+    const quint64 job = ++m_lastJob;
+    m_jobs.insert(job, trashed);
+    m_worker.async([paths, job, trash = m_trash, link = m_link] {
+        runOnMain([failures = trash->recycle(paths), job, link] {
             if (*link)
-                (*link)->takeBack(photos, failures);
+                (*link)->recycled(job, failures);
         });
     });
 }
@@ -102,28 +107,35 @@ void PhotoTrash::removeFromLibrary(const PIGroup::PhotoList &photos)
     m_undo.clearUndo();
 }
 
-void PhotoTrash::takeBack(const PIGroup::PhotoList &photos, const QList<Trash::Failure> &failures)
+void PhotoTrash::recycled(quint64 job, const QList<Trash::Failure> &failures)
 {
-    --m_pending;
+    const QList<Trashed> trashed = m_jobs.take(job);
     if (failures.isEmpty())
         return;
     QSet<QString> paths;
-    for (const Trash::Failure &failure : failures)
+    for (const Trash::Failure &failure : failures) {
+        LogString(QStringLiteral("%1 could not be moved to the trash: %2").arg(failure.path, failure.reason));
         paths.insert(failure.path);
+    }
     PIGroup::PhotoList left;
-    for (const auto &photo : photos) {
-        if (!paths.contains(photo->fileRef()->path()))
+    for (const Trashed &each : trashed) {
+        if (!paths.contains(each.path))
             continue;
-        left.append(photo->copy());
+        left.append(each.photo->copy());
         left.last()->setGuid(QVString::guidString());
     }
+    takeBack(left, failures.first().reason);
+}
+
+void PhotoTrash::takeBack(const PIGroup::PhotoList &photos, const QString &reason)
+{
     if (const auto folder = m_editor.makeSpecialGroupFolder(GroupType::Undeleted)) {
-        folder->photos() = left;
+        folder->photos() = photos;
         folder->enforceVisibility();
         m_editor.view().resetList(folder);
     }
     GiveAlert(tr("Move to trash failed."),
               FormatMessage(tr("Some files could not be moved to the trash and were instead moved to the "
                                "\"Undeleted\" group. %@"),
-                            {failures.first().reason}));
+                            {reason}));
 }

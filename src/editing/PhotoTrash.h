@@ -4,6 +4,8 @@
 #include "LibraryEditor.h"
 #include "Trash.h"
 
+#include <QHash>
+
 #include <memory>
 
 class QVUndoManager;
@@ -17,7 +19,7 @@ public:
     PhotoTrash(LibraryEditor &editor, QVUndoManager &undo, std::shared_ptr<Trash> trash);
     ~PhotoTrash();
 
-    /// Those whose files can be moved: they are not lost.
+    /// Those whose files can be moved: looked at now, they are not lost.
     [[nodiscard]] static PIGroup::PhotoList trashable(const PIGroup::PhotoList &photos);
 
     struct Question
@@ -32,16 +34,25 @@ public:
     /// tells why.
     void trash(const PIGroup::PhotoList &photos);
     /// Files are still on their way.
-    [[nodiscard]] bool isBusy() const { return m_pending > 0; }
+    [[nodiscard]] bool isBusy() const { return !m_jobs.isEmpty(); }
 
 private:
+    /// A photo, and where its file was when it went.
+    struct Trashed
+    {
+        std::shared_ptr<PIPhoto> photo;
+        QString path;
+    };
+
     void removeFromLibrary(const PIGroup::PhotoList &photos);
-    void takeBack(const PIGroup::PhotoList &photos, const QList<Trash::Failure> &failures);
+    void recycled(quint64 job, const QList<Trash::Failure> &failures);
+    void takeBack(const PIGroup::PhotoList &photos, const QString &reason);
 
     LibraryEditor &m_editor;
     QVUndoManager &m_undo;
     std::shared_ptr<Trash> m_trash;
-    std::shared_ptr<PhotoTrash *> m_link; ///< null once this is gone
-    int m_pending = 0;
+    std::shared_ptr<PhotoTrash *> m_link;  ///< null once this is gone
+    QHash<quint64, QList<Trashed>> m_jobs; ///< those under way
+    quint64 m_lastJob = 0;
     DispatchQueue m_worker; ///< last: its blocks end first
 };

@@ -10,7 +10,7 @@ void QVUndoManager::setDelegate(UndoDelegate *delegate)
 
 bool QVUndoManager::setUndoAction(UndoAction action, UndoName descriptor, const UndoContext &context)
 {
-    if (!m_delegate)
+    if (!m_delegate || m_isExchanging)
         return false;
     const bool joins = joinsNewest(action, descriptor, context);
     killRedo();
@@ -74,6 +74,8 @@ void QVUndoManager::killRedo()
 
 void QVUndoManager::undo()
 {
+    if (m_isExchanging)
+        return;
     if (isUndoAvailable())
         exchange(m_currentEntry--, UndoDirection::Undo);
     else if (m_beep)
@@ -82,6 +84,8 @@ void QVUndoManager::undo()
 
 void QVUndoManager::redo()
 {
+    if (m_isExchanging)
+        return;
     if (isRedoAvailable())
         exchange(++m_currentEntry, UndoDirection::Redo);
     else if (m_beep)
@@ -92,8 +96,11 @@ void QVUndoManager::exchange(int entry, UndoDirection direction)
 {
     m_okToGroup = false;
     m_undoSet = false;
+    m_isExchanging = true;
     Entry &exchanged = m_entries[static_cast<size_t>(entry)];
-    if (!m_delegate->undoOrRedo(exchanged.action, exchanged.descriptor, exchanged.data, direction))
+    const bool done = m_delegate->undoOrRedo(exchanged.action, exchanged.descriptor, exchanged.data, direction);
+    m_isExchanging = false;
+    if (!done)
         clearUndo();
     changed();
 }

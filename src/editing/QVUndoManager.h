@@ -113,6 +113,7 @@ private:
     int m_currentEntry = -1; ///< the newest that can be undone
     bool m_undoSet = false;  ///< from a recording until the next undo, redo or withdrawal
     bool m_okToGroup = false;
+    bool m_isExchanging = false; ///< what a view commits while it shows the outcome is not recorded, and so not made
     UndoID m_currentUndoID = kNewUndoID - 1;
     UndoID m_nextUndoID = 1;
 };

@@ -58,11 +58,16 @@ bool TreeEdits::record(UndoAction action, UndoName name, const std::shared_ptr<P
     return m_editor.recorder().setUndoAction(action, name, {.container = container, .photo = {}});
 }
 
+bool TreeEdits::canMoveInto(const std::shared_ptr<PIGroup> &item, const PIFolder &folder)
+{
+    return !isWithin(item, &folder);
+}
+
 bool TreeEdits::moveFolder(const std::shared_ptr<PIFolder> &folder, const std::shared_ptr<PIGroup> &toItem,
                            int childIndex)
 {
     const auto parent = folder->parent();
-    if (!parent || isWithin(toItem, folder.get())) // beneath itself it would be cut off from the library
+    if (!parent || !canMoveInto(toItem, *folder))
         return false;
     auto to = placeFor(m_editor.library(), toItem, childIndex);
     if (!to)

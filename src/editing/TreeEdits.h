@@ -14,6 +14,8 @@ public:
     /// place. Without an item it goes to the end of the group at `childIndex`, or of the last one. False when refused,
     /// as for a folder dropped onto itself or into what is beneath it.
     bool moveFolder(const std::shared_ptr<PIFolder> &folder, const std::shared_ptr<PIGroup> &toItem, int childIndex);
+    /// A folder cannot go into itself or anything beneath it: it would be cut off from the library.
+    [[nodiscard]] static bool canMoveInto(const std::shared_ptr<PIGroup> &item, const PIFolder &folder);
     /// Moves a group before the one at `childIndex`; to the end when there is none. False when refused.
     bool moveGroup(const std::shared_ptr<PIGroup> &group, int childIndex);
     /// Moves the group or folder so many places down (up below 0) among its neighbours; false at either end.

@@ -6,6 +6,8 @@
 inline const QString kSavingNotification = QStringLiteral("hmphoto.saving");
 /// About the PIPhoto that is now the current one; no object when there is none.
 inline const QString kSelectNotification = QStringLiteral("hmphoto.select");
+/// About a PIPhoto that is to be shown and selected, wherever in the library it is.
+inline const QString kForcePhotoNotification = QStringLiteral("hmphoto.forcePhoto");
 /// About a PIPhoto whose cell must be redrawn.
 inline const QString kRedrawNotification = QStringLiteral("hmphoto.redraw");
 /// About a PIPhoto whose picture must be redrawn.

@@ -38,12 +38,13 @@ std::optional<PIGroup::PhotoList> unarchive(const QByteArray &xml, const PhotoLi
         return std::nullopt;
     PIGroup::PhotoList photos;
     const bool whole = decoder->readChildren([&] {
+        const bool namesFile = !decoder->stringAttributeForTag(u"ref").isEmpty();
         const auto photo =
             decoder->key() == LibraryTag::Photo ? PIPhoto::fromArchive(*decoder, library.fileRefs()) : nullptr;
         if (!photo)
             return false;
         makeItsOwn(*photo, library.keywords());
-        if (photo->fileRef())
+        if (photo->fileRef() || !namesFile)
             photos.append(photo);
         return true;
     });

@@ -48,11 +48,16 @@ void makeHomeOfTrash()
 std::optional<QString> recycleOne(const QString &path)
 {
     QFile file(path);
+    const bool isThere = QFileInfo(path).isSymLink() || QFileInfo::exists(path);
+    if (!isThere)
+        return tr("The file is not there any more.");
     if (!file.moveToTrash())
-        return file.errorString();
+        return tr("There is no trash that could take it: %1").arg(file.errorString());
     const QString taken = file.fileName();
     if (isInTrash(taken))
         return std::nullopt;
+    QFile::remove(QFileInfo(taken).dir().filePath(QStringLiteral("../info/") + QFileInfo(taken).fileName() +
+                                                  QStringLiteral(".trashinfo")));
     QString reason;
     if (!FileWriter::renameNoReplace(taken, path, &reason))
         return tr("It was moved to “%1” and could not be moved back: %2").arg(taken, reason);

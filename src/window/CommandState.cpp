@@ -34,9 +34,9 @@ bool CommandState::isEnabled(EnabledWhen when) const
     case EnabledWhen::ItemCanBeRenamed:
         return canRenameItem;
     case EnabledWhen::CanDelete:
-        return focus == Focus::Outline ? isItemSelected && !isImporting : photosAreSelected;
+        return isItemMeant ? isItemSelected && !isImporting : photosAreSelected;
     case EnabledWhen::CanMoveToFolder:
-        return focus == Focus::Outline ? isItemFolder && !isImporting : photosAreSelected;
+        return isItemMeant ? isItemFolder && !isImporting : photosAreSelected;
     case EnabledWhen::CanMoveUp:
         return canMoveUp;
     case EnabledWhen::CanMoveDown:
@@ -55,7 +55,7 @@ bool CommandState::isEnabled(EnabledWhen when) const
 
 QString CommandState::deleteTitle() const
 {
-    if (focus != Focus::Outline)
+    if (!isItemMeant)
         return tr("Delete Photo");
     return isItemFolder || !isItemSelected ? tr("Delete Folder") : tr("Delete Group");
 }

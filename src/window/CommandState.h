@@ -7,8 +7,6 @@
 /// What decides which commands are enabled and what they are called, as it is at one moment.
 struct CommandState
 {
-    enum class Focus { Elsewhere, Outline };
-
     int selectedPhotos = 0;
     bool isFolderShown = false;
     bool isDirty = false;
@@ -20,11 +18,11 @@ struct CommandState
     bool canGoForward = false;
     bool hasRoomForLargerTiles = false;
     bool hasRoomForSmallerTiles = false;
-    Focus focus = Focus::Elsewhere; ///< in the navigator the selected item is meant, else the selected photos
+    bool isItemMeant = false; ///< the item selected in the navigator, else photos
     bool isItemSelected = false;
     bool isItemFolder = false;
     bool canRenameItem = false;
-    bool canMoveUp = false; ///< what the focus means
+    bool canMoveUp = false; ///< what is meant
     bool canMoveDown = false;
 
     [[nodiscard]] bool isEnabled(EnabledWhen when) const;

@@ -2,6 +2,7 @@
 
 #include "NavigatorDrop.h"
 #include "PIGroup.h"
+#include "PhotoEdits.h"
 
 #include <QString>
 #include <QStringList>
@@ -18,7 +19,7 @@ class QMimeData;
 /// as well, for other programs to copy.
 namespace DragData {
 
-enum class Transfer { Move, Copy };
+using Transfer = PhotoEdits::Transfer;
 
 [[nodiscard]] std::unique_ptr<QMimeData> forItem(const std::shared_ptr<PIGroup> &item);
 /// `Copy` lets the drop copy the photos to another folder; a move is the rule.

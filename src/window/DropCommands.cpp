@@ -24,8 +24,7 @@ void DropCommands::dropOnNavigator(const QDropEvent &event, const NavigatorDrop 
         dropFiles(DragData::files(data), place.item);
     } else if (kind == Kind::Photos) {
         const auto shown = m_editor.view().shownFolder();
-        const auto transfer = DragData::transfer(event) == DragData::Transfer::Copy ? PhotoEdits::Transfer::Copy
-                                                                                    : PhotoEdits::Transfer::Move;
+        const auto transfer = DragData::transfer(event);
         if (shown && (transfer == PhotoEdits::Transfer::Copy || place.item != std::static_pointer_cast<PIGroup>(shown)))
             static_cast<void>(m_photoEdits.copyPhotos(DragData::photos(data, *shown), place.item, transfer));
     } else if (const auto item = DragData::item(data, m_editor.library())) {
@@ -37,20 +36,17 @@ void DropCommands::dropOnNavigator(const QDropEvent &event, const NavigatorDrop 
     }
 }
 
-/// A group takes files into its last folder.
+/// A group takes files into its last folder. One that has none is selected, and gets one if there is need.
 void DropCommands::dropFiles(const QStringList &paths, const std::shared_ptr<PIGroup> &item)
 {
-    if (!item || item->asFolder()) {
-        m_openFiles(paths, std::static_pointer_cast<PIFolder>(item), kNotFound, UndoName::AddPhoto);
-        return;
-    }
-    UndoName undoName = UndoName::AddPhoto;
-    if (item->folders().isEmpty()) {
-        if (!m_editor.recorder().setUndoAction(UndoAction::FolderList, undoName, {.container = item, .photo = {}}))
-            return;
-        undoName = UndoName::AlreadyRecorded;
-    }
-    m_openFiles(paths, item->lastFolder(), kNotFound, undoName);
+    std::shared_ptr<PIFolder> folder;
+    if (item && item->asFolder())
+        folder = std::static_pointer_cast<PIFolder>(item);
+    else if (item && !item->folders().isEmpty())
+        folder = item->lastFolder();
+    else if (item)
+        m_editor.view().resetList(item);
+    m_openFiles(paths, folder, kNotFound, UndoName::AddPhoto);
 }
 
 void DropCommands::dropOnGrid(const QDropEvent &event, int before)

@@ -4,6 +4,7 @@
 #include "NavigatorModel.h"
 #include "PIFolder.h"
 #include "TextForPeople.h"
+#include "TreeEdits.h"
 
 #include <QBoxLayout>
 #include <QDialogButtonBox>
@@ -24,21 +25,10 @@ FolderChooser::FolderChooser(LibraryEditor &editor, int photoCount, QWidget *par
           editor.view().shownFolder());
 }
 
-namespace {
-
-bool isWithin(std::shared_ptr<PIGroup> item, const std::shared_ptr<PIGroup> &outer)
-{
-    while (item && item != outer)
-        item = item->asFolder() ? item->asFolder()->parent() : nullptr;
-    return item != nullptr;
-}
-
-}
-
 FolderChooser::FolderChooser(LibraryEditor &editor, const std::shared_ptr<PIFolder> &folder, QWidget *parent)
     : QDialog(parent)
     , m_canTake([folder](const std::shared_ptr<PIGroup> &item) {
-        return item != folder->parent() && !isWithin(item, folder);
+        return item != folder->parent() && TreeEdits::canMoveInto(item, *folder);
     })
     , m_model(new NavigatorModel(editor.library(), editor, this))
     , m_tree(new QTreeView(this))

@@ -2,9 +2,11 @@
 
 #include "Icons.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QTextEdit>
 
@@ -19,20 +21,37 @@ QString toolTipWithShortcut(const CommandInfo &info)
     return QStringLiteral("%1 (%2)").arg(text, shortcuts.first().toString(QKeySequence::NativeText));
 }
 
+QWidget *focusedTextField()
+{
+    QWidget *focus = QApplication::focusWidget();
+    const bool isText =
+        qobject_cast<QLineEdit *>(focus) || qobject_cast<QPlainTextEdit *>(focus) || qobject_cast<QTextEdit *>(focus);
+    return isText ? focus : nullptr;
 }
-
-namespace {
 
 /// In a text field the commands of the clipboard mean the text, also when they are chosen from the menu.
 bool isTakenByTextField(Command command)
 {
     static const QHash<Command, const char *> textSlots{
         {Command::Cut, "cut"}, {Command::Copy, "copy"}, {Command::Paste, "paste"}, {Command::SelectAll, "selectAll"}};
-    QWidget *focus = QApplication::focusWidget();
+    QWidget *field = focusedTextField();
     const char *slot = textSlots.value(command);
-    const bool isText =
-        qobject_cast<QLineEdit *>(focus) || qobject_cast<QPlainTextEdit *>(focus) || qobject_cast<QTextEdit *>(focus);
-    return slot && isText && QMetaObject::invokeMethod(focus, slot);
+    return slot && field && QMetaObject::invokeMethod(field, slot);
+}
+
+/// Commands find what was typed taken. Leaving a field is what takes it.
+void endTextEditing()
+{
+    const QPointer<QWidget> field = focusedTextField();
+    if (!field)
+        return;
+    QWidget *viewport = field->parentWidget();
+    auto *view = viewport ? qobject_cast<QAbstractItemView *>(viewport->parentWidget()) : nullptr;
+    field->clearFocus();
+    if (view) // whose editor it was
+        view->setFocus();
+    else if (field && field->isVisible())
+        field->setFocus();
 }
 
 }
@@ -56,8 +75,10 @@ LibraryActions::LibraryActions(QWidget &window)
 void LibraryActions::bind(Command command, std::function<void(bool)> perform)
 {
     connect(action(command), &QAction::triggered, this, [command, perform = std::move(perform)](bool checked) {
-        if (!isTakenByTextField(command))
-            perform(checked);
+        if (isTakenByTextField(command))
+            return;
+        endTextEditing();
+        perform(checked);
     });
 }
 
@@ -73,14 +94,29 @@ void LibraryActions::setChecked(Command command, bool checked)
 
 void LibraryActions::addContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands)
 {
-    widget.setContextMenuPolicy(Qt::ActionsContextMenu);
+    widget.setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(&widget, &QWidget::customContextMenuRequested, this, [this, &widget, commands](const QPoint &position) {
+        const auto *area = qobject_cast<QAbstractScrollArea *>(&widget);
+        showContextMenu(widget, commands, (area ? area->viewport() : &widget)->mapToGlobal(position));
+    });
+}
+
+void LibraryActions::showContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands, QPoint position)
+{
+    QMenu menu(&widget);
     for (const auto &command : commands) {
-        if (command) {
-            widget.addAction(action(*command));
-        } else {
-            auto *separator = new QAction(&widget);
-            separator->setSeparator(true);
-            widget.addAction(separator);
-        }
+        if (command)
+            menu.addAction(action(*command));
+        else
+            menu.addSeparator();
     }
+    setContextMenuWidget(&widget);
+    menu.exec(position); // the chosen command is performed before it returns
+    setContextMenuWidget(nullptr);
+}
+
+void LibraryActions::setContextMenuWidget(QWidget *widget)
+{
+    m_contextMenuWidget = widget;
+    Q_EMIT contextChanged();
 }

@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 #include <optional>
@@ -27,7 +28,17 @@ public:
     void setChecked(Command command, bool checked);
     /// Gives the widget a context menu of these commands; nothing stands for a separator.
     void addContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands);
+    /// The widget whose context menu is open: its commands mean what it shows. Null when there is none.
+    [[nodiscard]] const QWidget *contextMenuWidget() const { return m_contextMenuWidget; }
+
+Q_SIGNALS:
+    /// What commands mean may be something else from now on.
+    void contextChanged();
 
 private:
+    void showContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands, QPoint position);
+    void setContextMenuWidget(QWidget *widget);
+
+    QPointer<QWidget> m_contextMenuWidget;
     QHash<Command, QAction *> m_actions;
 };

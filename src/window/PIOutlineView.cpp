@@ -47,6 +47,7 @@ std::shared_ptr<PIGroup> PIOutlineView::selectedItem() const
 
 void PIOutlineView::resetList(const std::shared_ptr<PIGroup> &item)
 {
+    commitEditing();
     const std::shared_ptr<PIGroup> kept = item ? item : selectedItem();
     m_rebuilding = true;
     setUpdatesEnabled(false);
@@ -80,9 +81,26 @@ void PIOutlineView::editName(const std::shared_ptr<PIGroup> &item)
     edit(index);
 }
 
+/// Those that were closed live on for a moment.
+QLineEdit *PIOutlineView::openEditor() const
+{
+    const auto editors = viewport()->findChildren<QLineEdit *>();
+    const auto open =
+        std::find_if(editors.cbegin(), editors.cend(), [](const auto *each) { return !each->isHidden(); });
+    return open == editors.cend() ? nullptr : *open;
+}
+
+void PIOutlineView::commitEditing()
+{
+    if (auto *editor = openEditor()) {
+        commitData(editor);
+        closeEditor(editor, QAbstractItemDelegate::NoHint);
+    }
+}
+
 void PIOutlineView::abortEditing()
 {
-    if (auto *editor = viewport()->findChild<QLineEdit *>())
+    if (auto *editor = openEditor())
         closeEditor(editor, QAbstractItemDelegate::NoHint);
 }
 

@@ -9,6 +9,7 @@
 
 class NavigatorModel;
 class PIGroup;
+class QLineEdit;
 
 /// The navigator: groups as section rows, folders beneath them. What is open and closed is kept in the library.
 class PIOutlineView final : public QTreeView
@@ -22,6 +23,8 @@ public:
     /// Rebuilds the rows, opens and closes them as the library says, and selects and centres `item` when given.
     void resetList(const std::shared_ptr<PIGroup> &item);
     void selectAndCenter(const std::shared_ptr<PIGroup> &item);
+    /// Takes the name that is being edited as it stands.
+    void commitEditing();
     /// Starts editing the item's name.
     void editName(const std::shared_ptr<PIGroup> &item);
     /// Ends editing; the item keeps the name it had.
@@ -43,6 +46,7 @@ protected:
     void dropEvent(QDropEvent *event) override;
 
 private:
+    [[nodiscard]] QLineEdit *openEditor() const;
     void applyClosedFlags(const QModelIndex &parent);
     void noteClosed(const QModelIndex &index, bool closed);
     [[nodiscard]] NavigatorDrop placeFor(const QDropEvent &event) const;

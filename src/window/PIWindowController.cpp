@@ -1,7 +1,7 @@
 #include "PIWindowController.h"
 
 #include "CommandState.h"
-#include "DropCommands.h"
+#include "EditCommands.h"
 #include "FileFinder.h"
 #include "GiveAlert.h"
 #include "Housekeeping.h"
@@ -10,18 +10,16 @@
 #include "LibraryActions.h"
 #include "LibraryNotifications.h"
 #include "LibraryWindow.h"
-#include "NavigatorCommands.h"
 #include "NavigatorModel.h"
 #include "NavigatorPane.h"
 #include "PIDetailController.h"
 #include "PIFolder.h"
 #include "PIOutlineView.h"
 #include "PaneSplitter.h"
-#include "PhotoCommands.h"
 #include "PhotoLibrary.h"
-#include "PhotoView.h"
 #include "StringUtilities.h"
 #include "TextForPeople.h"
+#include "ThumbnailGridModel.h"
 #include "ThumbnailGridView.h"
 #include "UserDefaults.h"
 #include "UserPaths.h"
@@ -29,6 +27,7 @@
 #include "WindowPreferences.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QLabel>
@@ -82,16 +81,15 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_summary(new QLabel(m_window.get()))
     , m_importRunner(new ImportRunner(m_editor, *m_window))
     , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
-    , m_photoCommands(new PhotoCommands(
-          m_editor, m_undoManager, *m_thumbnailView, [this] { return currentPhoto(); }, *m_window))
-    , m_navigatorCommands(new NavigatorCommands(m_editor, *m_window))
+    , m_editCommands(new EditCommands(m_editor, m_undoManager, *m_actions,
+                                      {*m_outline, *m_thumbnailView, *m_detailController}, *m_window))
+    , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
+                               UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
 {
     buildPanes();
     bindCommands();
-    bindEditCommands();
     bindViewCommands(*m_actions, *m_thumbnailView, defaults);
     observe();
-    observeDrops();
     QTimer::singleShot(0, m_paneSplitter, &PaneSplitter::setInitialSplit);
     photoWasSelected();
     enableCommands();
@@ -107,28 +105,12 @@ PIWindowController::~PIWindowController()
 
 void PIWindowController::buildPanes()
 {
-    addContextMenus();
     m_window->setCentralWidget(m_paneSplitter);
     m_summary->setContentsMargins(0, 0, 6, 0); // clear of the screen's edge
     m_window->statusBar()->addPermanentWidget(m_summary);
     m_window->statusBar()->setSizeGripEnabled(false);
     m_window->setMinimumSize(700, 420);
     m_window->setShouldClose([this] { return windowShouldClose(); });
-}
-
-void PIWindowController::addContextMenus()
-{
-    m_actions->addContextMenu(*m_outline, {Command::NewFolder, Command::NewGroup, Command::AddFolder, std::nullopt,
-                                           Command::Rename, Command::MoveToFolder, Command::MoveUp, Command::MoveDown,
-                                           std::nullopt, Command::Paste, std::nullopt, Command::Delete});
-    const QList<std::optional<Command>> photoCommands = {
-        Command::ToggleMark,   Command::ClearCrop,     std::nullopt,  Command::Reveal, Command::EditImage,
-        std::nullopt,          Command::Cut,           Command::Copy, Command::Paste,  std::nullopt,
-        Command::MoveToFolder, Command::ExtractFolder, std::nullopt,  Command::Delete, Command::Trash};
-    m_actions->addContextMenu(*m_thumbnailView,
-                              photoCommands + QList<std::optional<Command>>{std::nullopt, Command::SelectAll,
-                                                                            Command::AddFiles, Command::AddFolder});
-    m_actions->addContextMenu(m_detailController->photoView(), photoCommands);
 }
 
 void PIWindowController::bindCommands()
@@ -153,33 +135,6 @@ void PIWindowController::bindCommands()
     });
 }
 
-void PIWindowController::bindEditCommands()
-{
-    m_photoCommands->bind(*m_actions);
-    m_actions->bind(Command::Undo, [this](bool) { m_undoManager.undo(); });
-    m_actions->bind(Command::Redo, [this](bool) { m_undoManager.redo(); });
-    m_actions->bind(Command::Delete, [this](bool) {
-        if (m_outline->hasFocus())
-            m_navigatorCommands->deleteItem();
-        else
-            m_photoCommands->deletePhotos();
-    });
-    const auto moveBy = [this](int places) {
-        if (m_outline->hasFocus())
-            m_navigatorCommands->moveBy(places);
-        else
-            m_photoCommands->moveBy(places);
-    };
-    m_actions->bind(Command::MoveToFolder, [this](bool) {
-        if (m_outline->hasFocus())
-            m_navigatorCommands->moveToFolder();
-        else
-            m_photoCommands->moveToFolder();
-    });
-    m_actions->bind(Command::MoveUp, [moveBy](bool) { moveBy(-1); });
-    m_actions->bind(Command::MoveDown, [moveBy](bool) { moveBy(1); });
-}
-
 void PIWindowController::observe()
 {
     connect(m_outline, &PIOutlineView::selectedItemChanged, this, &PIWindowController::outlineViewSelectionDidChange);
@@ -195,8 +150,14 @@ void PIWindowController::observe()
     connect(m_window.get(), &LibraryWindow::fullScreenChanged, this,
             [this](bool on) { m_actions->setChecked(Command::FullScreen, on); });
     connect(m_importRunner, &ImportRunner::runningChanged, this, &PIWindowController::enableCommands);
-    connect(m_photoCommands, &PhotoCommands::canPasteChanged, this, &PIWindowController::enableCommands);
-    connect(m_photoCommands, &PhotoCommands::folderMade, this,
+    connect(m_outline, &PIOutlineView::dropped, this,
+            [this](const QDropEvent &event, const NavigatorDrop &place) { m_drops.dropOnNavigator(event, place); });
+    connect(m_thumbnailView, &ThumbnailGridView::dropped, this,
+            [this](const QDropEvent &event, int before) { m_drops.dropOnGrid(event, before); });
+    connect(m_window.get(), &LibraryWindow::filesDropped, this,
+            [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
+    connect(m_editCommands, &EditCommands::changed, this, &PIWindowController::enableCommands);
+    connect(m_editCommands, &EditCommands::folderMade, this,
             [this](const std::shared_ptr<PIFolder> &folder) { m_outline->editName(folder); });
     // What the commands mean depends on which pane has the focus.
     connect(qApp, &QApplication::focusChanged, this, &PIWindowController::enableCommands);
@@ -211,6 +172,10 @@ void PIWindowController::observe()
     m_undoManager.setChangeListener([this] { enableCommands(); });
     NotificationCenter &center = m_library.notifications();
     m_selectObserver = center.observe(kSelectNotification, [this](const NotificationObject &) { photoWasSelected(); });
+    m_forcePhotoObserver = center.observe(kForcePhotoNotification, [this](const NotificationObject &object) {
+        if (const auto *photo = object.as<PIPhoto>())
+            forcePhotoSelected(*photo);
+    });
     const auto retitle = [this](const NotificationObject &photo) {
         if (photo.isSameAs(m_detailController->photo()))
             photoWasSelected();
@@ -219,17 +184,14 @@ void PIWindowController::observe()
     m_thumbnailObserver = center.observe(kThumbnailNotification, retitle);
 }
 
-void PIWindowController::observeDrops()
+void PIWindowController::forcePhotoSelected(const PIPhoto &photo)
 {
-    const auto add = [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
-                            UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); };
-    const auto drops = std::make_shared<DropCommands>(m_editor, add);
-    connect(m_outline, &PIOutlineView::dropped, this,
-            [drops](const QDropEvent &event, const NavigatorDrop &place) { drops->dropOnNavigator(event, place); });
-    connect(m_thumbnailView, &ThumbnailGridView::dropped, this,
-            [drops](const QDropEvent &event, int before) { drops->dropOnGrid(event, before); });
-    connect(m_window.get(), &LibraryWindow::filesDropped, this,
-            [add](const QStringList &paths) { add(paths, nullptr, kNotFound, UndoName::AddPhoto); });
+    const auto folder = m_library.folderForPhoto(photo);
+    if (!folder)
+        return;
+    folder->enforceVisibility();
+    resetList(folder);
+    selectIndexes(IndexSet::single(rowOfSame(photo, folder->photos())));
 }
 
 void PIWindowController::showWindow(bool zoomed)
@@ -264,36 +226,6 @@ bool PIWindowController::SaveLibrary()
         return false;
     m_undoManager.clearUndo();
     return true;
-}
-
-bool PIWindowController::windowShouldClose()
-{
-    if (isImporting() || m_photoCommands->isBusy()) {
-        m_importRunner->cancelAll();
-        constexpr int kLookAgain = 50; // milliseconds
-        QTimer::singleShot(kLookAgain, m_window.get(), &QWidget::close);
-        return false;
-    }
-    m_thumbnailView->setFocus(); // ends text editing elsewhere, which may change the library
-    m_library.fileFinder().save();
-    m_defaults.setData(QLatin1String(WindowPreferences::kGeometry), m_window->saveGeometry());
-    if (!m_library.isDirty())
-        return true;
-
-    const int answer = GiveAlert(tr("Do you want to save the changes you made to the photo library?"),
-                                 tr("Your changes will be lost if you don't save them."),
-                                 {tr("Save"), tr("Cancel"), tr("Don't Save")}, /*escapeButton=*/1);
-    if (answer == 1)
-        return false;
-    if (answer == 2) {
-        m_library.setDirty(false);
-        return true;
-    }
-    if (SaveLibrary())
-        return true;
-    GiveAlert(tr("Save failed."), tr("I can't save the photo library. Your changes will be lost if you quit. Please "
-                                     "check that your hard disk is not full."));
-    return false;
 }
 
 bool PIWindowController::openFiles(const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
@@ -439,9 +371,7 @@ void PIWindowController::newFolder()
 void PIWindowController::saveDocument()
 {
     m_library.fileFinder().save(); // a crash after it costs nothing: files that the library does not name are let go
-    if (!SaveLibrary())
-        GiveAlert(tr("Save failed."), tr("I can't save the photo library. Your changes will be lost if you quit. "
-                                         "Please check that your hard disk is not full."));
+    static_cast<void>(saveOrTell());
     m_window->setWindowModified(m_library.isDirty());
 }
 
@@ -499,42 +429,19 @@ void PIWindowController::photoWasSelected()
     m_window->setWindowTitle(title + QStringLiteral("[*]"));
 }
 
-CommandState PIWindowController::commandState() const
-{
-    const auto item = selectedItem();
-    const bool isOutline = m_outline->hasFocus();
-    const auto canMoveBy = [&](int places) {
-        return isOutline ? m_navigatorCommands->canMoveBy(places) : m_photoCommands->canMoveBy(places);
-    };
-    return {
-        .selectedPhotos = static_cast<int>(selectedIndexes().count()),
-        .isFolderShown = shownFolder() != nullptr,
-        .isDirty = m_library.isDirty(),
-        .isImporting = isImporting(),
-        .canPaste = m_photoCommands->canPaste(),
-        .canUndo = m_undoManager.isUndoAvailable(),
-        .canRedo = m_undoManager.isRedoAvailable(),
-        .canGoBack = m_history.canGoBack(),
-        .canGoForward = m_history.canGoForward(),
-        .hasRoomForLargerTiles = m_thumbnailView->canAddColumns(-1),
-        .hasRoomForSmallerTiles = m_thumbnailView->canAddColumns(1),
-        .focus = isOutline ? CommandState::Focus::Outline : CommandState::Focus::Elsewhere,
-        .isItemSelected = item != nullptr,
-        .isItemFolder = item && item->asFolder(),
-        .canRenameItem = item && LibraryEditor::canRename(*item),
-        .canMoveUp = canMoveBy(-1),
-        .canMoveDown = canMoveBy(1),
-    };
-}
-
 void PIWindowController::enableCommands()
 {
-    const CommandState state = commandState();
+    CommandState state;
+    m_editCommands->describe(state);
+    state.isDirty = m_library.isDirty();
+    state.isImporting = isImporting();
+    state.canGoBack = m_history.canGoBack();
+    state.canGoForward = m_history.canGoForward();
+    state.hasRoomForLargerTiles = m_thumbnailView->canAddColumns(-1);
+    state.hasRoomForSmallerTiles = m_thumbnailView->canAddColumns(1);
     for (const CommandInfo &info : commandTable())
         m_actions->setEnabled(info.command, state.isEnabled(info.enabledWhen));
-    m_actions->action(Command::Delete)->setText(state.deleteTitle());
-    m_actions->action(Command::Undo)->setText(m_undoManager.validateState(UndoDirection::Undo).title);
-    m_actions->action(Command::Redo)->setText(m_undoManager.validateState(UndoDirection::Redo).title);
+    m_editCommands->showTitles(state);
 }
 
 void PIWindowController::showSummary()

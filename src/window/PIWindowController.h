@@ -1,6 +1,6 @@
 #pragma once
 
-#include "CommandState.h"
+#include "DropCommands.h"
 #include "FolderHistory.h"
 #include "LibraryEditor.h"
 #include "LibraryFile.h"
@@ -15,16 +15,15 @@
 #include <functional>
 #include <memory>
 
+class EditCommands;
 class Housekeeping;
 class ImportRunner;
 class LibraryActions;
 class LibraryWindow;
-class NavigatorCommands;
 class NavigatorModel;
 class PIDetailController;
 class PIOutlineView;
 class PaneSplitter;
-class PhotoCommands;
 class QLabel;
 class ThumbnailGridView;
 class UserDefaults;
@@ -56,6 +55,12 @@ public:
     [[nodiscard]] bool SaveLibrary();
     /// Whether the window may close: asks about unsaved changes and saves when told to.
     [[nodiscard]] bool windowShouldClose();
+    enum class IfImporting { Ask, Stop };
+    /// Ends a running import and waits a while for files on their way to the trash. False when the user, asked, would
+    /// rather go on importing.
+    [[nodiscard]] bool finishWork(IfImporting ifImporting);
+    /// The program goes on although it was to end: changes that the user then did not want to save are unsaved again.
+    void keepDiscardedChanges();
 
     using ImportFinished = PhotoImport::Finished;
     /// Brings files and folders into the library in the background. Folders become folders of `toFolder`, loose files
@@ -96,17 +101,15 @@ Q_SIGNALS:
 private:
     void buildPanes();
     void bindCommands();
-    void bindEditCommands();
-    void addContextMenus();
     void observe();
-    void observeDrops();
 
     void outlineViewSelectionDidChange();
     void gridSelectionDidChange();
     void windowDidResignKey();
+    [[nodiscard]] bool saveOrTell();
     void navigateFolders(const std::shared_ptr<PIFolder> &target);
     void photoWasSelected();
-    [[nodiscard]] CommandState commandState() const;
+    void forcePhotoSelected(const PIPhoto &photo);
     void enableCommands();
     void showSummary();
     void toggleDetail(bool shown);
@@ -128,11 +131,13 @@ private:
     QLabel *m_summary;
     ImportRunner *m_importRunner;
     Housekeeping *m_housekeeping;
-    PhotoCommands *m_photoCommands;
-    NavigatorCommands *m_navigatorCommands;
+    EditCommands *m_editCommands;
+    DropCommands m_drops;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;
+    bool m_hasDiscardedChanges = false;
     NotificationCenter::Observer m_selectObserver;
+    NotificationCenter::Observer m_forcePhotoObserver;
     NotificationCenter::Observer m_redrawObserver;    ///< the file may have another name
     NotificationCenter::Observer m_thumbnailObserver; ///< the file may have been found elsewhere
 };

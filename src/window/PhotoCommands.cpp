@@ -1,8 +1,10 @@
 #include "PhotoCommands.h"
 
+#include "FileDates.h"
 #include "FileViewer.h"
 #include "FolderChooser.h"
 #include "GiveAlert.h"
+#include "InBackground.h"
 #include "Isaac.h"
 #include "LibraryActions.h"
 #include "LibraryNotifications.h"
@@ -27,6 +29,7 @@ PhotoCommands::PhotoCommands(LibraryEditor &editor, QVUndoManager &undo, Thumbna
     , m_edits(editor)
     , m_trash(editor, undo, std::make_shared<DesktopTrash>())
     , m_pasteboard(new PhotoPasteboard(editor.library(), this))
+    , m_dates(QStringLiteral("hmphoto.dates"), 1, DispatchQueue::AtEnd::LeaveBehind)
 {
     connect(m_pasteboard, &PhotoPasteboard::canPasteChanged, this, &PhotoCommands::canPasteChanged);
 }
@@ -42,14 +45,13 @@ void PhotoCommands::bind(LibraryActions &actions)
     bindTo(Command::Cut, [](Self &self) { self.cut(); });
     bindTo(Command::Copy, [](Self &self) { self.copy(); });
     bindTo(Command::Paste, [](Self &self) { self.paste(); });
-    bindTo(Command::Trash, [](Self &self) { self.trash(); });
     bindTo(Command::SelectMarked, [](Self &self) { self.selectMarked(); });
     bindTo(Command::ToggleMark, [](Self &self) { static_cast<void>(self.m_edits.toggleMark()); });
     bindTo(Command::ExtractFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Move); });
     bindTo(Command::CopyToNewFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Copy); });
     bindTo(Command::ClearCrop, [](Self &self) { self.clearCrop(); });
     bindTo(Command::SortByName, [](Self &self) { self.sortFolder(PhotoEdits::Order::Name); });
-    bindTo(Command::SortByDate, [](Self &self) { self.sortFolder(PhotoEdits::Order::Date); });
+    bindTo(Command::SortByDate, [](Self &self) { self.sortByDate(); });
     bindTo(Command::SortAtRandom, [](Self &self) { self.sortFolder(PhotoEdits::Order::Random); });
     bindTo(Command::Reveal, [](Self &self) { self.reveal(); });
     bindTo(Command::EditImage, [](Self &self) { self.editImage(); });
@@ -81,7 +83,7 @@ void PhotoCommands::copy()
 void PhotoCommands::cut()
 {
     copy();
-    deletePhotos();
+    deletePhotos(m_edits.selectedPhotos());
 }
 
 void PhotoCommands::paste()
@@ -91,14 +93,14 @@ void PhotoCommands::paste()
         Beep();
 }
 
-void PhotoCommands::deletePhotos()
+void PhotoCommands::deletePhotos(const PIGroup::PhotoList &photos)
 {
-    static_cast<void>(m_edits.deletePhotos(m_edits.selectedPhotos()));
+    static_cast<void>(m_edits.deletePhotos(photos));
 }
 
-void PhotoCommands::trash()
+void PhotoCommands::trash(const PIGroup::PhotoList &among)
 {
-    const PIGroup::PhotoList photos = PhotoTrash::trashable(m_edits.selectedPhotos());
+    const PIGroup::PhotoList photos = PhotoTrash::trashable(among);
     if (photos.isEmpty()) {
         Beep();
         return;
@@ -133,12 +135,53 @@ void PhotoCommands::clearCrop()
         Beep();
 }
 
+namespace {
+
+quint32 secondsOfThisMillennium()
+{
+    constexpr qint64 kStartOf2001 = 978307200;
+    return static_cast<quint32>(QDateTime::currentSecsSinceEpoch() - kStartOf2001);
+}
+
+}
+
 void PhotoCommands::sortFolder(PhotoEdits::Order order)
 {
     if (order == PhotoEdits::Order::Random && !m_random)
-        m_random =
-            std::make_unique<Isaac>(Isaac::startedWith(static_cast<quint32>(QDateTime::currentSecsSinceEpoch())));
+        m_random = std::make_unique<Isaac>(Isaac::startedWith(secondsOfThisMillennium()));
     static_cast<void>(m_edits.sortFolder(order, [this] { return m_random->next(); }));
+}
+
+/// The files are asked for their dates in the background; one that does not answer holds nothing else up.
+void PhotoCommands::sortByDate()
+{
+    const auto folder = m_grid.folder();
+    if (!folder)
+        return;
+    QStringList paths;
+    for (const auto &photo : std::as_const(*folder).photos()) {
+        if (!photo->isFileLost())
+            paths.append(photo->fileRef()->path());
+    }
+    inBackground(
+        m_dates, this,
+        [paths] {
+            QHash<QString, qint64> dates;
+            for (const QString &path : paths)
+                dates.insert(path, FileDates::dateOf(path).value_or(0));
+            return dates;
+        },
+        [this, asked = std::weak_ptr<PIFolder>(folder)](const QHash<QString, qint64> &dates) {
+            const auto shown = m_grid.folder();
+            if (!shown || shown != asked.lock())
+                return;
+            for (const auto &photo : std::as_const(*shown).photos()) {
+                const qint64 date = photo->fileRef() ? dates.value(photo->fileRef()->path()) : 0;
+                if (date > 0)
+                    photo->fileRef()->setCreationTime(static_cast<double>(date));
+            }
+            sortFolder(PhotoEdits::Order::Date);
+        });
 }
 
 void PhotoCommands::extractFolder(PhotoEdits::Transfer transfer)

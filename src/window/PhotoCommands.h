@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DispatchQueue.h"
 #include "PhotoEdits.h"
 #include "PhotoTrash.h"
 
@@ -42,8 +43,10 @@ public:
     void copy();
     void cut();
     void paste();
-    void deletePhotos();
-    void trash();
+    /// Removes the photos from the folder on show.
+    void deletePhotos(const PIGroup::PhotoList &photos);
+    /// Asks, and moves to the trash the files of those photos that have one.
+    void trash(const PIGroup::PhotoList &among);
     void moveBy(int places);
     void moveToFolder();
 
@@ -56,6 +59,7 @@ private:
     void selectMarked();
     void clearCrop();
     void sortFolder(PhotoEdits::Order order);
+    void sortByDate();
     void extractFolder(PhotoEdits::Transfer transfer);
     void reveal();
     void editImage();
@@ -70,4 +74,5 @@ private:
     PhotoTrash m_trash;
     PhotoPasteboard *m_pasteboard;
     std::unique_ptr<Isaac> m_random; ///< seeded when first needed
+    DispatchQueue m_dates;           ///< reads files' dates; last: its blocks end first
 };

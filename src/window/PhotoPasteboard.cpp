@@ -58,7 +58,7 @@ void PhotoPasteboard::copy(const PIGroup::PhotoList &photos)
 void PhotoPasteboard::addPictures(const Pictures &pictures)
 {
     QClipboard *clipboard = QGuiApplication::clipboard();
-    const QMimeData *present = clipboard->ownsClipboard() ? clipboard->mimeData() : nullptr;
+    const QMimeData *present = clipboard->mimeData();
     if (!present || present->data(kCopyPhotoType) != m_copied || pictures.png.isEmpty())
         return;
     auto data = std::make_unique<QMimeData>();

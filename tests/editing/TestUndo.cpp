@@ -10,6 +10,23 @@ class TestUndo : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void nothingIsRecordedWhileAnEntryIsExchanged()
+    {
+        UndoHouse house;
+        house.view.resetList(house.a);
+        QVERIFY(house.undoable.rename(house.a, QStringLiteral("A2")));
+        bool refused = false;
+        house.view.selected = [&](const IndexSet &) { // as a view that takes what is being typed
+            refused = !house.undoable.rename(house.b, QStringLiteral("B2"));
+        };
+        house.manager.undo();
+        QVERIFY(refused);
+        QCOMPARE(house.a->name(), QStringLiteral("A"));
+        house.view.selected = {};
+        house.manager.redo();
+        QCOMPARE(house.a->name(), QStringLiteral("A2"));
+    }
+
     void changesOfOneThingInARowAreOneStep_data()
     {
         QTest::addColumn<int>("action");

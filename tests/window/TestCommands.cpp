@@ -1,15 +1,20 @@
 #include "TestRunner.h"
 #include "WindowDesk.h"
 
+#include "FileDates.h"
 #include "LibraryFile.h"
+#include "LibraryNotifications.h"
 #include "PIDetailController.h"
 #include "PIFolder.h"
+#include "PhotoView.h"
 #include "ThumbnailGridView.h"
 
+#include <QApplication>
 #include <QClipboard>
-#include <QGuiApplication>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -115,6 +120,73 @@ private Q_SLOTS:
         QCOMPARE(shown().baseName(), QStringLiteral("3"));
         desk.trigger(Command::NextPhoto);
         QCOMPARE(shown().baseName(), QStringLiteral("1"));
+    }
+
+    void aNameBeingTypedIsTakenBeforeACommand()
+    {
+        PhotoDesk desk(1);
+        desk.trigger(Command::NewFolder);
+        const auto first = desk.folder->folders().last();
+        auto *editor = desk.outline().findChild<QLineEdit *>();
+        QVERIFY(editor);
+        QTest::keyClicks(editor, QStringLiteral("Summer"));
+        desk.trigger(Command::NewFolder);
+        QCOMPARE(first->name(), QStringLiteral("Summer"));
+
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        editor = desk.outline().viewport()->findChild<QLineEdit *>();
+        QVERIFY(editor);
+        QTest::keyClicks(editor, QStringLiteral("Winter"));
+        desk.trigger(Command::Undo);
+        QVERIFY(desk.action(Command::Redo).text().endsWith(QStringLiteral("Rename Folder")));
+        QCOMPARE(first->name(), QStringLiteral("Summer"));
+    }
+
+    void aContextMenuMeansItsPane()
+    {
+        PhotoDesk desk(3);
+        desk.select(QStringLiteral("0-1"));
+        const auto menuTitle = [&](QWidget &widget) {
+            QString title;
+            QTimer::singleShot(0, &widget, [&] {
+                title = desk.action(Command::Delete).text();
+                QApplication::activePopupWidget()->close();
+            });
+            Q_EMIT widget.customContextMenuRequested(QPoint(5, 5));
+            return title;
+        };
+        QCOMPARE(menuTitle(desk.outline()), QStringLiteral("Delete Folder"));
+        QCOMPARE(menuTitle(desk.controller->thumbnailView()), QStringLiteral("Delete Photo"));
+        QCOMPARE(desk.action(Command::Delete).text(), QStringLiteral("Delete Photo"));
+
+        desk.outline().setFocus();
+        auto &large = desk.controller->detailController().photoView();
+        QTimer::singleShot(0, &large, [&] {
+            desk.trigger(Command::Delete); // the one shown large, alone
+            QApplication::activePopupWidget()->close();
+        });
+        Q_EMIT large.customContextMenuRequested(QPoint(5, 5));
+        QCOMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("12"));
+    }
+
+    void aPhotoIsShownWhereverItIs()
+    {
+        PhotoDesk desk(3);
+        const auto photo = desk.folder->photos().at(1);
+        desk.controller->resetList(desk.folder->makeNewFolder());
+        desk.notifications.post(kForcePhotoNotification, photo);
+        QCOMPARE(desk.controller->shownFolder(), desk.folder);
+        QCOMPARE(desk.selected(), QStringLiteral("1"));
+        QCOMPARE(desk.controller->detailController().photo(), photo);
+    }
+
+    void foldersAreSortedByDate()
+    {
+        PhotoDesk desk(3);
+        for (int i = 0; i < 3; ++i) // the last one first
+            QVERIFY(FileDates::setDate(desk.dir.filePath(QStringLiteral("%1.png").arg(i)), 1000 - i));
+        desk.trigger(Command::SortByDate);
+        QTRY_COMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("210"));
     }
 
     void deletingAFolderAsksAndCanBeUndone()

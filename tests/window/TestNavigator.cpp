@@ -178,12 +178,18 @@ private Q_SLOTS:
         QTRY_VERIFY(desk.controller->detailController().photo());
         QCOMPARE(desk.controller->detailController().photo()->fileRef()->path(), loose);
 
-        // An import that waits is dropped by closing, and still tells that it is over.
+        // Closing asks before it ends an import; one that waits is dropped and still tells that it is over.
+        FakeAlerts alerts;
         for (int i = 0; i < 2; ++i)
             QVERIFY(desk.controller->openFiles({loose}, folder, kNotFound, UndoName::AddPhoto, count));
+        alerts.answer = 1;
         QVERIFY(!desk.controller->windowShouldClose());
-        QTRY_COMPARE(finished, 3);
-        desk.library.setDirty(false); // closing comes again
+        QCOMPARE(finished, 1);
+        alerts.answer = 0;
+        QVERIFY(desk.controller->windowShouldClose());
+        QCOMPARE(finished, 3);
+        QCOMPARE(alerts.said.count(QStringLiteral("Stop adding photos?")), 2);
+        QVERIFY(!desk.library.isDirty());
     }
 
     void foldersStayAsTheUserFoldedThem()
