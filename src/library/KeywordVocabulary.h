@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -19,6 +20,9 @@ public:
     quint64 indexOfOrAppend(const QString &word);
     [[nodiscard]] std::optional<quint64> indexOf(const QString &word) const;
     void setWords(const QStringList &words);
+    /// All positions in the order in which people are shown the words: by their text without the punctuation at its
+    /// ends, without regard to case. A quoted phrase stands where its first word belongs.
+    [[nodiscard]] QList<quint64> displayOrder() const;
 
 private:
     QStringList m_words;

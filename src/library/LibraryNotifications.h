@@ -16,3 +16,5 @@ inline const QString kThumbnailNotification = QStringLiteral("hmphoto.thumbnail"
 inline const QString kEffectSetsNotification = QStringLiteral("hmphoto.effectSets");
 /// The keyword vocabulary or its use changed; no object.
 inline const QString kKeywordsNotification = QStringLiteral("hmphoto.keywords");
+/// Something about the current photo may be another; no object.
+inline const QString kRedetailNotification = QStringLiteral("hmphoto.redetail");

@@ -78,6 +78,14 @@ private Q_SLOTS:
         QCOMPARE(vocabulary.indexOfOrAppend(QStringLiteral("bird")), quint64(3));
     }
 
+    void aQuotedPhraseIsShownAmongTheWordsOfItsFirstLetter()
+    {
+        KeywordVocabulary vocabulary;
+        vocabulary.setWords({QStringLiteral("Zoo"), QStringLiteral("\"new york\""), QStringLiteral("oslo"),
+                             QStringLiteral("Munich"), QStringLiteral("munich")});
+        QCOMPARE(vocabulary.displayOrder(), (QList<quint64>{3, 4, 1, 2, 0}));
+    }
+
     void keywordsOutsideTheVocabularyAreNotShown()
     {
         KeywordVocabulary vocabulary;
