@@ -1,54 +1,37 @@
 #include "PIDetailController.h"
 
 #include "CollapsibleSection.h"
+#include "DetailPane.h"
+#include "LibraryEditor.h"
 #include "LibraryNotifications.h"
+#include "LibraryView.h"
+#include "PIDetailCropVC.h"
+#include "PIDetailEffectVC.h"
 #include "PIDetailFileVC.h"
+#include "PIDetailWordsVC.h"
 #include "PIFolder.h"
 #include "PhotoLibrary.h"
 #include "PhotoView.h"
 #include "UserDefaults.h"
 
 #include <QBoxLayout>
-#include <QScrollArea>
-#include <QSplitter>
 
 namespace {
 
 const QString kDetailOpenKey = QStringLiteral("hmphoto.detailOpen");
-/// Before the window has its size: what the photo has more than this, it gets as well.
-constexpr int kPhotoHeight = 400;
 
 }
 
-PIDetailController::PIDetailController(PhotoLibrary &library, UserDefaults &defaults, ShownFolder shownFolder,
-                                       QWidget *parent)
+PIDetailController::PIDetailController(LibraryEditor &editor, UserDefaults &defaults, QWidget *parent)
     : QObject(parent)
-    , m_library(library)
+    , m_editor(editor)
+    , m_library(editor.library())
     , m_defaults(defaults)
-    , m_view(new QSplitter(Qt::Vertical, parent))
-    , m_photoView(new PhotoView(library.thumbnails(), library.imageCache(), library.thumbnails().pixelPool(), m_view))
     , m_openSections(defaults.dictionary(kDetailOpenKey))
+    , m_photoView(new PhotoView(m_library.thumbnails(), m_library.imageCache(), m_library.thumbnails().pixelPool()))
+    , m_view(new DetailPane(m_photoView, makeSections(), parent))
 {
-    auto *sections = new QWidget;
-    auto *layout = new QVBoxLayout(sections);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    addSection(QStringLiteral("DetailFile"), tr("File"),
-               new PIDetailFileVC(library, *this, std::move(shownFolder), sections), *layout);
-    layout->addStretch();
-
-    auto *scroller = new QScrollArea(m_view);
-    scroller->setFrameShape(QFrame::NoFrame);
-    scroller->setWidgetResizable(true);
-    scroller->setWidget(sections);
-    m_view->addWidget(m_photoView);
-    m_view->addWidget(scroller);
-    m_view->setStretchFactor(0, 1);
-    m_view->setStretchFactor(1, 0);
-    m_view->setSizes({kPhotoHeight, sections->sizeHint().height()});
-    m_view->setChildrenCollapsible(false);
-
-    NotificationCenter &center = library.notifications();
+    NotificationCenter &center = m_library.notifications();
     m_selectObserver =
         center.observe(kSelectNotification, [this](const NotificationObject &object) { photoWasSelected(object); });
     const auto reload = [this](const NotificationObject &object) {
@@ -57,6 +40,7 @@ PIDetailController::PIDetailController(PhotoLibrary &library, UserDefaults &defa
     };
     m_thumbnailObserver = center.observe(kThumbnailNotification, reload);
     m_redrawObserver = center.observe(kRedrawNotification, reload);
+    m_redetailObserver = center.observe(kRedetailNotification, [this](const NotificationObject &) { reloadPhoto(); });
 }
 
 PIDetailController::~PIDetailController()
@@ -67,6 +51,24 @@ PIDetailController::~PIDetailController()
 QWidget *PIDetailController::view() const
 {
     return m_view;
+}
+
+QWidget *PIDetailController::makeSections()
+{
+    auto *sections = new QWidget;
+    auto *layout = new QVBoxLayout(sections);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    m_wordController = new PIDetailWordsVC(m_editor, *this, sections);
+    const auto shownFolder = [this] { return m_editor.view().shownFolder(); };
+    addSection(QStringLiteral("DetailWords"), tr("Caption and Keywords"), m_wordController, *layout);
+    addSection(QStringLiteral("DetailFile"), tr("File"), new PIDetailFileVC(m_library, *this, shownFolder, sections),
+               *layout);
+    addSection(QStringLiteral("DetailCrop"), tr("Crop"), new PIDetailCropVC(m_editor, *this, sections), *layout);
+    addSection(QStringLiteral("DetailEffects"), tr("Effects"), new PIDetailEffectVC(m_library, *this, sections),
+               *layout);
+    layout->addStretch();
+    return sections;
 }
 
 void PIDetailController::addSection(const QString &layoutName, const QString &title, QWidget *content,

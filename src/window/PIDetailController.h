@@ -5,15 +5,15 @@
 #include <QObject>
 #include <QVariantMap>
 
-#include <functional>
 #include <memory>
 
-class PIFolder;
+class DetailPane;
+class LibraryEditor;
+class PIDetailWordsVC;
 class PIPhoto;
 class PhotoLibrary;
 class PhotoView;
 class QBoxLayout;
-class QSplitter;
 class QWidget;
 class UserDefaults;
 
@@ -24,11 +24,8 @@ class PIDetailController final : public QObject
     Q_OBJECT
 
 public:
-    /// Tells which folder the window shows.
-    using ShownFolder = std::function<std::shared_ptr<PIFolder>()>;
-
-    /// `library` and `defaults` outlive the controller.
-    PIDetailController(PhotoLibrary &library, UserDefaults &defaults, ShownFolder shownFolder, QWidget *parent);
+    /// `editor` and `defaults` outlive the controller.
+    PIDetailController(LibraryEditor &editor, UserDefaults &defaults, QWidget *parent);
     ~PIDetailController() override;
 
     /// The current photo; null when there is none.
@@ -36,19 +33,25 @@ public:
     /// Owned by its parent widget.
     [[nodiscard]] QWidget *view() const;
     [[nodiscard]] PhotoView &photoView() const { return *m_photoView; }
+    /// The section of caption and keywords.
+    [[nodiscard]] PIDetailWordsVC &wordController() const { return *m_wordController; }
 
 private:
+    [[nodiscard]] QWidget *makeSections();
     void addSection(const QString &layoutName, const QString &title, QWidget *content, QBoxLayout &layout);
     void photoWasSelected(const NotificationObject &object);
     void reloadPhoto();
 
+    LibraryEditor &m_editor;
     PhotoLibrary &m_library;
     UserDefaults &m_defaults;
     std::shared_ptr<PIPhoto> m_photo;
-    QSplitter *m_view;
-    PhotoView *m_photoView;
     QVariantMap m_openSections; ///< by layout name
+    PhotoView *m_photoView;
+    PIDetailWordsVC *m_wordController = nullptr;
+    DetailPane *m_view;
     NotificationCenter::Observer m_selectObserver;
     NotificationCenter::Observer m_thumbnailObserver;
     NotificationCenter::Observer m_redrawObserver;
+    NotificationCenter::Observer m_redetailObserver;
 };

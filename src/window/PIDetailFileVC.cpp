@@ -82,6 +82,7 @@ void PIDetailFileVC::build()
     buttons->addStretch();
     auto *form = new QFormLayout(this);
     form->setContentsMargins(12, 4, 12, 10);
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->addRow(m_missing);
     form->addRow(buttons);

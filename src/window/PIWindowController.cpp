@@ -13,6 +13,7 @@
 #include "NavigatorModel.h"
 #include "NavigatorPane.h"
 #include "PIDetailController.h"
+#include "PIDetailWordsVC.h"
 #include "PIFolder.h"
 #include "PIOutlineView.h"
 #include "PaneSplitter.h"
@@ -73,8 +74,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_navigatorModel(new NavigatorModel(library, m_editor, m_window.get()))
     , m_outline(new PIOutlineView(*m_navigatorModel, m_window.get()))
     , m_thumbnailView(new ThumbnailGridView(library.thumbnails(), library.notifications(), m_window.get()))
-    , m_detailController(new PIDetailController(
-          library, defaults, [this] { return shownFolder(); }, m_window.get()))
+    , m_detailController(new PIDetailController(m_editor, defaults, m_window.get()))
     , m_paneSplitter(new PaneSplitter(
           defaults, {new NavigatorPane(*m_outline, *m_actions), m_thumbnailView, m_detailController->view()},
           m_window.get()))
@@ -370,6 +370,7 @@ void PIWindowController::newFolder()
 
 void PIWindowController::saveDocument()
 {
+    m_detailController->wordController().endEditing(); // what is being typed is to be saved as well
     m_library.fileFinder().save(); // a crash after it costs nothing: files that the library does not name are let go
     static_cast<void>(saveOrTell());
     m_window->setWindowModified(m_library.isDirty());

@@ -1,0 +1,23 @@
+#include "KeywordPopup.h"
+
+#include "KeywordVocabulary.h"
+
+#include <QMenu>
+#include <QToolButton>
+
+void UpdateKeyWordPopup(QToolButton &popup, const KeywordVocabulary &vocabulary)
+{
+    popup.setText(QStringLiteral("+"));
+    popup.setPopupMode(QToolButton::InstantPopup);
+    if (!popup.menu()) {
+        auto *menu = new QMenu(&popup);
+        menu->setStyleSheet(QStringLiteral("QMenu { menu-scrollable: 1; }")); // one column, however many there are
+        popup.setMenu(menu);
+    }
+    popup.menu()->clear();
+    const auto order = vocabulary.displayOrder();
+    for (const quint64 position : order) {
+        const QString &keyword = vocabulary.words().at(static_cast<qsizetype>(position));
+        popup.menu()->addAction(QString(keyword).replace(u'&', QLatin1String("&&")))->setData(keyword);
+    }
+}

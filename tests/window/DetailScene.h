@@ -1,0 +1,60 @@
+#pragma once
+
+#include "../editing/UndoHouse.h"
+
+#include "LibraryNotifications.h"
+#include "PIDetailController.h"
+#include "UserDefaults.h"
+
+#include <QImage>
+#include <QPushButton>
+#include <QWidget>
+
+/// A detail pane over the first of two photos of one folder, with undo.
+struct DetailScene : UndoHouse
+{
+    QTemporaryDir dir;
+    UserDefaults defaults{dir.filePath(QStringLiteral("preferences.ini"))};
+    QString path = dir.filePath(QStringLiteral("a.png"));
+    QWidget window;
+    std::unique_ptr<PIDetailController> controller;
+    std::shared_ptr<PIPhoto> photo;
+    std::shared_ptr<PIPhoto> other = std::make_shared<PIPhoto>();
+
+    DetailScene()
+    {
+        QImage image(64, 48, QImage::Format_RGB32);
+        image.fill(Qt::red);
+        image.save(path);
+        photo = std::make_shared<PIPhoto>(library.fileRefs().fileRefForPath(path));
+        a->photos() << photo << other;
+        view.folder = a;
+        controller = std::make_unique<PIDetailController>(undoable, defaults, &window);
+        window.show();
+        window.activateWindow();
+        select(photo);
+    }
+
+    void select(const std::shared_ptr<PIPhoto> &current) { notifications.post(kSelectNotification, current); }
+
+    template<typename Widget>
+    Widget &child(const char *accessibleName) const
+    {
+        for (Widget *widget : window.findChildren<Widget *>()) {
+            if (widget->accessibleName() == QLatin1String(accessibleName))
+                return *widget;
+        }
+        qFatal("no such widget");
+    }
+
+    /// What can be pressed now.
+    QStringList offeredButtons() const
+    {
+        QStringList texts;
+        for (const auto *button : window.findChildren<QPushButton *>()) {
+            if (button->isVisible() && button->isEnabled())
+                texts << button->text();
+        }
+        return texts;
+    }
+};
