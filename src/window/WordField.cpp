@@ -53,6 +53,7 @@ void WordField::endEditing()
 {
     if (!isEdited())
         return;
+    document()->clearUndoRedoStacks(); // to take it back is to undo the change of the library
     document()->setModified(false);
     Q_EMIT editingEnded();
 }
