@@ -17,6 +17,7 @@ CollapsibleSection::CollapsibleSection(const QString &title, QWidget *content, Q
     m_header->setAutoRaise(true);
     m_header->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     m_header->setIconSize(QSize(10, 10));
+    m_header->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed); // the pane may be narrower than a title
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);

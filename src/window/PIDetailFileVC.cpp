@@ -20,6 +20,12 @@
 #include <QPushButton>
 #include <QToolButton>
 
+namespace {
+
+constexpr int kNarrowestField = 60;
+
+}
+
 PIDetailFileVC::PIDetailFileVC(PhotoLibrary &library, const PIDetailController &controller, ShownFolder shownFolder,
                                QWidget *parent)
     : PIDetailBaseVC(library, controller, parent)
@@ -65,6 +71,7 @@ void PIDetailFileVC::build()
     m_reveal->setAccessibleName(m_reveal->toolTip());
     m_date->setCalendarPopup(true);
     m_date->setFocusPolicy(Qt::StrongFocus);
+    m_date->setMinimumWidth(kNarrowestField);
     m_date->installEventFilter(this);
     m_date->setToolTip(tr("The file's date. Changing it changes the file's modification date on disk"));
     m_date->setAccessibleName(tr("File date"));
