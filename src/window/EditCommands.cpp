@@ -3,9 +3,11 @@
 #include "LibraryActions.h"
 #include "NavigatorCommands.h"
 #include "PIDetailController.h"
+#include "PIDetailWordsVC.h"
 #include "PIFolder.h"
 #include "PIOutlineView.h"
 #include "PhotoCommands.h"
+#include "PhotoStep.h"
 #include "PhotoView.h"
 #include "QVUndoManager.h"
 #include "ThumbnailGridView.h"
@@ -55,6 +57,18 @@ void EditCommands::bind()
     m_actions.bind(Command::MoveToFolder, [this](bool) { moveTargetToFolder(); });
     m_actions.bind(Command::MoveUp, [this](bool) { moveTargetBy(-1); });
     m_actions.bind(Command::MoveDown, [this](bool) { moveTargetBy(1); });
+    m_actions.bind(Command::NextPhoto, [this](bool) { step(StepDirection::Next); });
+    m_actions.bind(Command::PreviousPhoto, [this](bool) { step(StepDirection::Previous); });
+    m_panes.detail.addStepControl(*m_actions.action(Command::PreviousPhoto), *m_actions.action(Command::NextPhoto));
+}
+
+/// Who goes through the photos typing their words goes on typing.
+void EditCommands::step(StepDirection direction)
+{
+    PIDetailWordsVC &words = m_panes.detail.wordController();
+    const auto field = words.activeWordField();
+    m_photoCommands->step(direction);
+    words.setActiveWordField(field);
 }
 
 /// A context menu means the pane that it belongs to, everything else the pane with the focus.

@@ -16,6 +16,7 @@ class PIOutlineView;
 class PIPhoto;
 class QVUndoManager;
 class ThumbnailGridView;
+enum class StepDirection;
 
 /// The commands that change photos, folders and groups: which pane they mean, and what they then do.
 class EditCommands final : public QObject
@@ -59,6 +60,7 @@ private:
     void deleteTarget();
     void moveTargetBy(int places);
     void moveTargetToFolder();
+    void step(StepDirection direction);
 
     LibraryEditor &m_editor;
     QVUndoManager &m_undo;

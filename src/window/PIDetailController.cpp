@@ -11,7 +11,9 @@
 #include "PIDetailWordsVC.h"
 #include "PIFolder.h"
 #include "PhotoLibrary.h"
+#include "PhotoStep.h"
 #include "PhotoView.h"
+#include "StepControl.h"
 #include "UserDefaults.h"
 
 #include <QBoxLayout>
@@ -28,9 +30,14 @@ PIDetailController::PIDetailController(LibraryEditor &editor, UserDefaults &defa
     , m_library(editor.library())
     , m_defaults(defaults)
     , m_openSections(defaults.dictionary(kDetailOpenKey))
+    , m_photoSide(new QWidget)
     , m_photoView(new PhotoView(m_library.thumbnails(), m_library.imageCache(), m_library.thumbnails().pixelPool()))
-    , m_view(new DetailPane(m_photoView, makeSections(), parent))
+    , m_view(new DetailPane(m_photoSide, makeSections(), parent))
 {
+    auto *layout = new QVBoxLayout(m_photoSide);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_photoView, 1);
     NotificationCenter &center = m_library.notifications();
     m_selectObserver =
         center.observe(kSelectNotification, [this](const NotificationObject &object) { photoWasSelected(object); });
@@ -81,16 +88,39 @@ void PIDetailController::addSection(const QString &layoutName, const QString &ti
     layout.addWidget(section);
 }
 
+void PIDetailController::addStepControl(QAction &previous, QAction &next)
+{
+    m_stepControl = new StepControl(previous, next);
+    m_photoSide->layout()->addWidget(m_stepControl);
+    m_photoSide->layout()->setAlignment(m_stepControl, Qt::AlignHCenter);
+    m_stepControl->setEnabled(canStep());
+}
+
 void PIDetailController::photoWasSelected(const NotificationObject &object)
 {
     PIPhoto *photo = object.as<PIPhoto>();
     m_photo = photo ? photo->shared_from_this() : nullptr;
     m_photoView->setPhoto(m_photo);
-    m_library.notifications().post(kUpdateDetailNotification, m_photo);
+    showCurrentPhoto();
 }
 
 void PIDetailController::reloadPhoto()
 {
     m_photoView->reload();
+    showCurrentPhoto();
+}
+
+void PIDetailController::showCurrentPhoto()
+{
+    if (m_stepControl)
+        m_stepControl->setEnabled(canStep());
     m_library.notifications().post(kUpdateDetailNotification, m_photo);
+}
+
+bool PIDetailController::canStep() const
+{
+    const std::shared_ptr<const PIFolder> folder = m_editor.view().shownFolder();
+    const qsizetype reference = folder ? folder->photos().indexOf(m_photo) : -1;
+    return reference >= 0 &&
+           PhotoStep::from(reference, folder->photos().size(), m_editor.view().selectedIndexes(), StepDirection::Next);
 }

@@ -13,8 +13,10 @@ class PIDetailWordsVC;
 class PIPhoto;
 class PhotoLibrary;
 class PhotoView;
+class QAction;
 class QBoxLayout;
 class QWidget;
+class StepControl;
 class UserDefaults;
 
 /// The pane at the right: the current photo, large, over sections of facts about it that can be folded away. It follows
@@ -35,19 +37,25 @@ public:
     [[nodiscard]] PhotoView &photoView() const { return *m_photoView; }
     /// The section of caption and keywords.
     [[nodiscard]] PIDetailWordsVC &wordController() const { return *m_wordController; }
+    /// Puts buttons for these commands under the photo, usable when there is another photo to go to.
+    void addStepControl(QAction &previous, QAction &next);
 
 private:
     [[nodiscard]] QWidget *makeSections();
     void addSection(const QString &layoutName, const QString &title, QWidget *content, QBoxLayout &layout);
     void photoWasSelected(const NotificationObject &object);
     void reloadPhoto();
+    void showCurrentPhoto();
+    [[nodiscard]] bool canStep() const;
 
     LibraryEditor &m_editor;
     PhotoLibrary &m_library;
     UserDefaults &m_defaults;
     std::shared_ptr<PIPhoto> m_photo;
     QVariantMap m_openSections; ///< by layout name
+    QWidget *m_photoSide;       ///< the photo and what belongs to it
     PhotoView *m_photoView;
+    StepControl *m_stepControl = nullptr; ///< null until there are commands for it
     PIDetailWordsVC *m_wordController = nullptr;
     DetailPane *m_view;
     NotificationCenter::Observer m_selectObserver;

@@ -72,11 +72,10 @@ PIDetailWordsVC::ActiveField PIDetailWordsVC::activeWordField() const
 
 void PIDetailWordsVC::setActiveWordField(ActiveField field)
 {
-    if (field == ActiveField::None)
-        return;
-    WordField *active = field == ActiveField::Caption ? m_captionField : m_keywordField;
-    active->setFocus();
-    active->moveCursor(QTextCursor::End);
+    if (field == ActiveField::Caption)
+        m_captionField->setFocus();
+    else if (field == ActiveField::Keywords)
+        m_keywordField->continueTyping();
 }
 
 void PIDetailWordsVC::endEditing()

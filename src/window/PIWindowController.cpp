@@ -13,7 +13,6 @@
 #include "NavigatorModel.h"
 #include "NavigatorPane.h"
 #include "PIDetailController.h"
-#include "PIDetailWordsVC.h"
 #include "PIFolder.h"
 #include "PIOutlineView.h"
 #include "PaneSplitter.h"

@@ -55,8 +55,6 @@ void PhotoCommands::bind(LibraryActions &actions)
     bindTo(Command::SortAtRandom, [](Self &self) { self.sortFolder(PhotoEdits::Order::Random); });
     bindTo(Command::Reveal, [](Self &self) { self.reveal(); });
     bindTo(Command::EditImage, [](Self &self) { self.editImage(); });
-    bindTo(Command::NextPhoto, [](Self &self) { self.step(StepDirection::Next); });
-    bindTo(Command::PreviousPhoto, [](Self &self) { self.step(StepDirection::Previous); });
 }
 
 bool PhotoCommands::canPaste() const

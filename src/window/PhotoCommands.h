@@ -49,6 +49,8 @@ public:
     void trash(const PIGroup::PhotoList &among);
     void moveBy(int places);
     void moveToFolder();
+    /// Shows the neighbour of the current photo; the grid gets the focus.
+    void step(StepDirection direction);
 
 Q_SIGNALS:
     void canPasteChanged();
@@ -63,7 +65,6 @@ private:
     void extractFolder(PhotoEdits::Transfer transfer);
     void reveal();
     void editImage();
-    void step(StepDirection direction);
     [[nodiscard]] QStringList selectedFiles() const;
 
     LibraryEditor &m_editor;

@@ -58,6 +58,16 @@ void WordField::endEditing()
     Q_EMIT editingEnded();
 }
 
+void WordField::continueTyping()
+{
+    if (!hasFocus() && !m_storedText.isEmpty() && !isEdited()) {
+        moveCursor(QTextCursor::End);
+        insertPlainText(QStringLiteral(" "));
+        document()->clearUndoRedoStacks();
+    }
+    setFocus();
+}
+
 QSize WordField::sizeHint() const
 {
     return {160, heightFor(m_fewestLines)};

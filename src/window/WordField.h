@@ -19,6 +19,8 @@ public:
     [[nodiscard]] QString text() const;
     /// As Enter does it; nothing when nothing was typed.
     void endEditing();
+    /// Takes the focus, ready for a word behind those that are there.
+    void continueTyping();
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;

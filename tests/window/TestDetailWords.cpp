@@ -89,6 +89,15 @@ private Q_SLOTS:
         QCOMPARE(words(scene, *scene.other), QStringLiteral("second|"));
         QVERIFY(!scene.controller->photo());
         QVERIFY(!keywords.isEnabled());
+
+        scene.select(scene.photo);
+        section.setActiveWordField(PIDetailWordsVC::ActiveField::Keywords);
+        QTRY_VERIFY(keywords.hasFocus());
+        QTest::keyClicks(&keywords, QStringLiteral("sail"));
+        QWidget another;
+        another.show();
+        another.activateWindow();
+        QTRY_COMPARE(words(scene, *scene.photo), QStringLiteral("|boat sail"));
     }
 
     void refusedWordsLeaveEverythingAsItWas()
@@ -187,6 +196,26 @@ private Q_SLOTS:
         qDeleteAll(scene.window.findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly));
         scene.controller = std::make_unique<PIDetailController>(scene.undoable, scene.defaults, &scene.window);
         QCOMPARE(openSections(), QStringLiteral("Caption and Keywords,File,-,Effects"));
+    }
+
+    void theStepControlNeedsSomewhereToGo()
+    {
+        DetailScene scene;
+        QAction previous;
+        QAction next(QStringLiteral("Next"));
+        int steps = 0;
+        connect(&next, &QAction::triggered, &scene.window, [&steps] { ++steps; });
+        scene.controller->addStepControl(previous, next);
+        auto &button = scene.child<QToolButton>("Next");
+        QTest::mouseClick(&button, Qt::LeftButton);
+        QCOMPARE(steps, 1);
+        scene.select(std::make_shared<PIPhoto>()); // of another folder
+        QVERIFY(!button.isEnabled());
+        scene.select(scene.photo);
+        QVERIFY(button.isEnabled());
+        scene.a->photos().removeOne(scene.other);
+        scene.select(scene.photo);
+        QVERIFY(!button.isEnabled());
     }
 };
 
