@@ -369,7 +369,6 @@ void PIWindowController::newFolder()
 
 void PIWindowController::saveDocument()
 {
-    m_detailController->wordController().endEditing(); // what is being typed is to be saved as well
     m_library.fileFinder().save(); // a crash after it costs nothing: files that the library does not name are let go
     static_cast<void>(saveOrTell());
     m_window->setWindowModified(m_library.isDirty());
