@@ -32,3 +32,6 @@ public:
     bool isCurrent(const QByteArray &bookmark, const struct stat &facts) override;
     BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) override;
 };
+
+/// The same options for photos: a copy may have the extension of any picture.
+[[nodiscard]] BookmarkOptions forPictures(BookmarkOptions options);

@@ -260,7 +260,7 @@ void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const Boo
 {
     if (files.isEmpty())
         return;
-    BookmarkOptions wanted = options;
+    BookmarkOptions wanted = forPictures(options);
     QList<QByteArray> bookmarks;
     for (const auto &file : files) {
         if (copiesFor(file.doubt) == BookmarkOptions::Copies::Refused)

@@ -49,6 +49,9 @@ struct BookmarkOptions
     Copies copies = Copies::Accepted;
     /// Where copies are accepted: the bookmarks, by their index, for which they are not.
     QSet<qsizetype> originalsOnly = {};
+    /// Where copies are accepted: the extensions that they may have, in lower case and without the dot, besides those
+    /// of the files that are looked for. A copy that is not seen is not counted, so let these be all that may matter.
+    QSet<QByteArray> copyExtensions = {};
     enum class Reach {
         OldFolders, ///< the old paths and what stands beside them; no walk, so this is quick
         Everywhere,

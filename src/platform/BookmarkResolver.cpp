@@ -12,6 +12,7 @@ BookmarkResolver::BookmarkResolver(const QList<QByteArray> &bookmarks, const Boo
     : m_options(options)
     , m_limits{options.stop, Clock::now() + options.timeLimit}
     , m_volumes(options.volumes ? options.volumes : Volumes::current())
+    , m_wanted(options.copyExtensions)
 {
     m_progress.total = bookmarks.size();
     decode(bookmarks);

@@ -11,10 +11,15 @@ QByteArrayView extensionOf(QByteArrayView name)
 
 }
 
+ContentCandidates::ContentCandidates(QSet<QByteArray> extensions)
+    : m_extensions(std::move(extensions))
+{}
+
 void ContentCandidates::addWantedName(QByteArrayView name)
 {
+    m_wantsAnything = true;
     const QByteArrayView extension = extensionOf(name);
-    if (extension.isEmpty() || (m_lastIsWanted && extension == m_lastExtension))
+    if (m_lastIsWanted && extension == m_lastExtension)
         return;
     m_lastExtension = extension.toByteArray();
     m_lastIsWanted = true;
@@ -34,7 +39,7 @@ bool ContentCandidates::isWanted(QByteArrayView name)
 void ContentCandidates::consider(const DirectoryWalk::Folder &folder, const DirectoryWalk::Entry &entry)
 {
     const QByteArrayView name(entry.name);
-    if (entry.type != EntryType::File || m_extensions.isEmpty() || !isWanted(name))
+    if (entry.type != EntryType::File || !m_wantsAnything || !isWanted(name))
         return;
     if (m_names.size() + name.size() >= kMaxNameBytes) {
         m_overflowed = true;

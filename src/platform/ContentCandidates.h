@@ -8,14 +8,17 @@
 #include <functional>
 #include <vector>
 
-/// Files met on walks that may turn out to be copies of lost ones: those with the extension of a lost file. Kept by
-/// name alone, in about twenty bytes each, and looked at only when something stays lost to the end.
+/// Files met on walks that may turn out to be copies of lost ones: those with one of the usual extensions, whatever
+/// that of the lost file, or else with its own. Kept by name alone, in about twenty bytes each, and looked at only when
+/// something stays lost to the end.
 class ContentCandidates
 {
 public:
-    /// Files with the extension of this name are kept from now on. A name without extension adds nothing.
+    /// `extensions` are the usual ones, in lower case and without the dot. Nothing is kept before a name is wanted.
+    explicit ContentCandidates(QSet<QByteArray> extensions);
+
+    /// A file of this name is lost. Those with its extension, or with none if it has none, are kept as well.
     void addWantedName(QByteArrayView name);
-    [[nodiscard]] bool wantsAnything() const { return !m_extensions.isEmpty(); }
 
     void consider(const DirectoryWalk::Folder &folder, const DirectoryWalk::Entry &entry);
     /// Whether there were more files than are worth remembering: then nobody can say that a copy is the only one.
@@ -36,6 +39,7 @@ private:
     [[nodiscard]] bool isWanted(QByteArrayView name);
 
     QSet<QByteArray> m_extensions;
+    bool m_wantsAnything = false;
     QByteArray m_lastExtension; ///< as it was spelled; the next file nearly always has the same
     bool m_lastIsWanted = false;
     std::vector<Group> m_groups;

@@ -56,7 +56,7 @@ public:
     BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) override
     {
         ++resolved;
-        BookmarkOptions here = options;
+        BookmarkOptions here = forPictures(options);
         here.volumes = volumes;
         return FileBookmark::resolve(bookmark, here);
     }
@@ -186,6 +186,13 @@ private Q_SLOTS:
                        replaceFile(in(f, "/p/a.jpg"), "picture a, brighter");
             },
             "p/a.jpg", "p/b.jpg");
+        row(
+            "deleted, with two copies of different extensions",
+            [=](const QString &f) {
+                return QFile::copy(in(f, "/p/a.jpg"), in(f, "/q/a.jpg")) &&
+                       QFile::copy(in(f, "/p/a.jpg"), in(f, "/q/a.jpeg")) && QFile::remove(in(f, "/p/a.jpg"));
+            },
+            "", "p/b.jpg");
         row(
             "deleted", [=](const QString &f) { return QFile::remove(in(f, "/p/a.jpg")); }, "", "p/b.jpg");
     }

@@ -20,6 +20,8 @@ private Q_SLOTS:
     void refusesWhatIsNotTheFile();
     void missesAFileWhoseNameIsNoText();
     void acceptsTheOnlyCopy();
+    void countsCopiesOfOtherExtensions_data();
+    void countsCopiesOfOtherExtensions();
     void doesNotTakeAReusedInode();
     void findsFolders();
     void keepsTheUsersWayThroughLinks();
@@ -230,6 +232,36 @@ void TestFileBookmark::acceptsTheOnlyCopy()
     BookmarkOptions inUse;
     inUse.pathsInUse = {scene.at("Archive/restored.JPG"), scene.at("Archive/second name.jpg")};
     QCOMPARE(scene.resolve(scene.photo, inUse).status, Status::Missing);
+}
+
+void TestFileBookmark::countsCopiesOfOtherExtensions_data()
+{
+    QTest::addColumn<QByteArray>("lost");
+    QTest::addColumn<QByteArray>("copy"); ///< beside the one that is "restored.jpeg"
+    QTest::addColumn<Status>("status");
+    QTest::newRow("a copy by another extension") << QByteArray("K.jpg") << QByteArray() << Status::Found;
+    QTest::newRow("wrong extension, and a copy that has it too")
+        << QByteArray("K.PNG") << QByteArray("again.png") << Status::Ambiguous;
+    QTest::newRow("no extension") << QByteArray("K") << QByteArray("again") << Status::Ambiguous;
+    QTest::newRow("an extension of its own") << QByteArray("K.pic") << QByteArray("again.PIC") << Status::Ambiguous;
+    QTest::newRow("what is no picture is no copy") << QByteArray("K.jpg") << QByteArray("again.bin") << Status::Found;
+}
+
+void TestFileBookmark::countsCopiesOfOtherExtensions()
+{
+    QFETCH(QByteArray, lost);
+    QFETCH(QByteArray, copy);
+    const QTemporaryDir folder;
+    const BookmarkScene scene(folder.path());
+    scene.copy("Pictures/2023/photo.jpg", lost.constData());
+    scene.move("Pictures/2023/photo.jpg", "Archive/restored.jpeg");
+    if (!copy.isEmpty())
+        scene.copy("Archive/restored.jpeg", copy.constData());
+    const QByteArray bookmark = scene.bookmarkOf(lost.constData());
+    scene.remove(lost.constData());
+    BookmarkOptions options;
+    options.copyExtensions = {"jpg", "jpeg", "png"};
+    QTEST(scene.resolve(bookmark, options).status, "status");
 }
 
 void TestFileBookmark::doesNotTakeAReusedInode()
