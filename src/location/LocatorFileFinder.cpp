@@ -4,6 +4,7 @@
 #include "FileBookmark.h"
 #include "LocatorCheck.h"
 #include "PILocatorManager.h"
+#include "TrashFolders.h"
 
 #include <QFile>
 
@@ -54,6 +55,14 @@ BookmarkOptions::Copies copiesFor(Doubt doubt)
     return doubt == Doubt::Changed ? BookmarkOptions::Copies::Refused : BookmarkOptions::Copies::Accepted;
 }
 
+/// Who puts a photo away and another file in its place means the photo to be that file.
+BookmarkResolution unlessPutAway(BookmarkResolution resolution, Doubt doubt)
+{
+    const bool isPutAway = doubt == Doubt::Changed && resolution.status == Status::Found &&
+                           TrashFolders().hold(QFile::encodeName(resolution.path));
+    return isPutAway ? BookmarkResolution{resolution.index, Status::Missing} : std::move(resolution);
+}
+
 }
 
 FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
@@ -71,8 +80,8 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
     BookmarkOptions options;
     options.copies = copiesFor(*doubt);
     const QByteArray bookmark = locator->bookmark();
-    return settle({guid, *std::move(locator), *doubt},
-                  bookmark.isEmpty() ? BookmarkResolution{} : m_bookmarks.resolve(bookmark, options));
+    auto resolution = bookmark.isEmpty() ? BookmarkResolution{} : m_bookmarks.resolve(bookmark, options);
+    return settle({guid, *std::move(locator), *doubt}, unlessPutAway(std::move(resolution), *doubt));
 }
 
 FoundFile LocatorFileFinder::takeDoubt(const QString &guid, const QString &path, std::optional<Doubt> doubt)
@@ -270,7 +279,7 @@ void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const Boo
     wanted.resolved = [&](const QList<BookmarkResolution> &resolutions) {
         QList<SearchedFile> batch;
         for (const BookmarkResolution &resolution : resolutions)
-            batch.append({files.at(resolution.index), resolution});
+            batch.append({files.at(resolution.index), unlessPutAway(resolution, files.at(resolution.index).doubt)});
         searched(batch);
     };
     FileBookmark::resolveMany(bookmarks, wanted);

@@ -6,6 +6,7 @@
 #include "KnownFiles.h"
 #include "LogString.h"
 #include "StringUtilities.h"
+#include "TrashFolders.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -90,6 +91,8 @@ public:
 private:
     void visitFolder(const QByteArray &path, std::span<const DirectoryWalk::Entry> entries)
     {
+        if (!m_isInTrash && m_trash.hold(path))
+            return;
         const QByteArray folder = path.mid(m_root.endsWith('/') ? m_root.size() : m_root.size() + 1);
         const KnownFiles::Folder known = m_known.folder(folder);
         for (const DirectoryWalk::Entry &entry : entries) {
@@ -125,6 +128,8 @@ private:
     const std::stop_token m_stop;
     const std::function<void(qsizetype)> &m_progress;
     const QByteArray m_root; ///< free of links, because a walk follows none
+    const TrashFolders m_trash;
+    const bool m_isInTrash = m_trash.hold(m_root); ///< then its files are what was asked for
     const KnownFiles m_known;
     ExtensionFilter m_filter;
     OrphanSearchResult m_result;

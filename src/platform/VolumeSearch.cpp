@@ -167,16 +167,17 @@ DirectoryWalk::Visit VolumeSearch::visit(const DirectoryWalk::Folder &folder,
                                          std::span<const DirectoryWalk::Entry> entries)
 {
     m_hits.clear();
+    const bool mayHoldCopies = !m_trash.hold(folder.path);
     for (const DirectoryWalk::Entry &entry : entries)
         if (m_wanted.contains(entry.inode))
             m_hits.push_back(&entry);
-        else
+        else if (mayHoldCopies)
             m_candidates.consider(folder, entry);
     // In the order in which they lie on the disk and in the kernel's memory; folders give them in that of a hash.
     std::sort(m_hits.begin(), m_hits.end(),
               [](const auto *left, const auto *right) { return left->inode < right->inode; });
     for (const DirectoryWalk::Entry *hit : m_hits)
-        if (!checkEntry(folder, *hit))
+        if (!checkEntry(folder, *hit) && mayHoldCopies)
             m_candidates.consider(folder, *hit);
     m_tick();
     const bool isDone = m_goal == Goal::LostFiles && m_openCount == 0;

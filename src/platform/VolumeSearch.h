@@ -4,6 +4,7 @@
 #include "DirectoryWalk.h"
 #include "InodeTable.h"
 #include "LostFile.h"
+#include "TrashFolders.h"
 
 #include <functional>
 #include <vector>
@@ -70,7 +71,8 @@ private:
     qsizetype m_openCount = 0;
     InodeTable<LostFile> m_wanted; ///< those that were open when the walk began
     QHash<QByteArray, bool> m_folderExists;
-    ContentCandidates m_candidates;
+    const TrashFolders m_trash;
+    ContentCandidates m_candidates; ///< none in a trash
     std::vector<const DirectoryWalk::Entry *> m_hits;
     DirectoryWalk m_walk;
 };

@@ -167,6 +167,14 @@ private Q_SLOTS:
             },
             "q/c.jpg", "p/b.jpg");
         row(
+            "another file put in the place of one in the trash",
+            [=](const QString &f) {
+                return QDir().mkpath(in(f, "/.Trash-1000/files")) &&
+                       QFile::rename(in(f, "/p/a.jpg"), in(f, "/.Trash-1000/files/a.jpg")) &&
+                       writeFile(in(f, "/p/a.jpg"), "picture x");
+            },
+            "p/a.jpg", "p/b.jpg");
+        row(
             "a folder put in the place of a moved one",
             [=](const QString &f) {
                 return QFile::rename(in(f, "/p/a.jpg"), in(f, "/q/c.jpg")) && QDir().mkpath(in(f, "/p/a.jpg"));

@@ -38,7 +38,7 @@ private Q_SLOTS:
         const QString known = put(QStringLiteral("known.jpg"));
         const QString knownBelow = put(QString::fromUtf8("sub/bekannt ö.jpg"));
         for (const char *name : {"Zebra.JPG", "sub/apple.png", "sub/deep/Mango.tiff", "notes.txt", "jpg", ".jpg",
-                                 "a.jpg.txt", "KNOWN.jpg", "sub/known.jpg"})
+                                 "a.jpg.txt", "KNOWN.jpg", "sub/known.jpg", ".Trash-1000/files/away.jpg"})
             put(QLatin1String(name));
         put(QString::fromUtf8("sub/größe ä.webp"));
         QVERIFY(QFile::link(known, m_dir.filePath(QStringLiteral("link.jpg"))));

@@ -244,6 +244,7 @@ void TestFileBookmark::countsCopiesOfOtherExtensions_data()
         << QByteArray("K.PNG") << QByteArray("again.png") << Status::Ambiguous;
     QTest::newRow("no extension") << QByteArray("K") << QByteArray("again") << Status::Ambiguous;
     QTest::newRow("an extension of its own") << QByteArray("K.pic") << QByteArray("again.PIC") << Status::Ambiguous;
+    QTest::newRow("a copy in a trash") << QByteArray("K.jpg") << QByteArray(".Trash-1000/files/K.jpg") << Status::Found;
     QTest::newRow("what is no picture is no copy") << QByteArray("K.jpg") << QByteArray("again.bin") << Status::Found;
 }
 

@@ -1,5 +1,6 @@
 #include "TestRunner.h"
 #include "Trash.h"
+#include "TrashFolders.h"
 
 #include <QDir>
 #include <QFile>
@@ -31,6 +32,7 @@ private Q_SLOTS:
     void cleanup();
     void filesComeIntoTheTrash();
     void whatCannotBeTrashedStaysWhereItIs();
+    void aTrashIsKnownByItsPath();
 };
 
 void TestTrash::init()
@@ -80,6 +82,20 @@ void TestTrash::whatCannotBeTrashedStaysWhereItIs()
     QCOMPARE(failures.size(), 1);
     QVERIFY(!failures.first().reason.isEmpty());
     QCOMPARE(read(photo), QByteArray("dear"));
+}
+
+void TestTrash::aTrashIsKnownByItsPath()
+{
+    const QString home = m_folder->filePath(QStringLiteral("data"));
+    qputenv("XDG_DATA_HOME", QFile::encodeName(home));
+    const TrashFolders trash;
+    const QByteArray own = QFile::encodeName(home);
+    for (const QByteArray &path : {QByteArray(own + "/Trash/files/a.jpg"), QByteArray("/mnt/.Trash-1000/files/a.jpg"),
+                                   QByteArray("/mnt/.Trash/1000/files"), QByteArray("/.Trash-x/.Trash-0")})
+        QVERIFY2(trash.hold(path), path.constData());
+    for (const QByteArray &path : {QByteArray(own + "/Trash of mine/a.jpg"), QByteArray("/mnt/.Trash-1000.jpg"),
+                                   QByteArray("/mnt/.Trash/"), QByteArray("/mnt/.Trash-/1"), QByteArray("/Trash/1/a")})
+        QVERIFY2(!trash.hold(path), path.constData());
 }
 
 REGISTER_TEST(TestTrash)
