@@ -8,9 +8,9 @@ std::optional<QByteArray> FileBookmarkService::create(const QString &path, QStri
     return FileBookmark::create(path, &reason);
 }
 
-bool FileBookmarkService::isCurrent(const QByteArray &bookmark, const struct stat &facts)
+bool FileBookmarkService::isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *volumes)
 {
-    return FileBookmark::isCurrent(bookmark, facts);
+    return FileBookmark::isCurrent(bookmark, present, volumes);
 }
 
 BookmarkResolution FileBookmarkService::resolve(const QByteArray &bookmark, const BookmarkOptions &options)

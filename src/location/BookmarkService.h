@@ -8,7 +8,8 @@
 
 #include <optional>
 
-struct stat;
+class Volumes;
+struct FileIdentity;
 
 /// What locators ask of bookmarks, so that tests can answer in their place.
 class BookmarkService
@@ -18,8 +19,10 @@ public:
 
     /// A bookmark of what stands at the path; nothing on failure, and then `reason` tells why.
     [[nodiscard]] virtual std::optional<QByteArray> create(const QString &path, QString &reason) = 0;
-    /// Whether the bookmark holds these facts of a file. Asks nothing of the system. False for what is no bookmark.
-    [[nodiscard]] virtual bool isCurrent(const QByteArray &bookmark, const struct stat &facts) = 0;
+    /// Whether the bookmark holds these facts of a file. Asks nothing of the system but what is mounted, and that only
+    /// if need be and unless `volumes` are given. False for what is no bookmark.
+    [[nodiscard]] virtual bool isCurrent(const QByteArray &bookmark, const FileIdentity &present,
+                                         const Volumes *volumes) = 0;
     /// Finds one file; may take long.
     [[nodiscard]] virtual BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) = 0;
 };
@@ -29,7 +32,7 @@ class FileBookmarkService final : public BookmarkService
 {
 public:
     std::optional<QByteArray> create(const QString &path, QString &reason) override;
-    bool isCurrent(const QByteArray &bookmark, const struct stat &facts) override;
+    bool isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *volumes) override;
     BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) override;
 };
 

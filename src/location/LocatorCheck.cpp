@@ -1,6 +1,7 @@
 #include "LocatorCheck.h"
 
 #include "BookmarkService.h"
+#include "Volumes.h"
 
 #include <utility>
 
@@ -21,7 +22,7 @@ namespace {
 
 /// Nothing when the file is as its reference has it.
 std::optional<CheckedFile> check(const PostponedFile &file, const LocatorSnapshot::Reader &locators,
-                                 BookmarkService &bookmarks)
+                                 BookmarkService &bookmarks, const Volumes &volumes)
 {
     auto locator = locators.locatorForGuid(file.guid);
     if (!locator && !locators.isStored())
@@ -30,7 +31,7 @@ std::optional<CheckedFile> check(const PostponedFile &file, const LocatorSnapsho
         QString reason; // when there is no bookmark, taking the file up tells why
         return CheckedFile{file.guid, file.path, {}, bookmarks.create(file.path, reason).value_or(QByteArray())};
     }
-    const auto doubt = LocatorFileFinder::doubtAbout(*locator, bookmarks);
+    const auto doubt = LocatorFileFinder::doubtAbout(*locator, bookmarks, &volumes);
     if (!doubt && locator->path() == file.path && !file.isDoubtful)
         return {};
     return CheckedFile{file.guid, locator->path(), doubt, {}};
@@ -44,11 +45,12 @@ void LocatorCheck::run(const std::stop_token &stop,
     constexpr qsizetype kBatch = 200; // files looked at
     using Reader = LocatorSnapshot::Reader;
     const Reader locators(m_locators, m_files.size() > kBatch ? Reader::Reads::Many : Reader::Reads::Few);
+    const auto volumes = Volumes::current();
     QList<CheckedFile> batch;
     for (qsizetype index = 0; index < m_files.size(); ++index) {
         if (stop.stop_requested())
             return;
-        if (auto told = check(m_files.at(index), locators, *m_bookmarks))
+        if (auto told = check(m_files.at(index), locators, *m_bookmarks, *volumes))
             batch.append(*std::move(told));
         if ((index + 1) % kBatch == 0)
             checked(std::exchange(batch, {}));

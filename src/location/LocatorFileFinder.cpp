@@ -2,13 +2,12 @@
 
 #include "BookmarkService.h"
 #include "FileBookmark.h"
+#include "FileIdentity.h"
 #include "LocatorCheck.h"
 #include "PILocatorManager.h"
 #include "TrashFolders.h"
 
 #include <QFile>
-
-#include <sys/stat.h>
 
 #include <utility>
 
@@ -35,9 +34,10 @@ PILocatorManager *LocatorFileFinder::manager()
 }
 
 std::optional<LocatorFileFinder::Doubt> LocatorFileFinder::doubtAbout(QVFileLocator &locator,
-                                                                      BookmarkService &bookmarks)
+                                                                      BookmarkService &bookmarks,
+                                                                      const Volumes *volumes)
 {
-    const auto here = locator.verifyPath(bookmarks);
+    const auto here = locator.verifyPath(bookmarks, volumes);
     if (!here)
         return Doubt::Lost;
     if (locator.isFolder())
@@ -229,10 +229,10 @@ namespace {
 /// Whether the file that was meant is no more, as far as can be told: nothing is known of where else it could be.
 bool isReplaced(const QVFileLocator &locator, Status status)
 {
-    struct stat facts = {};
-    return status == Status::Missing ||
-           (status == Status::Unreached && ::stat(QFile::encodeName(locator.path()).constData(), &facts) == 0 &&
-            FileBookmark::isOlderThan(locator.bookmark(), facts));
+    if (status != Status::Unreached)
+        return status == Status::Missing;
+    const auto present = examineLinkedFile(QFile::encodeName(locator.path()).constData());
+    return present && FileBookmark::isOlderThan(locator.bookmark(), present->identity);
 }
 
 }

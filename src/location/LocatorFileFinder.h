@@ -66,8 +66,9 @@ public:
         Occupied, ///< a folder is there
         Changed,  ///< a file is there, but not as it was: edited or replaced, or another that was moved there
     };
-    /// Nothing when the file is surely where the path leads. Any thread.
-    [[nodiscard]] static std::optional<Doubt> doubtAbout(QVFileLocator &locator, BookmarkService &bookmarks);
+    /// Nothing when the file is surely where the path leads. Any thread; who asks about many tells what is mounted.
+    [[nodiscard]] static std::optional<Doubt> doubtAbout(QVFileLocator &locator, BookmarkService &bookmarks,
+                                                         const Volumes *volumes = nullptr);
     struct Unsettled
     {
         QString guid;

@@ -1,12 +1,11 @@
 #include "QVFileLocator.h"
 
 #include "BookmarkService.h"
+#include "FileIdentity.h"
 #include "LogString.h"
 #include "PosixSupport.h"
 #include "RunningServices.h"
 #include "UserPaths.h"
-
-#include <sys/stat.h>
 
 QVFileLocator::QVFileLocator(const QString &path, BookmarkService &bookmarks, LocatorMethod method)
     : m_method(method == LocatorMethod::Nil ? methodFromPath(path) : method)
@@ -34,24 +33,22 @@ QVFileLocator::Verification QVFileLocator::verify(BookmarkService &bookmarks, Bo
 
 namespace {
 
-/// Nothing when nothing is there, links followed.
-std::optional<struct stat> factsOf(const QString &path)
+/// Nothing when no file or folder is there, links followed.
+std::optional<PresentFile> examine(const QString &path)
 {
-    struct stat facts = {};
-    if (::stat(Posix::nativePath(path).constData(), &facts) != 0)
-        return {};
-    return facts;
+    return examineLinkedFile(Posix::nativePath(path).constData());
 }
 
 }
 
-std::optional<QVFileLocator::Verification> QVFileLocator::verifyPath(BookmarkService &bookmarks)
+std::optional<QVFileLocator::Verification> QVFileLocator::verifyPath(BookmarkService &bookmarks, const Volumes *volumes)
 {
-    const auto facts = factsOf(m_path);
-    if (!facts)
+    const auto present = examine(m_path);
+    if (!present)
         return {};
-    m_folder = S_ISDIR(facts->st_mode);
-    return Verification{.found = true, .bookmarkOutdated = !bookmarks.isCurrent(m_bookmark, *facts)};
+    m_folder = present->identity.kind == FileKind::Folder;
+    const bool isCurrent = bookmarks.isCurrent(m_bookmark, present->identity, volumes);
+    return Verification{.found = true, .bookmarkOutdated = !isCurrent};
 }
 
 QVFileLocator::Verification QVFileLocator::follow(const BookmarkResolution &resolution, BookmarkService &bookmarks)
@@ -68,8 +65,8 @@ QVFileLocator::Verification QVFileLocator::follow(const BookmarkResolution &reso
     if (isResolved)
         m_path = resolution.path;
     m_method = methodFromPath(m_path);
-    if (const auto facts = factsOf(m_path))
-        m_folder = S_ISDIR(facts->st_mode);
+    if (const auto present = examine(m_path))
+        m_folder = present->identity.kind == FileKind::Folder;
     if (isResolved && resolution.stale && !resolution.fresh.isEmpty())
         m_bookmark = resolution.fresh;
     else if (isResolved && resolution.stale)

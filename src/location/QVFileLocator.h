@@ -10,6 +10,7 @@
 
 class BookmarkService;
 class RunningServices;
+class Volumes;
 
 /// How a locator's path is to be understood. The numbers are stored.
 enum class LocatorMethod : quint8 {
@@ -59,8 +60,9 @@ public:
     /// the path when something is there.
     [[nodiscard]] Verification verify(BookmarkService &bookmarks,
                                       BookmarkOptions::Mounting mounting = BookmarkOptions::Mounting::Refused);
-    /// The beginning of that: what stands at the path. Nothing when nothing does.
-    [[nodiscard]] std::optional<Verification> verifyPath(BookmarkService &bookmarks);
+    /// The beginning of that: what stands at the path. Nothing when neither a file nor a folder does. Who looks at many
+    /// tells what is mounted.
+    [[nodiscard]] std::optional<Verification> verifyPath(BookmarkService &bookmarks, const Volumes *volumes = nullptr);
     /// Takes the place to which the bookmark was resolved, as verify() does when the path leads nowhere.
     [[nodiscard]] Verification follow(const BookmarkResolution &resolution, BookmarkService &bookmarks);
     /// Makes a new bookmark from the path. On failure, which is logged, the old one stays; `reason` then tells why.

@@ -8,7 +8,6 @@
 #include "Volumes.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <climits>
@@ -85,23 +84,17 @@ std::optional<QByteArray> FileBookmark::create(const QString &path, const Volume
 
 namespace {
 
-FileTime modifiedTime(const struct stat &facts)
-{
-    return {facts.st_mtim.tv_sec, static_cast<quint32>(facts.st_mtim.tv_nsec)};
-}
-
 enum class Holding { All, AllButNumber, No };
 
 /// How much of the facts the bookmark holds.
-Holding holdingOf(const FileIdentity &stored, const struct stat &facts)
+Holding holdingOf(const FileIdentity &stored, const FileIdentity &present)
 {
-    const FileTime modified = modifiedTime(facts);
-    const bool isFolder = stored.kind == FileKind::Folder;
-    const bool isUnchanged =
-        isFolder || (stored.size == static_cast<quint64>(facts.st_size) && stored.modified == modified);
-    if (S_ISDIR(facts.st_mode) != isFolder || !isUnchanged)
+    const bool isReborn = stored.birth && present.birth && stored.birth != present.birth;
+    if (isReborn || stored.kind != present.kind)
         return Holding::No;
-    return stored.inode == facts.st_ino ? Holding::All : Holding::AllButNumber;
+    if (stored.kind == FileKind::File && (stored.size != present.size || stored.modified != present.modified))
+        return Holding::No;
+    return stored.inode == present.inode ? Holding::All : Holding::AllButNumber;
 }
 
 bool hasMadeUpNumbers(const BookmarkData &data, const Volumes &volumes)
@@ -112,19 +105,19 @@ bool hasMadeUpNumbers(const BookmarkData &data, const Volumes &volumes)
 
 }
 
-bool FileBookmark::isCurrent(const QByteArray &bookmark, const struct stat &facts, const Volumes *volumes)
+bool FileBookmark::isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *volumes)
 {
     const auto data = BookmarkData::decode(bookmark);
-    const Holding holding = data ? holdingOf(data->file, facts) : Holding::No;
+    const Holding holding = data ? holdingOf(data->file, present) : Holding::No;
     if (holding != Holding::AllButNumber)
         return holding == Holding::All;
     return hasMadeUpNumbers(*data, volumes ? *volumes : *Volumes::current());
 }
 
-bool FileBookmark::isOlderThan(const QByteArray &bookmark, const struct stat &facts)
+bool FileBookmark::isOlderThan(const QByteArray &bookmark, const FileIdentity &present)
 {
     const auto data = BookmarkData::decode(bookmark);
-    return data && data->file.modified < modifiedTime(facts);
+    return data && data->file.modified < present.modified;
 }
 
 QString FileBookmark::mountPoint(const QByteArray &bookmark)

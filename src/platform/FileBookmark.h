@@ -8,7 +8,8 @@
 
 #include <optional>
 
-struct stat;
+class Volumes;
+struct FileIdentity;
 
 /// A bookmark: opaque bytes that find a file or folder again after it was renamed or moved, its folder was renamed or
 /// moved, or its volume was mounted elsewhere. Whatever is found was checked to be the file and not another one that
@@ -21,15 +22,15 @@ namespace FileBookmark {
 /// The same for a caller who makes many and knows what is mounted.
 [[nodiscard]] std::optional<QByteArray> create(const QString &path, const Volumes &volumes, QString *reason = nullptr);
 
-/// Whether the bookmark still holds the number, size and date of the file of which a caller has these facts at hand.
-/// When not, although the path is right, the file was changed or replaced since, and wants a fresh bookmark.
+/// Whether the bookmark still holds the number, birth, size and date of the file that a caller has just looked at. When
+/// not, although the path is right, the file was changed or replaced since, and wants a fresh bookmark.
 /// Where a volume makes up its numbers anew with every mount, they do not count; only to tell that, what is mounted is
 /// asked for, unless `volumes` are given.
-[[nodiscard]] bool isCurrent(const QByteArray &bookmark, const struct stat &facts, const Volumes *volumes = nullptr);
+[[nodiscard]] bool isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *volumes = nullptr);
 
-/// Whether a file with these facts was written later than the bookmarked one had been. A file that was there before,
+/// Whether a present file was written later than the bookmarked one had been. A file that was there before,
 /// and was only moved to its place, was not.
-[[nodiscard]] bool isOlderThan(const QByteArray &bookmark, const struct stat &facts);
+[[nodiscard]] bool isOlderThan(const QByteArray &bookmark, const FileIdentity &present);
 
 /// Where the bookmark's volume was mounted, to tell the user which one is away; empty for what is no bookmark.
 [[nodiscard]] QString mountPoint(const QByteArray &bookmark);

@@ -50,6 +50,11 @@ std::optional<PresentFile> examineFile(int folder, const char *name)
     return examine(folder, name, AT_SYMLINK_NOFOLLOW);
 }
 
+std::optional<PresentFile> examineLinkedFile(const char *path)
+{
+    return examine(AT_FDCWD, path, 0);
+}
+
 std::optional<PresentFile> examineOpenFile(int descriptor)
 {
     return examine(descriptor, "", AT_EMPTY_PATH);

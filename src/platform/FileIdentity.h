@@ -50,6 +50,8 @@ struct PresentFile
 /// Looks at `name` inside the open folder, or at a whole path with `kNoFolder`, without opening it and without
 /// following a link at its end. Nothing unless a regular file or a folder stands there.
 [[nodiscard]] std::optional<PresentFile> examineFile(int folder, const char *name);
+/// The same for a whole path, links followed: what a program finds that opens it.
+[[nodiscard]] std::optional<PresentFile> examineLinkedFile(const char *path);
 /// The same for something already open.
 [[nodiscard]] std::optional<PresentFile> examineOpenFile(int descriptor);
 inline constexpr int kNoFolder = -100; // what the kernel calls AT_FDCWD

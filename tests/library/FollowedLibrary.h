@@ -106,9 +106,9 @@ private:
         {
             return FileBookmark::create(path, *volumes, &reason);
         }
-        bool isCurrent(const QByteArray &bookmark, const struct stat &facts) override
+        bool isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *) override
         {
-            return FileBookmark::isCurrent(bookmark, facts, volumes.get());
+            return FileBookmark::isCurrent(bookmark, present, volumes.get());
         }
         BookmarkResolution resolve(const QByteArray &, const BookmarkOptions &) override
         {

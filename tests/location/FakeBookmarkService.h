@@ -20,7 +20,7 @@ public:
         reason = QStringLiteral("It is gone.");
         return {};
     }
-    bool isCurrent(const QByteArray &bookmark, const struct stat &) override
+    bool isCurrent(const QByteArray &bookmark, const FileIdentity &, const Volumes *) override
     {
         return bookmark.startsWith("mark:") && !outdated.contains(bookmark);
     }

@@ -48,10 +48,10 @@ public:
         ++created;
         return FileBookmark::create(path, *volumes, &reason);
     }
-    bool isCurrent(const QByteArray &bookmark, const struct stat &facts) override
+    bool isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *) override
     {
         ++looked;
-        return FileBookmark::isCurrent(bookmark, facts, volumes.get());
+        return FileBookmark::isCurrent(bookmark, present, volumes.get());
     }
     BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) override
     {

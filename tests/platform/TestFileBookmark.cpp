@@ -1,7 +1,6 @@
 #include "BookmarkScene.h"
 #include "TestRunner.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 using Status = BookmarkResolution::Status;
@@ -329,10 +328,10 @@ void TestFileBookmark::tellsWhetherItIsCurrent()
 {
     const QTemporaryDir folder;
     const BookmarkScene scene(folder.path());
-    const auto isCurrent = [&](const char *path) {
-        struct stat facts = {};
-        return ::stat(scene.nativeAt(path).constData(), &facts) == 0 && FileBookmark::isCurrent(scene.photo, facts);
+    const auto present = [&](const char *path) {
+        return examineLinkedFile(scene.nativeAt(path).constData()).value_or(PresentFile()).identity;
     };
+    const auto isCurrent = [&](const char *path) { return FileBookmark::isCurrent(scene.photo, present(path)); };
     QVERIFY(isCurrent("Pictures/2023/photo.jpg"));
     QVERIFY(!isCurrent("Pictures/2023/other.jpg"));
     QVERIFY(!isCurrent("Pictures/2023"));
@@ -341,15 +340,21 @@ void TestFileBookmark::tellsWhetherItIsCurrent()
     scene.write("x.jpg", "edited");
     QVERIFY(!isCurrent("x.jpg"));
 
-    // On a volume that makes up its numbers, another one means nothing.
-    struct stat facts = {};
-    QVERIFY(::stat(scene.nativeAt("x.jpg").constData(), &facts) == 0);
+    // On a volume that makes up its numbers, another one means nothing; a later birth does everywhere.
     const QByteArray bookmark = scene.bookmarkOf("x.jpg");
-    ++facts.st_ino;
-    QVERIFY(!FileBookmark::isCurrent(bookmark, facts, scene.volumes("ext4").get()));
-    QVERIFY(FileBookmark::isCurrent(bookmark, facts, scene.volumes("exfat").get()));
-    ++facts.st_size;
-    QVERIFY(!FileBookmark::isCurrent(bookmark, facts, scene.volumes("exfat").get()));
+    FileIdentity other = present("x.jpg");
+    ++other.inode;
+    QVERIFY(!FileBookmark::isCurrent(bookmark, other, scene.volumes("ext4").get()));
+    QVERIFY(FileBookmark::isCurrent(bookmark, other, scene.volumes("exfat").get()));
+    ++other.size;
+    QVERIFY(!FileBookmark::isCurrent(bookmark, other, scene.volumes("exfat").get()));
+    FileIdentity reborn = present("x.jpg");
+    if (!reborn.birth)
+        QSKIP("this file system keeps no birth times");
+    ++reborn.birth->seconds;
+    QVERIFY(!FileBookmark::isCurrent(bookmark, reborn));
+    reborn.birth.reset();
+    QVERIFY(FileBookmark::isCurrent(bookmark, reborn));
 }
 
 void TestFileBookmark::refusesToBookmark_data()
