@@ -56,6 +56,8 @@ QVFileLocator::Verification QVFileLocator::follow(const BookmarkResolution &reso
     using Status = BookmarkResolution::Status;
     if (resolution.status == Status::VolumeAway)
         return {.volumeAway = true};
+    if (resolution.status == Status::Unnameable) // whatever stands at the path is not what was meant
+        return verifyPath(bookmarks).value_or(Verification{.reason = QStringLiteral("Its new name is no text")});
     Verification result{.found = true};
     const bool isResolved = resolution.status == Status::Found;
     // What the bookmark cannot find may have come back to its old place meanwhile.

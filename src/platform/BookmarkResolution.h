@@ -21,6 +21,7 @@ struct BookmarkResolution
         Missing,    ///< looked for everywhere, and not there
         Ambiguous,  ///< the file is gone, and more than one file could be a copy of it
         Unsearched, ///< the search was cancelled, ran out of time or was to reach no further
+        Unnameable, ///< found where the path is no text, so that nobody can open it
         Unreached,  ///< neither at nor beside its old place, and its volume is a network one, which is not walked
     };
 

@@ -189,8 +189,7 @@ void BookmarkResolver::found(LostFile &lost, const FoundPlace &place)
     m_taken.emplace_back(place.file.device, place.file.identity.inode);
     const QByteArray seen = m_links.asSeenFrom(lost.data.givenPath, place.path);
     if (!QByteArrayView(seen).isValidUtf8()) {
-        // There is no text for this name, and so nothing that the caller could open.
-        add({lost.index, Status::Missing});
+        add({lost.index, Status::Unnameable});
         return;
     }
     BookmarkResolution resolution{lost.index, Status::Found, QString::fromUtf8(seen)};

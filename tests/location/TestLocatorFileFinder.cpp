@@ -228,20 +228,24 @@ private Q_SLOTS:
         }
     }
 
-    void aFileOfAnAbsentVolumeIsLeftAlone_data()
+    void whatCannotBeHadIsLeftAlone_data()
     {
+        QTest::addColumn<Status>("status");
         QTest::addColumn<bool>("somethingIsThere");
-        QTest::newRow("nothing at its path") << false;
-        QTest::newRow("something else at its path") << true;
+        QTest::newRow("on an absent volume, nothing at its path") << Status::VolumeAway << false;
+        QTest::newRow("on an absent volume, something else at its path") << Status::VolumeAway << true;
+        QTest::newRow("under a name that is no text, nothing at its path") << Status::Unnameable << false;
+        QTest::newRow("under a name that is no text, something else at its path") << Status::Unnameable << true;
     }
-    void aFileOfAnAbsentVolumeIsLeftAlone()
+    void whatCannotBeHadIsLeftAlone()
     {
+        QFETCH(Status, status);
         QFETCH(bool, somethingIsThere);
         FakeBookmarkService bookmarks;
         LocatorFileFinder finder(m_manager.get(), bookmarks, Search::AtOnce);
         (void)finder.relocate(kA, path("p/a.jpg"));
         const QByteArray mark = "mark:" + path("p/a.jpg").toUtf8();
-        bookmarks.answers[mark].status = Status::VolumeAway;
+        bookmarks.answers[mark].status = status;
         bookmarks.outdated = {mark};
         bookmarks.created.clear();
         if (!somethingIsThere)
@@ -249,7 +253,7 @@ private Q_SLOTS:
         const QByteArray before = database();
         const FoundFile file = finder.locate(kA, QString());
         QCOMPARE(file.found, somethingIsThere);
-        QCOMPARE(file.volumeAway, !somethingIsThere);
+        QCOMPARE(file.volumeAway, !somethingIsThere && status == Status::VolumeAway);
         QCOMPARE(file.path, path("p/a.jpg"));
         QVERIFY(bookmarks.created.isEmpty());
         QCOMPARE(database(), before);

@@ -204,7 +204,7 @@ void TestFileBookmark::missesAFileWhoseNameIsNoText()
     const QByteArray photo = scene.nativeAt("Pictures/2023/photo.jpg");
     const QByteArray name = scene.nativeAt("Archive/") + "\xff.jpg";
     QVERIFY(::rename(photo.constData(), name.constData()) == 0);
-    QCOMPARE(scene.resolve(scene.photo).status, Status::Missing);
+    QCOMPARE(scene.resolve(scene.photo).status, Status::Unnameable);
     QVERIFY(::unlink(name.constData()) == 0); // QTemporaryDir cannot
 }
 
