@@ -227,12 +227,13 @@ FoundFile LocatorFileFinder::settle(const Unsettled &file, const BookmarkResolut
 namespace {
 
 /// Whether the file that was meant is no more, as far as can be told: nothing is known of where else it could be.
-bool isReplaced(const QVFileLocator &locator, Status status)
+bool isReplaced(const QVFileLocator &locator, Status status, const FileTime &lastStored)
 {
     if (status != Status::Unreached)
         return status == Status::Missing;
     const auto present = examineLinkedFile(QFile::encodeName(locator.path()).constData());
-    return present && FileBookmark::isOlderThan(locator.bookmark(), present->identity);
+    return present && lastStored < present->identity.modified &&
+           FileBookmark::isOlderThan(locator.bookmark(), present->identity);
 }
 
 }
@@ -255,7 +256,8 @@ FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolut
     }
     if (file.doubt == Doubt::Occupied)
         return {false, locator.path(), resolution.status == Status::VolumeAway};
-    const bool isRenewed = isReplaced(locator, resolution.status) && locator.setBookmarkFromPath(m_bookmarks);
+    const bool isRenewed = m_manager && isReplaced(locator, resolution.status, m_manager->lastStored()) &&
+                           locator.setBookmarkFromPath(m_bookmarks);
     return {true, locator.path(), false, isRenewed && store(file.guid, locator)};
 }
 

@@ -7,6 +7,7 @@
 #include "StringUtilities.h"
 #include "UniqueFileName.h"
 
+#include <QDateTime>
 #include <QSet>
 
 #include <sys/stat.h>
@@ -21,6 +22,12 @@ bool exists(const QString &path)
     return ::lstat(Posix::nativePath(path).constData(), &facts) == 0;
 }
 
+FileTime dateOf(const QString &path)
+{
+    const auto file = examineLinkedFile(Posix::nativePath(path).constData());
+    return file ? file->identity.modified : FileTime{QDateTime::currentSecsSinceEpoch(), 0};
+}
+
 }
 
 PILocatorManager::PILocatorManager(const QString &folder)
@@ -33,6 +40,7 @@ std::unique_ptr<PILocatorManager> PILocatorManager::open(const QString &folder)
 {
     std::unique_ptr<PILocatorManager> manager(new PILocatorManager(folder));
     const bool hasList = exists(manager->m_plistPath);
+    manager->m_lastStored = dateOf(manager->m_plistPath);
     const auto list = hasList ? PropertyList::read(manager->m_plistPath) : std::nullopt;
     manager->m_isListDamaged = hasList && (!list || list->typeId() != QMetaType::QVariantHash);
     if (manager->m_isListDamaged)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileIdentity.h"
 #include "LocatorBlockFile.h"
 #include "LocatorMap.h"
 #include "QVFileLocator.h"
@@ -57,6 +58,9 @@ public:
     void forget(const QStringList &guids);
     /// What is there now; whoever reads many locators reads them from this.
     [[nodiscard]] LocatorSnapshot snapshot() const;
+    /// When the locators were last stored before they were opened, else when that was. Until then their files were, as
+    /// far as was known, where they led.
+    [[nodiscard]] FileTime lastStored() const { return m_lastStored; }
     /// Writes the list, when anything changed since it was last written.
     void save();
     /// Saves and closes; nothing is read or stored any more.
@@ -75,6 +79,7 @@ private:
     LocatorBlockFile m_file;
     LocatorMap m_map;
     quint32 m_sequenceID = 0; ///< as last saved
+    FileTime m_lastStored;
     bool m_dirty = false;
     bool m_isListDamaged = false; ///< what stands where the list will be written could not be read
 };

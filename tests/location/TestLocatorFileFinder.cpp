@@ -259,6 +259,31 @@ private Q_SLOTS:
         QCOMPARE(database(), before);
     }
 
+    void onANetworkOnlyWhatWasWrittenSinceTakesThePlace_data()
+    {
+        QTest::addColumn<time_t>("date"); // of the file that was moved there
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("older than the photo") << time_t(1'000'000) << false;
+        QTest::newRow("another photo, later than the first") << time_t(3'000'000) << false;
+        QTest::newRow("saved anew") << ::time(nullptr) + 100 << true;
+    }
+    void onANetworkOnlyWhatWasWrittenSinceTakesThePlace()
+    {
+        QFETCH(time_t, date);
+        const BookmarkScene scene(m_dir->path(), BookmarkScene::Photos::Present);
+        scene.setDate("p/a.jpg", 2'000'000);
+        QVERIFY(finder(Search::AtOnce).relocate(kA, path("p/a.jpg")).found);
+        reopen();
+        scene.setDate("p/b.jpg", date);
+        scene.move("p/a.jpg", "q/a.jpg");
+        scene.move("p/b.jpg", "p/a.jpg");
+        m_bookmarks.volumes = scene.volumes("nfs4");
+        const FoundFile file = finder(Search::AtOnce).locate(kA, QString());
+        QCOMPARE(file.path, path("p/a.jpg"));
+        QVERIFY(file.found);
+        QTEST(file.contentChanged, "isTaken");
+    }
+
     void whatIsLookedForLaterIsNotedOnce()
     {
         LocatorFileFinder finder = this->finder(Search::Later);
