@@ -1,5 +1,6 @@
 #include "VolumeSearch.h"
 
+#include "FolderOfSizes.h"
 #include "NativePath.h"
 #include "StoredFile.h"
 
@@ -100,9 +101,9 @@ bool VolumeSearch::hasOpen(const OldFolder &folder)
 
 namespace {
 
-/// Where inode numbers are made up, a file that was born when the stored one was and stands where it stood is that
-/// file, changed in place.
-bool wasChangedInPlace(const FileIdentity &stored, const FileIdentity &present, InodeTrust trust)
+/// Where inode numbers are made up, a file that was born when the stored one was and stands where it stood may be that
+/// file, changed in place; or one of the same moment, as cameras make them, that was given its name.
+bool mayBeChangedInPlace(const FileIdentity &stored, const FileIdentity &present, InodeTrust trust)
 {
     return trust == InodeTrust::MadeUp && stored.kind == present.kind && stored.birth && stored.birth == present.birth;
 }
@@ -111,21 +112,31 @@ bool wasChangedInPlace(const FileIdentity &stored, const FileIdentity &present, 
 
 void VolumeSearch::tryOldPaths(const OldFolder &folder)
 {
+    std::vector<std::pair<LostFile *, FoundPlace>> changed;
     if (folderExists(folder.path))
         for (LostFile *lost : folder.files)
             if (lost->isOpen && !isCutShort())
-                tryOldPath(*lost);
+                if (const auto place = tryOldPath(*lost))
+                    changed.emplace_back(lost, *place);
+    if (changed.empty())
+        return;
+    const FolderOfSizes neighbours(folder.path, m_volume);
+    for (const auto &[lost, place] : changed)
+        take(*lost, neighbours.placeOf(lost->data).value_or(place));
 }
 
-void VolumeSearch::tryOldPath(LostFile &lost)
+/// Takes the file that was meant. Tells what may be that file, changed in place.
+std::optional<FoundPlace> VolumeSearch::tryOldPath(LostFile &lost)
 {
     const auto path = lost.mount->pathFor(lost.data.volumePath);
     auto present = path ? examineFile(kNoFolder, path->constData()) : std::nullopt;
     if (!present || !isHere(*present))
-        return;
-    if (wasChangedInPlace(lost.data.file, present->identity, m_trust) ||
-        isStoredFile(lost.data, *present, kNoFolder, path->constData(), m_trust))
+        return {};
+    if (isStoredFile(lost.data, *present, kNoFolder, path->constData(), m_trust))
         take(lost, {*path, *present, &m_volume});
+    else if (mayBeChangedInPlace(lost.data.file, present->identity, m_trust))
+        return FoundPlace{*path, *present, &m_volume};
+    return {};
 }
 
 void VolumeSearch::prepareWalk()
@@ -194,7 +205,7 @@ bool VolumeSearch::checkEntry(const DirectoryWalk::Folder &folder, const Directo
         return false;
     return m_wanted.visit(entry.inode, [&](LostFile &lost) {
         if (lost.isOpen && present->names > 1)
-            tryOldPath(lost); // of several names, the one that is known
+            (void)tryOldPath(lost); // of several names, the one that is known
         if (!lost.isOpen || !isStoredFile(lost.data, *present, folder.descriptor, entry.name, m_trust))
             return false;
         take(lost, {NativePath::join(folder.path, entry.name), *present, &m_volume});

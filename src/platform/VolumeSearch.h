@@ -49,7 +49,7 @@ private:
     };
     static bool hasOpen(const OldFolder &folder);
     void tryOldPaths(const OldFolder &folder);
-    void tryOldPath(LostFile &lost);
+    std::optional<FoundPlace> tryOldPath(LostFile &lost);
     void prepareWalk();
     void readOldFolder(const OldFolder &folder);
     [[nodiscard]] QByteArray nearestSurvivor(QByteArray folder);
