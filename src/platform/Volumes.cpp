@@ -42,7 +42,7 @@ bool Mount::isNetwork() const
 {
     static constexpr const char *kNetwork[] = {"nfs", "nfs4", "cifs", "smb3",      "smbfs", "afs",
                                                "9p",  "ceph", "coda", "glusterfs", "lustre"};
-    if (type.startsWith("fuse."))
+    if (type == "fuse" || type.startsWith("fuse."))
         return !isLocalProgram(type);
     return isOneOf(type, kNetwork);
 }

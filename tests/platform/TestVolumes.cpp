@@ -188,6 +188,7 @@ void TestVolumes::tellsKindsOfVolumes_data()
     row("squashfs", "/mnt", false, true, false);
     row("nfs4", "/mnt", true, false, true);
     row("fuse.sshfs", "/mnt", true, false, false);
+    row("fuse", "/mnt", true, false, false);
     row("fuse.mergerfs", "/mnt", false, false, false);
     row("fuseblk", "/mnt", false, false, false);
 }
