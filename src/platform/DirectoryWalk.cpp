@@ -14,6 +14,7 @@
 DirectoryWalk::DirectoryWalk(Visitor visitor, Limits limits)
     : m_visitor(std::move(visitor))
     , m_limits(std::move(limits))
+    , m_volumes(m_limits.volumes ? m_limits.volumes : Volumes::current())
     , m_room(128 * 1024)
 {}
 
@@ -51,13 +52,21 @@ bool DirectoryWalk::isCutShort()
     return m_cutShort;
 }
 
+/// Whether something is mounted at the folder that is not walked. To open it may mount yet another, or take forever.
+bool DirectoryWalk::isBarred(const QByteArray &path) const
+{
+    const Mount *mount = m_volumes->mountAt(path);
+    return mount && (m_limits.borders == Borders::Kept || mount->isSystem());
+}
+
 /// Whether a folder of another file system than the one above it is walked.
 bool DirectoryWalk::mayEnter(int folder) const
 {
     if (m_limits.borders == Borders::Kept)
         return false;
+    const auto volumes = Volumes::current(); // it may have been mounted a moment ago
     const auto present = examineOpenFile(folder);
-    const Mount *mount = present ? Volumes::current()->withMountId(present->mountId).mount : nullptr;
+    const Mount *mount = present ? volumes->withMountId(present->mountId).mount : nullptr;
     return mount && !mount->isSystem();
 }
 
@@ -75,6 +84,8 @@ DirectoryWalk::End DirectoryWalk::visitFolder(const Pending &pending, Names &sub
     m_current = {};
     if (isCutShort())
         return End::CutShort;
+    if (pending.device && isBarred(pending.path))
+        return End::Complete;
     const FileDescriptor descriptor(Posix::retry([&] {
         return ::open(pending.path.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     }));

@@ -10,15 +10,19 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <stop_token>
 #include <utility>
 #include <vector>
 
+class Volumes;
+
 /// Reads folders and the folders beneath them by directory reads alone: no stat per entry where the file system reports
-/// types. It follows no links, stays on the file system on which each walk begins unless told otherwise, passes over
-/// what the user may not read, and reads no folder twice in its life, however many walks it makes.
+/// types. It follows no links, does not touch what is mounted where it may not enter, stays on the file system on which
+/// each walk begins unless told otherwise, passes over what the user may not read, and reads no folder twice in its
+/// life, however many walks it makes.
 class DirectoryWalk
 {
 public:
@@ -52,6 +56,8 @@ public:
         std::chrono::steady_clock::time_point deadline = std::chrono::steady_clock::time_point::max();
         qsizetype maxFolders = 5'000'000;
         Borders borders = Borders::Kept;
+        /// What is mounted; what the system tells when null.
+        std::shared_ptr<const Volumes> volumes = {};
         /// Told of each folder that could not be read, or not to its end.
         std::function<void(const QByteArray &path, const QString &reason)> unreadable = {};
     };
@@ -86,6 +92,7 @@ private:
     };
 
     void noteUnreadable(const QByteArray &path, int error);
+    [[nodiscard]] bool isBarred(const QByteArray &path) const;
     [[nodiscard]] bool mayEnter(int folder) const;
     End visitFolder(const Pending &pending, Names &subfolders);
     End readOpenFolder(const Folder &folder, Names &subfolders);
@@ -94,6 +101,7 @@ private:
 
     Visitor m_visitor;
     Limits m_limits;
+    std::shared_ptr<const Volumes> m_volumes;
     QSet<Key> m_walked;
     QHash<Key, Names> m_readAlone; ///< folders whose subfolders are still to be walked
     std::vector<Pending> m_pending;

@@ -158,6 +158,8 @@ Volumes::Volumes(const QByteArray &mountInfo, const Identify &identify)
 {
     for (const QByteArray &line : mountInfo.split('\n')) {
         const auto mount = mountFromLine(line);
+        if (mount)
+            m_points.insert(mount->point, *mount); // the last one covers those before it
         if (!mount || isPseudo(mount->type))
             continue;
         const auto identity = identify(*mount);
@@ -236,4 +238,10 @@ Volumes::Place Volumes::withMountId(quint64 mountId) const
             if (mount.id == mountId)
                 return {&volume, &mount};
     return {};
+}
+
+const Mount *Volumes::mountAt(const QByteArray &path) const
+{
+    const auto mount = m_points.constFind(path);
+    return mount == m_points.cend() ? nullptr : &*mount;
 }

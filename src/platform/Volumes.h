@@ -3,6 +3,7 @@
 #include "FileIdentity.h"
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 
 #include <functional>
@@ -72,8 +73,12 @@ public:
     /// Both null for a mount that is not of a volume listed here.
     [[nodiscard]] Place withMountId(quint64 mountId) const;
 
+    /// What is mounted right at this path, pseudo file systems included; null when nothing is. Does not touch the path.
+    [[nodiscard]] const Mount *mountAt(const QByteArray &path) const;
+
 private:
     QList<Volume> m_volumes;
+    QHash<QByteArray, Mount> m_points;
 };
 
 /// Asks the system which volume a mount shows.

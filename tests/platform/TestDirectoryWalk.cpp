@@ -1,5 +1,6 @@
 #include "DirectoryWalk.h"
 #include "TestRunner.h"
+#include "Volumes.h"
 
 #include <QDir>
 #include <QFile>
@@ -32,6 +33,8 @@ private Q_SLOTS:
     void endsAtItsLimits();
     void passesOverWhatCannotBeRead();
     void crossesBordersOnlyWhenTold();
+    void touchesNoMountThatItMayNotEnter_data();
+    void touchesNoMountThatItMayNotEnter();
 };
 
 void TestDirectoryWalk::init()
@@ -176,6 +179,30 @@ void TestDirectoryWalk::crossesBordersOnlyWhenTold()
     QVERIFY(crossed.contains("/a/b/3.jpg") && crossed.contains("/a/memory/6.jpg"));
     for (const QByteArray &path : crossed)
         QVERIFY(!path.startsWith("/a/kernel/"));
+}
+
+void TestDirectoryWalk::touchesNoMountThatItMayNotEnter_data()
+{
+    QTest::addColumn<QByteArray>("type"); // of what is said to be mounted at /a/b
+    QTest::addColumn<bool>("crossed");
+    QTest::addColumn<bool>("entered");
+    QTest::newRow("other files") << QByteArray("ext4") << false << false;
+    QTest::newRow("other files, where borders are crossed") << QByteArray("ext4") << true << true;
+    QTest::newRow("what mounts when it is touched") << QByteArray("autofs") << true << false;
+}
+
+void TestDirectoryWalk::touchesNoMountThatItMayNotEnter()
+{
+    QFETCH(QByteArray, type);
+    QFETCH(bool, crossed);
+    DirectoryWalk::Limits limits;
+    limits.borders = crossed ? DirectoryWalk::Borders::Crossed : DirectoryWalk::Borders::Kept;
+    limits.volumes = std::make_shared<const Volumes>("9 1 0:1 / " + at("/a/b") + " rw - " + type + " x rw",
+                                                     [](const Mount &) { return QByteArray("x"); });
+    DirectoryWalk mounts = walk(limits);
+    QCOMPARE(mounts.walk(at("")), DirectoryWalk::End::Complete);
+    QTEST(seen().contains("/a/b/c/4.jpg"), "entered");
+    QTEST(mounts.foldersRead() == 6, "entered"); // not even read
 }
 
 REGISTER_TEST(TestDirectoryWalk)
