@@ -47,11 +47,14 @@ FolderWatcher::FolderWatcher(QObject *parent)
 
 FolderWatcher::~FolderWatcher() = default;
 
-void FolderWatcher::setFolders(const QStringList &folders)
+void FolderWatcher::setFolders(const QStringList &folders, const Volumes &volumes)
 {
     if (!m_inotify.isValid())
         return;
-    const QSet<QString> wanted(folders.begin(), folders.begin() + qMin<qsizetype>(folders.size(), kMaxFolders));
+    QSet<QString> wanted;
+    for (const QString &folder : folders)
+        if (wanted.size() < kMaxFolders && !volumes.isRemote(QFile::encodeName(folder)))
+            wanted.insert(folder);
     const QSet<QString> above = foldersAbove(wanted);
     const QStringList present = m_watchOfPath.keys();
     for (const QString &path : present) {

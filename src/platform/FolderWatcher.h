@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OpenFile.h"
+#include "Volumes.h"
 
 #include <QHash>
 #include <QObject>
@@ -25,8 +26,9 @@ public:
     explicit FolderWatcher(QObject *parent = nullptr);
     ~FolderWatcher() override;
 
-    /// Watches exactly these folders from now on; those that cannot be watched are left out.
-    void setFolders(const QStringList &folders);
+    /// Watches exactly these folders from now on; those that cannot be watched are left out, and so are those on a
+    /// network, where even to begin may take forever.
+    void setFolders(const QStringList &folders, const Volumes &volumes = *Volumes::current());
     /// How many of these folders are watched, those above not counted.
     [[nodiscard]] qsizetype watchedCount() const;
 

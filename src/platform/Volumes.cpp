@@ -245,3 +245,13 @@ const Mount *Volumes::mountAt(const QByteArray &path) const
     const auto mount = m_points.constFind(path);
     return mount == m_points.cend() ? nullptr : &*mount;
 }
+
+bool Volumes::isRemote(const QByteArray &path) const
+{
+    const Mount *mount = mountAt(path);
+    for (QByteArray folder = path; !mount && folder.size() > 1;) {
+        folder = NativePath::parent(folder);
+        mount = mountAt(folder);
+    }
+    return mount && (mount->isNetwork() || mount->type == "autofs");
+}

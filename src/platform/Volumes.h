@@ -75,6 +75,9 @@ public:
 
     /// What is mounted right at this path, pseudo file systems included; null when nothing is. Does not touch the path.
     [[nodiscard]] const Mount *mountAt(const QByteArray &path) const;
+    /// Whether a look at the path may take forever, as on a network or where something is mounted by being looked at.
+    /// Told without such a look, so links are not seen through.
+    [[nodiscard]] bool isRemote(const QByteArray &path) const;
 
 private:
     QList<Volume> m_volumes;

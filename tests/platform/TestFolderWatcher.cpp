@@ -77,6 +77,29 @@ private Q_SLOTS:
         QTRY_COMPARE(names.size(), 1);
     }
 
+    void leavesFoldersOnANetworkAlone_data()
+    {
+        QTest::addColumn<QByteArray>("mounted");
+        QTest::addColumn<int>("watched"); // of a folder beside that at which it is mounted, and one beneath
+        QTest::newRow("a disk") << QByteArray("ext4 x") << 2;
+        QTest::newRow("a network") << QByteArray("nfs4 x") << 1;
+        QTest::newRow("what mounts when it is touched") << QByteArray("autofs x") << 1;
+    }
+    void leavesFoldersOnANetworkAlone()
+    {
+        QFETCH(QByteArray, mounted);
+        QTemporaryDir dir;
+        const QStringList folders{dir.filePath(QStringLiteral("net/a")), dir.filePath(QStringLiteral("network"))};
+        for (const QString &folder : folders)
+            QVERIFY(QDir().mkpath(folder));
+        const QByteArray point = QFile::encodeName(dir.filePath(QStringLiteral("net")));
+        const Volumes volumes("1 1 8:1 / / rw - ext4 x rw\n2 1 0:9 / " + point + " rw - " + mounted + " rw",
+                              [](const Mount &mount) { return mount.source; });
+        FolderWatcher watcher;
+        watcher.setFolders(folders, volumes);
+        QTEST(int(watcher.watchedCount()), "watched");
+    }
+
     void forgetsFoldersThatAreNotWantedAnyMore()
     {
         QTemporaryDir dir;
