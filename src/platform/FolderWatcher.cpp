@@ -59,7 +59,7 @@ void FolderWatcher::setFolders(const QStringList &folders, const Volumes &volume
     const QStringList present = m_watchOfPath.keys();
     for (const QString &path : present) {
         const quint32 events = wanted.contains(path) ? kEvents : above.contains(path) ? kGoneEvents : 0;
-        if (m_watches.value(m_watchOfPath.value(path)).events != events)
+        if (m_watches.value(m_watchOfPath.value(path)).value(path) != events)
             remove(path);
     }
     for (const QString &path : wanted)
@@ -70,8 +70,10 @@ void FolderWatcher::setFolders(const QStringList &folders, const Volumes &volume
 
 qsizetype FolderWatcher::watchedCount() const
 {
-    return std::count_if(m_watches.cbegin(), m_watches.cend(),
-                         [](const Watch &watch) { return watch.events == kEvents; });
+    qsizetype count = 0;
+    for (const EventsOfPath &paths : m_watches)
+        count += std::count(paths.cbegin(), paths.cend(), kEvents);
+    return count;
 }
 
 void FolderWatcher::add(const QString &path, quint32 events)
@@ -80,17 +82,22 @@ void FolderWatcher::add(const QString &path, quint32 events)
         return;
     const int watch = ::inotify_add_watch(m_inotify.number(), QFile::encodeName(path).constData(),
                                           events | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD);
-    if (watch < 0 || m_watches.contains(watch)) // two paths may lead to one folder
+    if (watch < 0)
         return;
-    m_watches.insert(watch, {path, events});
+    m_watches[watch].insert(path, events);
     m_watchOfPath.insert(path, watch);
 }
 
 void FolderWatcher::remove(const QString &path)
 {
-    const int watch = m_watchOfPath.take(path);
-    if (m_watches.remove(watch) > 0)
-        ::inotify_rm_watch(m_inotify.number(), watch);
+    const auto watch = m_watches.find(m_watchOfPath.take(path));
+    if (watch == m_watches.end())
+        return;
+    watch->remove(path);
+    if (!watch->isEmpty())
+        return;
+    ::inotify_rm_watch(m_inotify.number(), watch.key());
+    m_watches.erase(watch);
 }
 
 void FolderWatcher::removeTree(const QString &folder)
@@ -124,15 +131,20 @@ void FolderWatcher::handle(int watch, quint32 mask, const QByteArray &name)
         Q_EMIT overflowed();
         return;
     }
-    const QString path = m_watches.value(watch).path;
-    if (path.isEmpty())
-        return;
+    const EventsOfPath paths = m_watches.value(watch);
     if (mask & (kGoneEvents | IN_IGNORED))
-        removeTree(path); // what is watched is no longer what stands at the path
-    if (mask & kGoneEvents)
+        for (auto path = paths.keyBegin(); path != paths.keyEnd(); ++path)
+            removeTree(*path); // what is watched is no longer what stands at the path
+    for (auto path = paths.cbegin(); path != paths.cend(); ++path)
+        tell(path.key(), mask & path.value(), name);
+}
+
+void FolderWatcher::tell(const QString &path, quint32 events, const QByteArray &name)
+{
+    if (events & kGoneEvents)
         Q_EMIT folderGone(path);
-    else if (mask & kNameEvents)
+    else if (events & kNameEvents)
         Q_EMIT namesChanged(path);
-    else if (mask & IN_CLOSE_WRITE)
+    else if (events & IN_CLOSE_WRITE)
         Q_EMIT fileWritten(path + u'/' + QFile::decodeName(name));
 }

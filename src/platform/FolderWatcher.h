@@ -48,15 +48,13 @@ private:
     void add(const QString &path, quint32 events);
     void remove(const QString &path);
     void removeTree(const QString &folder);
+    void tell(const QString &path, quint32 events, const QByteArray &name);
 
-    struct Watch
-    {
-        QString path;
-        quint32 events = 0;
-    };
+    /// The paths by which one folder is wanted, and what is to be told of it by each.
+    using EventsOfPath = QHash<QString, quint32>;
 
     FileDescriptor m_inotify;
     std::unique_ptr<QSocketNotifier> m_notifier;
-    QHash<int, Watch> m_watches;
+    QHash<int, EventsOfPath> m_watches;
     QHash<QString, int> m_watchOfPath;
 };

@@ -77,6 +77,31 @@ private Q_SLOTS:
         QTRY_COMPARE(names.size(), 1);
     }
 
+    void tellsOfEachPathToOneFolder()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath(QStringLiteral("f"));
+        const QString link = dir.filePath(QStringLiteral("link"));
+        QVERIFY(QDir().mkpath(folder) && QFile::link(folder, link));
+        FolderWatcher watcher;
+        watcher.setFolders({folder, link});
+        QCOMPARE(watcher.watchedCount(), 2);
+        QSignalSpy names(&watcher, &FolderWatcher::namesChanged);
+        QVERIFY(QFile(folder + QStringLiteral("/x")).open(QFile::WriteOnly));
+        QTRY_COMPARE(names.size(), 2);
+        QVERIFY(names.first() != names.last());
+        // The one goes on when the other is not wanted any more.
+        watcher.setFolders({link});
+        names.clear();
+        QVERIFY(QFile(folder + QStringLiteral("/y")).open(QFile::WriteOnly));
+        QTRY_COMPARE(names.size(), 1);
+        QCOMPARE(names.first().first().toString(), link);
+        QSignalSpy gone(&watcher, &FolderWatcher::folderGone);
+        QVERIFY(QDir().rename(folder, dir.filePath(QStringLiteral("g"))));
+        QTRY_COMPARE(gone.size(), 1);
+        QCOMPARE(watcher.watchedCount(), 0);
+    }
+
     void leavesFoldersOnANetworkAlone_data()
     {
         QTest::addColumn<QByteArray>("mounted");
