@@ -105,8 +105,10 @@ struct PILocatorManager::Allocation
 bool PILocatorManager::setLocator(const QVFileLocator &locator, const QString &guid)
 {
     const QByteArray data = locator.createBinaryArchive();
-    if (!m_file.isOpen() || !LocatorMap::isGuid(guid) || data.size() > qsizetype(LocatorBlock::kMaxLength))
+    if (!m_file.isOpen() || !LocatorMap::isGuid(guid) || data.size() > qsizetype(LocatorBlock::kMaxLength)) {
+        LogString("Can't store the locator of %@ for %@", locator.path(), guid);
         return false;
+    }
     const Allocation allocation = allocateBlock(static_cast<quint32>(data.size()), guid);
     // Only what is written changes the map: after a failure the guid keeps what it had.
     if (!m_file.write(allocation.offset, allocation.block, data)) {

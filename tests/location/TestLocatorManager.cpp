@@ -358,6 +358,17 @@ private Q_SLOTS:
         QCOMPARE(stored(kA), '.');
     }
 
+    void whatCannotBeStoredIsTold()
+    {
+        QVERIFY(open());
+        QVERIFY(!m_manager->setLocator(locator(30, 'a'), QStringLiteral("free"))); // is not for a file in the list
+        QVERIFY(!m_manager->setLocator(locator(2 * 1024 * 1024, 'a'), kA));
+        m_manager->close();
+        QVERIFY(!m_manager->setLocator(locator(30, 'a'), kA));
+        QCOMPARE(m_log.size(), 3);
+        QCOMPARE(stored(kA), '.');
+    }
+
     void aDatabaseThatBreaksOffInItsNumberBeginsAnew()
     {
         writeDatabase(QByteArray("\5\0", 2));
