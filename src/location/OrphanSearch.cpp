@@ -120,8 +120,11 @@ private:
         QStringList paths;
         for (qsizetype index = 0; index < m_result.orphans.count(); ++index)
             paths.append(QVString::appendingPathComponent(m_request.folder, m_result.orphans.path(index)));
-        for (const BookmarkMatcher::Match &match : BookmarkMatcher(bookmarks).match(paths, m_stop))
+        for (const BookmarkMatcher::Match &match : BookmarkMatcher(bookmarks).match(paths, m_stop)) {
             m_result.missing.insert(match.path, m_request.missing[match.bookmark].guid);
+            if (match.byContent)
+                m_result.byContent.insert(match.path);
+        }
     }
 
     const OrphanRequest &m_request;

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QMultiMap>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -31,6 +32,9 @@ struct OrphanSearchResult
     /// The orphans that are missing files: their places among the orphans, and the references that miss them. Seldom
     /// more than one for an orphan.
     QMultiMap<qsizetype, QString> missing = {};
+    /// Those of them that are known by their content alone. There may be more copies where no orphans were looked for,
+    /// so it is likely but not certain that they are what is missed.
+    QSet<qsizetype> byContent = {};
     qsizetype filesSeen = 0;
     int undecodableNames = 0; ///< image files whose names are not valid UTF-8
     qsizetype unreadableFolders = 0;

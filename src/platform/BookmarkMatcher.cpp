@@ -48,7 +48,7 @@ void BookmarkMatcher::findByIdentity(Candidate candidate)
             continue;
         lost->isOpen = false;
         isKnown = true;
-        add(*lost, candidate.path);
+        m_matches.append({candidate.path, lost->index});
     }
     if (isKnown)
         m_taken.insert({place.file.device, place.file.identity.inode});
@@ -69,6 +69,9 @@ void BookmarkMatcher::findByContent()
         pathOf.insert(candidate.place.path, candidate.path);
         search.examineCandidate(candidate.place, kNoFolder, candidate.place.path.constData());
     }
-    search.conclude([&](const LostFile &lost, const FoundPlace &place) { add(lost, pathOf.value(place.path)); },
-                    [](const LostFile &) {});
+    search.conclude(
+        [&](const LostFile &lost, const FoundPlace &place) {
+            m_matches.append({pathOf.value(place.path), lost.index, /*byContent=*/true});
+        },
+        [](const LostFile &) {});
 }

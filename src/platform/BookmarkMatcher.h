@@ -24,6 +24,7 @@ public:
     {
         qsizetype path = 0;
         qsizetype bookmark = 0;
+        bool byContent = false; ///< other copies may stand elsewhere
         bool operator==(const Match &) const = default;
     };
 
@@ -42,7 +43,6 @@ private:
     };
     void findByIdentity(Candidate candidate);
     void findByContent();
-    void add(const LostFile &lost, qsizetype path) { m_matches.append({path, lost.index}); }
 
     std::shared_ptr<const Volumes> m_volumes;
     std::vector<LostFile> m_lost;

@@ -83,14 +83,22 @@ private Q_SLOTS:
             QVERIFY(file.open(QFile::WriteOnly) && file.write(content) == content.size());
         };
         put("photo.jpg", "a photo");
+        put("deleted.jpg", "a dear photo");
         const auto bookmark = FileBookmark::create(dir.filePath(QStringLiteral("photo.jpg")));
-        if (!bookmark)
+        const auto deleted = FileBookmark::create(dir.filePath(QStringLiteral("deleted.jpg")));
+        if (!bookmark || !deleted)
             QSKIP("there are no bookmarks here");
         QVERIFY(QFile::rename(dir.filePath(QStringLiteral("photo.jpg")), dir.filePath(QStringLiteral("b.jpg"))));
         put("a.jpg", "another");
-        const auto result = findOrphans({dir.path(), {}, {{QStringLiteral("guid"), *bookmark}}}, {});
-        QCOMPARE(pathsOf(result), QStringList({QStringLiteral("a.jpg"), QStringLiteral("b.jpg")}));
-        QCOMPARE(result.missing, (QMultiMap<qsizetype, QString>{{1, QStringLiteral("guid")}}));
+        put("c.jpg", "a dear photo");
+        QVERIFY(QFile::remove(dir.filePath(QStringLiteral("deleted.jpg"))));
+        const auto result = findOrphans(
+            {dir.path(), {}, {{QStringLiteral("guid"), *bookmark}, {QStringLiteral("deleted"), *deleted}}}, {});
+        QCOMPARE(pathsOf(result),
+                 QStringList({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("c.jpg")}));
+        QCOMPARE(result.missing,
+                 (QMultiMap<qsizetype, QString>{{1, QStringLiteral("guid")}, {2, QStringLiteral("deleted")}}));
+        QCOMPARE(result.byContent, QSet<qsizetype>{2});
     }
 
     void stopsWhenTold()
