@@ -10,7 +10,8 @@
 class LocatorCheck
 {
 public:
-    /// `guidsInUse` are those of the whole library; none when that is not known. `bookmarks` outlives the check.
+    /// `guidsInUse` are those of the whole library; none when that is not known, and then all are in use. `bookmarks`
+    /// outlives the check.
     LocatorCheck(QList<PostponedFile> files, QStringList guidsInUse, LocatorSnapshot locators,
                  BookmarkService &bookmarks);
 
