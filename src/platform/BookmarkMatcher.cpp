@@ -29,8 +29,7 @@ QList<BookmarkMatcher::Match> BookmarkMatcher::match(const QStringList &paths, c
         if (volume && present->identity.kind == FileKind::File)
             findByIdentity({index, {path, *present, volume}});
     }
-    if (!stop.stop_requested())
-        findByContent();
+    findByContent(stop);
     std::sort(m_matches.begin(), m_matches.end(), [](const Match &left, const Match &right) {
         return std::pair(left.path, left.bookmark) < std::pair(right.path, right.bookmark);
     });
@@ -56,7 +55,8 @@ void BookmarkMatcher::findByIdentity(Candidate candidate)
         m_unknown.push_back(std::move(candidate));
 }
 
-void BookmarkMatcher::findByContent()
+/// Nothing when it is told to stop: whether a copy is the only one is known at the end.
+void BookmarkMatcher::findByContent(const std::stop_token &stop)
 {
     ContentSearch search(m_taken, {});
     for (LostFile &lost : m_lost)
@@ -64,6 +64,8 @@ void BookmarkMatcher::findByContent()
             search.add(lost);
     QHash<QByteArray, qsizetype> pathOf;
     for (const Candidate &candidate : m_unknown) {
+        if (stop.stop_requested())
+            return;
         if (!search.wants(candidate.place.file))
             continue;
         pathOf.insert(candidate.place.path, candidate.path);

@@ -42,7 +42,7 @@ private:
         FoundPlace place;
     };
     void findByIdentity(Candidate candidate);
-    void findByContent();
+    void findByContent(const std::stop_token &stop);
 
     std::shared_ptr<const Volumes> m_volumes;
     std::vector<LostFile> m_lost;

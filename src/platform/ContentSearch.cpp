@@ -25,30 +25,30 @@ void ContentSearch::add(LostFile &lost)
 bool ContentSearch::examine(const Volume &volume, const ContentCandidates &candidates,
                             const std::function<bool()> &isCutShort)
 {
-    bool isWhole = !candidates.hasOverflowed();
+    bool isCut = false;
     candidates.visit([&](const QByteArray &folder, const std::vector<const char *> &names) {
-        if (isCutShort()) {
-            isWhole = false;
-            return false;
-        }
-        examineFolder(volume, folder, names);
-        return true;
+        isCut = isCutShort() || !examineFolder(volume, folder, names, isCutShort);
+        return !isCut;
     });
-    return isWhole;
+    return !isCut && !candidates.hasOverflowed();
 }
 
-void ContentSearch::examineFolder(const Volume &volume, const QByteArray &folder,
-                                  const std::vector<const char *> &names)
+/// Asks for each file, which may be one of very many or on a slow disk. False when it was cut short.
+bool ContentSearch::examineFolder(const Volume &volume, const QByteArray &folder,
+                                  const std::vector<const char *> &names, const std::function<bool()> &isCutShort)
 {
     const FileDescriptor open(
         Posix::retry([&] { return ::open(folder.constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC); }));
     if (!open.isValid())
-        return;
+        return true;
     for (const char *name : names) {
+        if (isCutShort())
+            return false;
         const auto present = examineFile(open.number(), name);
         if (present && wants(*present))
             examineCandidate({NativePath::join(folder, name), *present, &volume}, open.number(), name);
     }
+    return true;
 }
 
 bool ContentSearch::wants(const PresentFile &file) const

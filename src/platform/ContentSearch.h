@@ -47,7 +47,8 @@ private:
         bool isProven = false; ///< the copy is the file itself, as far as its volume can tell
     };
 
-    void examineFolder(const Volume &volume, const QByteArray &folder, const std::vector<const char *> &names);
+    [[nodiscard]] bool examineFolder(const Volume &volume, const QByteArray &folder,
+                                     const std::vector<const char *> &names, const std::function<bool()> &isCutShort);
     void claim(Claim &claim, const FoundPlace &place);
 
     QSet<Object> m_taken;

@@ -1,4 +1,5 @@
 #include "BookmarkScene.h"
+#include "ContentSearch.h"
 #include "TestRunner.h"
 
 #include <sys/stat.h>
@@ -20,6 +21,7 @@ private Q_SLOTS:
     void doesNotTakeAnotherLostFileForACopy();
     void endsWhenCancelledOrOutOfTime_data();
     void endsWhenCancelledOrOutOfTime();
+    void endsBetweenTwoFilesOfAFolder();
     void searchesNothingWhileTheVolumeIsAway();
     void mountsAVolumeWhereAllowed();
     void walksNetworkVolumesOnlyWhereAllowed();
@@ -217,6 +219,24 @@ void TestFileBookmarkMany::endsWhenCancelledOrOutOfTime()
     QCOMPARE(round.told, 2);
     QCOMPARE(round.results[1].status, Status::Unsearched);
     QCOMPARE(round.progress.foldersRead, 0);
+}
+
+void TestFileBookmarkMany::endsBetweenTwoFilesOfAFolder()
+{
+    const QTemporaryDir folder;
+    const BookmarkScene scene(folder.path());
+    const auto volumes = scene.volumes();
+    ContentCandidates candidates({});
+    candidates.addWantedName("x.jpg");
+    const DirectoryWalk::Folder where{scene.nativeAt("Pictures/2023")};
+    for (const char *name : {"photo.jpg", "other.jpg"})
+        candidates.consider(where, {name, 0, EntryType::File});
+    LostFile lost{.data = BookmarkData::decode(scene.photo).value_or(BookmarkData())};
+    ContentSearch search({}, {});
+    search.add(lost);
+    int asked = 0;
+    QVERIFY(search.examine(volumes->all().first(), candidates, [] { return false; }));
+    QVERIFY(!search.examine(volumes->all().first(), candidates, [&] { return ++asked > 2; }));
 }
 
 void TestFileBookmarkMany::searchesNothingWhileTheVolumeIsAway()
