@@ -91,7 +91,8 @@ FoundFile LocatorFileFinder::takeDoubt(const QString &guid, const QString &path,
         return {true, path};
     }
     note(guid, *doubt);
-    return {*doubt == Doubt::Changed, path, *doubt == Doubt::Lost && m_away.contains(guid)};
+    const bool isAway = m_away.contains(guid);
+    return {*doubt == Doubt::Changed && !isAway, path, isAway};
 }
 
 FoundFile LocatorFileFinder::relocate(const QString &guid, const QString &path)
@@ -254,7 +255,8 @@ FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolut
         const bool isStored = (result.changed || isElsewhere) && store(file.guid, locator);
         return {result.found, locator.path(), result.volumeAway, isChanged && !isElsewhere && isStored};
     }
-    if (file.doubt == Doubt::Occupied)
+    // What stands at the path then is of another volume that is mounted there.
+    if (resolution.status == Status::VolumeAway || file.doubt == Doubt::Occupied)
         return {false, locator.path(), resolution.status == Status::VolumeAway};
     const bool isRenewed = m_manager && isReplaced(locator, resolution.status, m_manager->lastStored()) &&
                            locator.setBookmarkFromPath(m_bookmarks);

@@ -195,12 +195,21 @@ private Q_SLOTS:
         QCOMPARE(!house.finder->hasUnsettled(), isTaken); // whether the bookmark is fresh
     }
 
+    void anAbsentVolumeIsNotSearchedAndNothingIsChanged_data()
+    {
+        QTest::addColumn<QByteArray>("there");
+        QTest::newRow("nothing at its mount point") << QByteArray();
+        QTest::newRow("another card at its mount point") << QByteArray("usb/a.png");
+    }
     void anAbsentVolumeIsNotSearchedAndNothingIsChanged()
     {
+        QFETCH(QByteArray, there);
         FollowedLibrary &house = *m_house;
         const auto photo = house.add("usb/a.png");
         const QString stored = house.storedPath(*photo);
         house.move("usb", "unplugged");
+        if (!there.isEmpty())
+            house.draw(there);
         BookmarkOptions options = house.options();
         options.volumes = std::make_shared<const Volumes>(QByteArray(), identifyMount);
         LostFileSearch lost(*house.library, *house.finder, options);
@@ -211,6 +220,8 @@ private Q_SLOTS:
         house.lookAtAll();
         QVERIFY(photo->isVolumeAway()); // still, before the next search has told so
 
+        if (!there.isEmpty())
+            house.move("usb", "unplugged too");
         house.move("unplugged", "usb");
         house.lookAtAll();
         QVERIFY(!photo->isFileLost() && !photo->isVolumeAway());
