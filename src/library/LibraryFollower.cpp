@@ -21,7 +21,7 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     , m_search(library, finder, options)
     , m_check(
           library, finder, QStringLiteral("hmphoto.fileCheck"),
-          [this](const FileCheck::Files &changed, const FileCheck::Files &doubtful) { takeChecked(changed, doubtful); },
+          [this](const FileCheck::Files &changed, const FileCheck::Files &) { takeChecked(changed); },
           [this] { endCheck(); })
 {
     m_searchSoon.setSingleShot(true);
@@ -40,7 +40,7 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     m_search.setProgress([this](const LostFileSearch::Summary &soFar, const BookmarkProgress &walk) {
         Q_EMIT walking(soFar.found, walk.total);
     });
-    m_search.setMoved([this](const FileCheck::Files &files) { takeMoved(files); });
+    m_search.setMoved([this] { m_folder.watchAgain(); });
     m_search.setFinished([this](const LostFileSearch::Summary &summary) { Q_EMIT finished(summary); });
 }
 
@@ -69,19 +69,10 @@ void LibraryFollower::begin()
     m_check.run(check);
 }
 
-void LibraryFollower::takeChecked(const FileCheck::Files &changed, const FileCheck::Files &doubtful)
+void LibraryFollower::takeChecked(const FileCheck::Files &changed)
 {
     m_shownAnew.unite(changed);
-    m_missingAtStart.unite(doubtful);
     m_patience.start();
-}
-
-void LibraryFollower::takeMoved(const FileCheck::Files &files)
-{
-    const FileCheck::Files late = FileCheck::Files(files).intersect(m_missingAtStart);
-    m_missingAtStart.subtract(late);
-    m_library.fileRefs().takeUpPaths(late);
-    m_folder.watchAgain();
 }
 
 /// What is missing is looked for with one walk, so this waits until all of it is known, or a disk does not answer: the
@@ -92,7 +83,6 @@ void LibraryFollower::endCheck()
     m_patience.stop();
     const auto changed = std::exchange(m_shownAnew, {});
     if (!changed.isEmpty()) {
-        m_library.fileRefs().takeUpPaths(changed);
         m_library.filesChangedPlace(changed);
         m_folder.watchAgain();
     }

@@ -40,8 +40,7 @@ Q_SIGNALS:
 
 private:
     void lookAtAbsent();
-    void takeChecked(const FileCheck::Files &changed, const FileCheck::Files &doubtful);
-    void takeMoved(const FileCheck::Files &files);
+    void takeChecked(const FileCheck::Files &changed);
     void endCheck();
 
     PhotoLibrary &m_library;
@@ -54,8 +53,7 @@ private:
     bool m_begun = false;
 
     bool m_isChecking = false;
-    QTimer m_patience;                 ///< with the check of all files, as long as it gets on
-    FileCheck::Files m_shownAnew;      ///< whose state the check has changed so far
-    FileCheck::Files m_missingAtStart; ///< according to the check, and not found since
+    QTimer m_patience;            ///< with the check of all files, as long as it gets on
+    FileCheck::Files m_shownAnew; ///< whose state the check has changed so far
     FileCheck m_check;
 };

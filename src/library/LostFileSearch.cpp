@@ -146,9 +146,9 @@ void LostFileSearch::tellOfFound()
     if (m_shownAnew.isEmpty())
         return;
     const auto files = std::exchange(m_shownAnew, {});
-    if (m_moved)
-        m_moved(files);
     m_library.filesChangedPlace(files);
+    if (m_moved)
+        m_moved();
 }
 
 void LostFileSearch::tellOfRewritten()

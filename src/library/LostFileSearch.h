@@ -30,8 +30,8 @@ public:
 
     /// Called a few times a second while a walk is under way.
     using Progress = std::function<void(const Summary &soFar, const BookmarkProgress &walk)>;
-    /// Called a few times a second while files are found, with their references.
-    using Moved = std::function<void(const QSet<const PIFileRef *> &files)>;
+    /// Called a few times a second while files are found.
+    using Moved = std::function<void()>;
     /// Called when nothing is left to look for.
     using Finished = std::function<void(const Summary &)>;
 

@@ -168,6 +168,7 @@ QList<std::shared_ptr<PIFileRef>> PhotoLibrary::usedFileRefs(
 
 void PhotoLibrary::filesChangedPlace(const QSet<const PIFileRef *> &files)
 {
+    m_fileRefs.takeUpPaths(files);
     for (const PIFileRef *file : files)
         m_imageCache.storeImage({}, file->guid());
     forEachPhotoOf(files, [this](const std::shared_ptr<PIPhoto> &photo) {

@@ -25,9 +25,30 @@ std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForPathIfExists(const QString
 {
     m_byPath.reserve(m_entries.size());
     for (; m_indexedByPath < m_entries.size(); ++m_indexedByPath)
-        m_byPath.insert(m_entries.at(m_indexedByPath).key, m_indexedByPath);
+        indexPath(m_indexedByPath);
     const auto found = m_byPath.constFind(path);
     return found == m_byPath.cend() ? nullptr : m_entries.at(*found).ref;
+}
+
+namespace {
+
+bool isThere(const PIFileRef &ref, const QString &path)
+{
+    return !ref.isFileLost() && ref.path() == path;
+}
+
+}
+
+/// Of two entries with one key the later one counts, unless only the earlier one's file is there.
+void FileRefRegistry::indexPath(qsizetype at) const
+{
+    const Entry &entry = m_entries.at(at);
+    if (entry.key.isEmpty())
+        return;
+    const qsizetype before = m_byPath.size();
+    qsizetype &place = m_byPath[entry.key];
+    if (m_byPath.size() > before || isThere(*entry.ref, entry.key) || !isThere(*m_entries.at(place).ref, entry.key))
+        place = at;
 }
 
 std::shared_ptr<PIFileRef> FileRefRegistry::fileRefForGuid(const QString &guid) const
@@ -47,7 +68,8 @@ QStringList FileRefRegistry::knownPaths() const
     QStringList paths;
     paths.reserve(m_entries.size());
     for (const Entry &entry : m_entries) {
-        paths.append(entry.key);
+        if (!entry.key.isEmpty())
+            paths.append(entry.key);
         if (entry.ref->path() != entry.key)
             paths.append(entry.ref->path());
     }
@@ -56,11 +78,27 @@ QStringList FileRefRegistry::knownPaths() const
 
 void FileRefRegistry::takeUpPaths(const QSet<const PIFileRef *> &refs)
 {
-    if (refs.isEmpty())
+    enterAnew(refs, [](const PIFileRef &ref) { return ref.path(); });
+}
+
+void FileRefRegistry::dropPaths(const QSet<const PIFileRef *> &refs)
+{
+    enterAnew(refs, [](const PIFileRef &) { return QString(); });
+}
+
+template<typename KeyOf>
+void FileRefRegistry::enterAnew(const QSet<const PIFileRef *> &refs, const KeyOf &keyOf)
+{
+    bool isChanged = false;
+    for (Entry &entry : m_entries) {
+        if (refs.isEmpty() || !refs.contains(entry.ref.get()))
+            continue;
+        const QString key = keyOf(*entry.ref);
+        isChanged |= key != entry.key;
+        entry.key = key;
+    }
+    if (!isChanged)
         return;
-    for (Entry &entry : m_entries)
-        if (refs.contains(entry.ref.get()))
-            entry.key = entry.ref->path();
     m_byPath.clear();
     m_indexedByPath = 0;
 }
@@ -140,7 +178,8 @@ void FileRefRegistry::saveFileRefs(QVXmlEncoder &encoder) const
     FolderList folders;
     QList<const PIFileRef *> used;
     for (const Entry &entry : m_entries) {
-        (void)folders.placeOfFolderOf(entry.key);
+        if (!entry.key.isEmpty())
+            (void)folders.placeOfFolderOf(entry.key);
         if (entry.ref->saveIndex() != kNotFound)
             used.append(entry.ref.get());
     }

@@ -11,7 +11,7 @@
 #include <memory>
 
 /// All file references, by the path under which each was entered, so that photos of one file share one reference. The
-/// key is not changed when a reference's path changes later. Main thread.
+/// key is not changed when a reference is given another path later, but when its file was followed. Main thread.
 class FileRefRegistry
 {
 public:
@@ -27,9 +27,11 @@ public:
     [[nodiscard]] std::shared_ptr<PIFileRef> fileRefForGuid(const QString &guid) const;
     /// Every path under which a reference was entered, and every other one to which one leads by now.
     [[nodiscard]] QStringList knownPaths() const;
-    /// Enters these anew under their present paths: to be called once the files of a library that was read unseen have
-    /// been looked at, and again when those that were missing then are found.
+    /// Enters these anew under their present paths: to be called when their files were found elsewhere, so that another
+    /// file at the old path is not taken for them.
     void takeUpPaths(const QSet<const PIFileRef *> &refs);
+    /// Enters these under no path any more: their files are in the trash, and what comes to stand at the paths is new.
+    void dropPaths(const QSet<const PIFileRef *> &refs);
     /// How many references there are.
     [[nodiscard]] qsizetype count() const { return m_entries.size(); }
 
@@ -43,10 +45,13 @@ public:
 private:
     struct Entry
     {
-        QString key;
+        QString key; ///< empty: under no path any more
         std::shared_ptr<PIFileRef> ref;
     };
     void add(const QString &key, const std::shared_ptr<PIFileRef> &ref);
+    void indexPath(qsizetype at) const;
+    template<typename KeyOf>
+    void enterAnew(const QSet<const PIFileRef *> &refs, const KeyOf &keyOf);
 
     PIFileRef::Environment m_environment;
     /// In order of registration. A reference whose key another one took over stays here: photos hold it, and the

@@ -60,6 +60,11 @@ private Q_SLOTS:
         QVERIFY(!isWalked);
         QVERIFY(m_tilesChanged > 0);
         QCOMPARE(m_filesChanged, 0);
+        // What comes to stand at its old places is another file.
+        FileRefRegistry &files = m_house->library->fileRefs();
+        QCOMPARE(files.fileRefForPathIfExists(path()), m_photo->fileRef());
+        for (const char *name : {"shown/a.png", "shown/b.png"})
+            QVERIFY(!files.fileRefForPathIfExists(m_house->at(name)));
     }
 
     void movesAreFollowedAndWatchedWhereTheyLead()

@@ -101,6 +101,24 @@ private Q_SLOTS:
         QCOMPARE(m_registry->fileRefForPath(QStringLiteral("/p/c.jpg")), moved);
     }
 
+    void whatWasFollowedIsFoundWhereItIsNow()
+    {
+        const QString a = QStringLiteral("/p/a.jpg");
+        const QString b = QStringLiteral("/p/b.jpg");
+        const auto moved = used(a, 0);
+        const auto lost = used(b, 1);
+        lost->setFileLost(true);
+        moved->setPath(b);
+        m_registry->takeUpPaths({moved.get()});
+        QCOMPARE(m_registry->fileRefForPathIfExists(a), nullptr);
+        QCOMPARE(m_registry->fileRefForPath(b), moved); // though another that is lost was entered there later
+        m_registry->dropPaths({moved.get()});
+        QCOMPARE(m_registry->fileRefForPathIfExists(b), lost);
+        QCOMPARE(m_registry->knownPaths().count(b), 2);
+        const auto back = readBack(saved());
+        QVERIFY(back && pathsOf(*back) == QStringList({b, b}));
+    }
+
     void referencesAreFoundByGuidAsTheyCome()
     {
         const auto a = m_registry->fileRefForPath(QStringLiteral("/p/a.jpg"));
