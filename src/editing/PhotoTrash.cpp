@@ -110,19 +110,22 @@ void PhotoTrash::removeFromLibrary(const PIGroup::PhotoList &photos)
 void PhotoTrash::recycled(quint64 job, const QList<Trash::Failure> &failures)
 {
     const QList<Trashed> trashed = m_jobs.take(job);
-    if (failures.isEmpty())
-        return;
     QSet<QString> paths;
     for (const Trash::Failure &failure : failures) {
         LogString(QStringLiteral("%1 could not be moved to the trash: %2").arg(failure.path, failure.reason));
         paths.insert(failure.path);
     }
     PIGroup::PhotoList left;
-    for (const Trashed &each : trashed) {
-        if (!paths.contains(each.path))
-            continue;
-        left.append(each.photo->copy());
-        left.last()->setGuid(QVString::guidString());
+    PIGroup::PhotoList gone;
+    for (const Trashed &each : trashed)
+        (paths.contains(each.path) ? left : gone).append(each.photo);
+    // A file that is brought to one of those places later is a new one.
+    m_editor.library().fileRefs().dropPaths(filesOf(gone));
+    if (failures.isEmpty())
+        return;
+    for (auto &photo : left) {
+        photo = photo->copy();
+        photo->setGuid(QVString::guidString());
     }
     takeBack(left, failures.first().reason);
 }

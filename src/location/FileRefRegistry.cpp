@@ -68,8 +68,9 @@ QStringList FileRefRegistry::knownPaths() const
     QStringList paths;
     paths.reserve(m_entries.size());
     for (const Entry &entry : m_entries) {
-        if (!entry.key.isEmpty())
-            paths.append(entry.key);
+        if (entry.key.isEmpty())
+            continue;
+        paths.append(entry.key);
         if (entry.ref->path() != entry.key)
             paths.append(entry.ref->path());
     }

@@ -90,6 +90,8 @@ private Q_SLOTS:
         QCOMPARE(house.fake->taken, QStringList({house.path(QStringLiteral("1")), house.path(QStringLiteral("2"))}));
         QVERIFY(house.library.isDirty());
         QVERIFY(!house.manager.isUndoAvailable());
+        // A file that is imported from the same place is another one.
+        QVERIFY(house.library.fileRefs().fileRefForPath(house.path(QStringLiteral("2"))) != two->fileRef());
     }
 
     void photosOfFilesThatStayComeBack()
@@ -110,6 +112,7 @@ private Q_SLOTS:
         const auto back = group->folders().last()->photos().first();
         QVERIFY(back->guid() != two->guid());
         QCOMPARE(back->fileRef(), two->fileRef());
+        QCOMPARE(house.library.fileRefs().fileRefForPath(house.path(QStringLiteral("2"))), two->fileRef());
         QCOMPARE(alerts.said, QStringList(QStringLiteral(
                                   "Move to trash failed. Some files could not be moved to the trash and were instead "
                                   "moved to the \"Undeleted\" group. The trash is full.")));

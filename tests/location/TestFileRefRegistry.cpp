@@ -114,7 +114,7 @@ private Q_SLOTS:
         QCOMPARE(m_registry->fileRefForPath(b), moved); // though another that is lost was entered there later
         m_registry->dropPaths({moved.get()});
         QCOMPARE(m_registry->fileRefForPathIfExists(b), lost);
-        QCOMPARE(m_registry->knownPaths().count(b), 2);
+        QCOMPARE(m_registry->knownPaths(), QStringList(b));
         const auto back = readBack(saved());
         QVERIFY(back && pathsOf(*back) == QStringList({b, b}));
     }
