@@ -1,6 +1,7 @@
 #include "LostFileSearch.h"
 
 #include "FileNotifications.h"
+#include "KeptOriginal.h"
 #include "LibraryNotifications.h"
 #include "PhotoLibrary.h"
 
@@ -115,6 +116,18 @@ void LostFileSearch::take(const Stage &stage, const QList<SearchedFile> &files)
     follow(settled);
 }
 
+namespace {
+
+/// A program that sets the original aside when it saves means the photo to be what it saved.
+BookmarkResolution unlessSetAside(const SearchedFile &searched)
+{
+    const bool isSetAside = searched.file.doubt == Doubt::Changed && searched.resolution.status == Status::Found &&
+                            isKeptOriginal(searched.resolution.path, searched.file.locator.path());
+    return isSetAside ? BookmarkResolution{searched.resolution.index, Status::Missing} : searched.resolution;
+}
+
+}
+
 void LostFileSearch::follow(const QList<SearchedFile> &files)
 {
     for (const SearchedFile &searched : files) {
@@ -122,10 +135,11 @@ void LostFileSearch::follow(const QList<SearchedFile> &files)
         if (!ref)
             continue;
         const FoundFile before{!ref->isFileLost(), ref->path(), ref->isVolumeAway()};
-        const FoundFile place = m_finder.settle(searched.file, searched.resolution);
+        const BookmarkResolution resolution = unlessSetAside(searched);
+        const FoundFile place = m_finder.settle(searched.file, resolution);
         ref->take(place);
         const bool isElsewhere = ref->path() != before.path;
-        const bool isReplaced = place.contentChanged && searched.resolution.status != Status::Found;
+        const bool isReplaced = place.contentChanged && resolution.status != Status::Found;
         m_summary.found += isElsewhere;
         if (isReplaced)
             m_library.notifications().post(kFileChangeNotification, ref);

@@ -137,6 +137,8 @@ private Q_SLOTS:
                                           << "d/a.png" << true << false;
         QTest::newRow("replaced by a new file") << "replace"
                                                 << "d/a.png" << false << false;
+        for (const char *name : {"d/a.png~", "d/a.bak", "d/a_original.png"})
+            QTest::addRow("saved anew, with the original kept as %s", name) << name << "d/a.png" << false << false;
         QTest::newRow("exchanged with another photo") << "swap"
                                                       << "d/b.png" << true << true;
     }
@@ -153,6 +155,9 @@ private Q_SLOTS:
             house.move("d/b.png", "d/a.png");
             house.move("d/c.png", "d/b.png");
         } else if (change == QLatin1String("write")) {
+            house.draw("d/a.png");
+        } else if (change.startsWith(QLatin1String("d/"))) {
+            house.move("d/a.png", change.toUtf8());
             house.draw("d/a.png");
         } else {
             house.draw("d/new.png");
