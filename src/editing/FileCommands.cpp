@@ -1,6 +1,7 @@
 #include "FileCommands.h"
 
 #include "DirectoryReader.h"
+#include "FileBookmark.h"
 #include "FileDates.h"
 #include "FileWriter.h"
 #include "LibraryNotifications.h"
@@ -9,10 +10,8 @@
 #include "PhotoLibrary.h"
 #include "StringUtilities.h"
 
+#include <QFileInfo>
 #include <QSet>
-
-#include <algorithm>
-#include <iterator>
 
 namespace {
 
@@ -66,6 +65,7 @@ bool FileCommands::renameFile(PhotoLibrary &library, PIPhoto &photo, const QStri
         return false;
     }
     file.setPath(target);
+    library.fileRefs().takeUpPaths({&file});
     library.setDirtyForGood();
     library.notifications().post(kRedrawNotification, &photo);
     return true;
@@ -77,6 +77,8 @@ bool FileCommands::setDate(PhotoLibrary &library, PIPhoto &photo, const QDateTim
     if (!isThere(file, reason))
         return false;
     const bool set = FileDates::setDate(file.path(), date.toSecsSinceEpoch(), reason);
+    if (set)
+        file.setPath(file.path()); // it is findable with its new date
     if (const auto present = FileDates::dateOf(file.path()))
         file.setCreationTime(static_cast<double>(*present));
     library.notifications().post(kRedrawNotification, &photo);
@@ -88,6 +90,7 @@ namespace {
 /// Tells the photos of these files, but for those that were told already.
 void tellPhotos(PhotoLibrary &library, const QSet<const PIFileRef *> &taken, const QSet<const PIPhoto *> &told)
 {
+    library.fileRefs().takeUpPaths(taken);
     library.forEachPhotoOf(taken, [&](const std::shared_ptr<PIPhoto> &photo) {
         if (!told.contains(photo.get()))
             rebuildThumbnail(library, *photo);
@@ -103,6 +106,7 @@ int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<
         return 0;
     const QString oldFolder = folderOf(photo->fileRef()->path());
     const QString newFolder = folderOf(path);
+    const bool wasAway = photo->isVolumeAway();
     QSet<const PIFileRef *> taken;
     QSet<const PIPhoto *> told;
     const auto take = [&](PIPhoto &found, const QString &place) {
@@ -115,7 +119,7 @@ int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<
     const PIGroup::PhotoList photos = shownFolder ? shownFolder->photos() : PIGroup::PhotoList();
     for (qsizetype i = photos.size() - 1; i >= 0; --i) {
         PIPhoto &other = *photos[i];
-        if (&other == photo.get() || !other.fileRef() || !other.isFileLost() ||
+        if (&other == photo.get() || !other.fileRef() || !other.isFileLost() || other.isVolumeAway() != wasAway ||
             !other.fileRef()->path().startsWith(oldFolder))
             continue;
         const QString candidate =
@@ -129,52 +133,43 @@ int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<
     return static_cast<int>(told.size()) - 1;
 }
 
-namespace {
-
-/// The folder and everything above it, the deepest first, without the root: everything stands under that.
-QStringList withAncestors(QString folder)
+QString FileCommands::movedFolderOf(const QString &path)
 {
-    QStringList folders;
-    while (folder.size() > 1) {
-        folders << folder;
-        folder = folderOf(folder);
-    }
-    return folders;
+    QString moved = folderOf(path);
+    for (QString folder = moved; folder.size() > 1 && !entryTypeAt(folder); folder = folderOf(folder))
+        moved = folder;
+    return moved;
 }
 
-}
-
-std::optional<FileCommands::LostTree> FileCommands::lostTreeAround(const PhotoLibrary &library, const PIPhoto &photo)
+std::optional<FileCommands::LostTree> FileCommands::lostTreeIn(const QString &folder, const PhotoLibrary &library,
+                                                               const PIPhoto &photo)
 {
-    if (!photo.fileRef())
-        return std::nullopt;
-    const QStringList folders = withAncestors(folderOf(photo.fileRef()->path()));
-    const auto files = library.usedFileRefs([](const PIFileRef &file) { return file.isFileLost(); });
-    // Every folder above holds at least as many; the deepest one that gains nothing by going up is the one that moved.
-    std::optional<LostTree> best;
-    for (const QString &folder : folders) {
-        const QString prefix = folder + u'/';
-        QList<std::shared_ptr<PIFileRef>> held;
-        std::copy_if(files.begin(), files.end(), std::back_inserter(held),
-                     [&](const auto &file) { return file->path().startsWith(prefix); });
-        if (held.size() > 1 && (!best || held.size() > best->files.size()))
-            best = LostTree{folder, held};
-    }
-    return best;
+    const QString prefix = folder + u'/';
+    const auto files = library.usedFileRefs([&](const PIFileRef &file) {
+        return file.isFileLost() && file.isVolumeAway() == photo.isVolumeAway() && file.path().startsWith(prefix);
+    });
+    const bool isItsFolder = photo.fileRef() && photo.fileRef()->path().startsWith(prefix);
+    return isItsFolder && files.size() > 1 ? std::optional(LostTree{folder, files}) : std::nullopt;
 }
 
-QList<FileCommands::MovedFile> FileCommands::filesMovedTo(const LostTree &tree, const QString &newFolder)
+QList<FileCommands::MovedFile> FileCommands::filesMovedTo(const PhotoLibrary &library, const LostTree &tree,
+                                                          const QString &newFolder)
 {
     QList<MovedFile> moved;
-    for (const auto &file : tree.files)
-        moved << MovedFile{file, QVString::appendingPathComponent(newFolder, file->path().mid(tree.folder.size() + 1))};
+    for (const auto &file : tree.files) {
+        const QString path = QVString::appendingPathComponent(newFolder, file->path().mid(tree.folder.size() + 1));
+        moved << MovedFile{file, path, {}, FileBookmark::fileSize(library.fileFinder().bookmark(file->guid()))};
+    }
     return moved;
 }
 
 QList<FileCommands::MovedFile> FileCommands::preparedFiles(QList<MovedFile> files,
                                                            const FileFinder::Preparation &prepare)
 {
-    files.removeIf([](const MovedFile &file) { return entryTypeAt(file.path) != EntryType::File; });
+    files.removeIf([](const MovedFile &file) {
+        return entryTypeAt(file.path) != EntryType::File ||
+               (file.size > 0 && static_cast<quint64>(QFileInfo(file.path).size()) != file.size);
+    });
     if (prepare)
         for (MovedFile &file : files)
             file.bookmark = prepare(file.path);

@@ -34,13 +34,18 @@ int updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<PIPhoto> &phot
 /// Lost files that stood under one folder.
 struct LostTree
 {
-    QString folder; ///< the deepest folder that holds them all
+    QString folder; ///< as far as can be told, the one that moved
     QList<std::shared_ptr<PIFileRef>> files;
 };
 
-/// The deepest folder that held the lost file of `photo` and the most of the other lost files of the library; nothing
-/// when fewer than two are lost there.
-[[nodiscard]] std::optional<LostTree> lostTreeAround(const PhotoLibrary &library, const PIPhoto &photo);
+/// The highest folder above a file that is no longer there; the file's own when that is. Any thread but the main one: a
+/// disk may not answer.
+[[nodiscard]] QString movedFolderOf(const QString &path);
+
+/// The lost files under `folder`, which held that of `photo`; nothing when they are fewer than two. Those on a volume
+/// that is away count only when that of the photo is.
+[[nodiscard]] std::optional<LostTree> lostTreeIn(const QString &folder, const PhotoLibrary &library,
+                                                 const PIPhoto &photo);
 
 /// One file of a lost tree at the place where it would be after the move.
 struct MovedFile
@@ -48,12 +53,15 @@ struct MovedFile
     std::shared_ptr<PIFileRef> file;
     QString path;
     QByteArray bookmark = {}; ///< made before, by preparedFiles(); may be empty
+    quint64 size = 0;         ///< of the file that is missing; 0 when it is not known
 };
 
 /// Where each file of the tree would be if its folder had moved to `newFolder`.
-[[nodiscard]] QList<MovedFile> filesMovedTo(const LostTree &tree, const QString &newFolder);
+[[nodiscard]] QList<MovedFile> filesMovedTo(const PhotoLibrary &library, const LostTree &tree,
+                                            const QString &newFolder);
 
-/// The slow part of taking files: drops those that are not there and makes the bookmarks of the others. Any thread.
+/// The slow part of taking files: drops those that are not there, or are plainly others, and makes the bookmarks of the
+/// rest. Any thread.
 [[nodiscard]] QList<MovedFile> preparedFiles(QList<MovedFile> files, const FileFinder::Preparation &prepare);
 
 /// Lets each reference whose file is still lost take its new path and tells the photos that show it.

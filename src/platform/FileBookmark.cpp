@@ -120,6 +120,20 @@ bool FileBookmark::isOlderThan(const QByteArray &bookmark, const FileIdentity &p
     return data && data->file.modified < present.modified;
 }
 
+quint64 FileBookmark::fileSize(const QByteArray &bookmark)
+{
+    const auto data = BookmarkData::decode(bookmark);
+    return data ? data->file.size : 0;
+}
+
+bool FileBookmark::haveSameContent(const QByteArray &left, const QByteArray &right)
+{
+    const auto one = BookmarkData::decode(left);
+    const auto other = BookmarkData::decode(right);
+    return one && other && one->fingerprint && one->file.size == other->file.size &&
+           one->fingerprint == other->fingerprint;
+}
+
 QString FileBookmark::mountPoint(const QByteArray &bookmark)
 {
     const auto data = BookmarkData::decode(bookmark);

@@ -32,6 +32,12 @@ namespace FileBookmark {
 /// and was only moved to its place, was not.
 [[nodiscard]] bool isOlderThan(const QByteArray &bookmark, const FileIdentity &present);
 
+/// The size of the bookmarked file; 0 for a folder and for what is no bookmark.
+[[nodiscard]] quint64 fileSize(const QByteArray &bookmark);
+
+/// Whether both are of files with the same content, as far as can be told. False for what is no bookmark.
+[[nodiscard]] bool haveSameContent(const QByteArray &left, const QByteArray &right);
+
 /// Where the bookmark's volume was mounted, to tell the user which one is away; empty for what is no bookmark.
 [[nodiscard]] QString mountPoint(const QByteArray &bookmark);
 

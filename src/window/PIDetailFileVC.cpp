@@ -114,7 +114,7 @@ void PIDetailFileVC::selectionChanged()
     m_findTree->setVisible(false);
     showFacts();
     if (lost)
-        showLostTree();
+        showMissing();
     else if (present && photo()->fileRef()->knownPhotoSize().isEmpty())
         readPhotoSize();
 }
@@ -161,26 +161,35 @@ void PIDetailFileVC::showDate(PIFileRef *file)
                                   : m_date->minimumDateTime());
 }
 
-void PIDetailFileVC::showLostTree()
+/// A volume may never come back, so there is a way out also for its photos.
+void PIDetailFileVC::showMissing()
 {
     const auto file = photo()->fileRef();
     if (!file) {
         m_missing->setText(tr("The library does not tell where this photo's file is."));
         return;
     }
-    if (file->isVolumeAway()) {
-        const QString point = file->mountPoint();
-        m_missing->setText(point.isEmpty() ? tr("Volume not mounted. The photo comes back with it.")
-                                           : tr("Volume not mounted: “%1”. The photo comes back with it.").arg(point));
-        m_find->setVisible(false);
-        return;
-    }
-    const auto tree = FileCommands::lostTreeAround(library(), *photo());
+    const QString point = file->isVolumeAway() ? file->mountPoint() : QString();
+    m_missing->setText(!file->isVolumeAway() ? tr("This file is missing.")
+                       : point.isEmpty()     ? tr("Volume not mounted. The photo comes back with it.")
+                                         : tr("Volume not mounted: “%1”. The photo comes back with it.").arg(point));
+    inBackground(
+        m_worker, this, [path = file->path()] { return FileCommands::movedFolderOf(path); },
+        [this, lost = photo()](const QString &folder) {
+            if (havePhoto() && photo() == lost && lost->isFileLost())
+                showLostTree(folder);
+        });
+}
+
+void PIDetailFileVC::showLostTree(const QString &folder)
+{
+    const auto tree = FileCommands::lostTreeIn(folder, library(), *photo());
+    m_movedFolder = folder;
     m_findTree->setVisible(tree.has_value());
-    m_missing->setText(tree ? CountText(tree->files.size(), {},
-                                        tr("This file is missing, and with it %n files in all from the folder “%1”."))
-                                  .arg(QVString::abbreviateHomeFolderPath(tree->folder))
-                            : tr("This file is missing."));
+    if (tree && !photo()->isVolumeAway())
+        m_missing->setText(CountText(tree->files.size(), {},
+                                     tr("This file is missing, and with it %n files in all from the folder “%1”."))
+                               .arg(QVString::abbreviateHomeFolderPath(tree->folder)));
 }
 
 void PIDetailFileVC::readPhotoSize()
@@ -241,7 +250,7 @@ void PIDetailFileVC::findFile()
 
 void PIDetailFileVC::findMovedTree()
 {
-    const auto tree = FileCommands::lostTreeAround(library(), *photo());
+    const auto tree = FileCommands::lostTreeIn(m_movedFolder, library(), *photo());
     if (!tree)
         return;
     const QString folder = QFileDialog::getExistingDirectory(
@@ -250,7 +259,7 @@ void PIDetailFileVC::findMovedTree()
         return;
     inBackground(
         m_worker, this,
-        [moved = FileCommands::filesMovedTo(*tree, folder), prepare = library().fileFinder().preparation()] {
+        [moved = FileCommands::filesMovedTo(library(), *tree, folder), prepare = library().fileFinder().preparation()] {
             return FileCommands::preparedFiles(moved, prepare);
         },
         [this](const QList<FileCommands::MovedFile> &found) {

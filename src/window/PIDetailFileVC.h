@@ -37,7 +37,8 @@ private:
     void showFacts();
     void showName(const PIFileRef *file);
     void showDate(PIFileRef *file);
-    void showLostTree();
+    void showMissing();
+    void showLostTree(const QString &folder);
     void readPhotoSize();
     void renameFile();
     void setDate();
@@ -46,6 +47,7 @@ private:
 
     ShownFolder m_shownFolder;
     std::weak_ptr<PIFileRef> m_shownFile; ///< whose name and date stand in the fields
+    QString m_movedFolder;                ///< that of the missing photo on show, and of others
     DispatchQueue m_worker;
     QLineEdit *m_name;
     QLabel *m_path;

@@ -139,19 +139,26 @@ private Q_SLOTS:
         QList<std::shared_ptr<PIPhoto>> photos;
         for (const QString &name : names)
             photos << photo(name);
-        QVERIFY(!FileCommands::lostTreeAround(*m_library, *photos[0]));
+        QCOMPARE(FileCommands::movedFolderOf(photos[0]->fileRef()->path()), path(QStringLiteral("root/2010")));
+        QVERIFY(!FileCommands::lostTreeIn(path(QStringLiteral("root")), *m_library, *photos[0]));
+        const auto away = photo(QStringLiteral("root/away.jpg"));
         QVERIFY(QDir(m_dir.path()).rename(QStringLiteral("root"), QStringLiteral("new home")));
+        QVERIFY(QFile::remove(path(QStringLiteral("kept/d.jpg")))); // a stray one that is lost for itself
         for (const auto &lost : photos)
             (void)lost->fileRef()->verify();
+        away->fileRef()->setVolumeAway(true);
 
-        const auto tree = FileCommands::lostTreeAround(*m_library, *photos[0]);
+        const QString folder = FileCommands::movedFolderOf(photos[0]->fileRef()->path());
+        QCOMPARE(folder, path(QStringLiteral("root")));
+        const auto tree = FileCommands::lostTreeIn(folder, *m_library, *photos[0]);
         QVERIFY(tree);
-        QCOMPARE(tree->folder, path(QStringLiteral("root")));
         QCOMPARE(tree->files.size(), 3);
-        FileCommands::takeMovedFiles(*m_library, FileCommands::filesMovedTo(*tree, path(QStringLiteral("new home"))));
+        auto moved = FileCommands::filesMovedTo(*m_library, *tree, path(QStringLiteral("new home")));
+        moved[1].size = 1'000'000; // and so the one there is another
+        FileCommands::takeMovedFiles(*m_library, FileCommands::preparedFiles(moved, {}));
         QCOMPARE(photos[2]->fileRef()->path(), path(QStringLiteral("new home/2011/c.jpg")));
-        for (const auto &one : photos)
-            QVERIFY(!one->isFileLost());
+        QVERIFY(!photos[0]->isFileLost() && photos[1]->isFileLost() && !photos[2]->isFileLost());
+        QVERIFY(!FileCommands::lostTreeIn(folder, *m_library, *away)); // alone on its volume
     }
 };
 

@@ -83,7 +83,20 @@ private Q_SLOTS:
         QVERIFY(!pane.child<QDateTimeEdit>("File date").isEnabled());
         QCOMPARE(pane.child<QDateTimeEdit>("File date").text(), QStringLiteral("Unknown"));
         // No other file is lost, so there is no tree to be found.
-        QCOMPARE(pane.offeredButtons(), QStringList{QStringLiteral("Find File…")});
+        const QStringList alone{QStringLiteral("Find File…")};
+        QCOMPARE(pane.offeredButtons(), alone);
+
+        const auto gone = pane.library.fileRefs().fileRefForPath(pane.dir.filePath(QStringLiteral("gone.png")));
+        const auto group = std::make_shared<PIGroup>(QStringLiteral("G"));
+        group->makeNewFolder()->photos() << pane.photo << std::make_shared<PIPhoto>(gone);
+        pane.library.groups() << group;
+        for (const bool away : {false, true}) { // a volume may never come back
+            pane.photo->fileRef()->setVolumeAway(away);
+            gone->setVolumeAway(away);
+            pane.notifications.post(kSelectNotification, pane.photo);
+            QCOMPARE(pane.offeredButtons(), alone);
+            QTRY_COMPARE(pane.offeredButtons(), alone + QStringList{QStringLiteral("They Moved To…")});
+        }
     }
 };
 
