@@ -37,9 +37,7 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
         if (m_begun)
             m_mountsSettle.start();
     });
-    m_search.setProgress([this](const LostFileSearch::Summary &soFar, const BookmarkProgress &walk) {
-        Q_EMIT walking(soFar.found, walk.total);
-    });
+    m_search.setProgress([this](qsizetype found, const BookmarkProgress &walk) { Q_EMIT walking(found, walk.total); });
     m_search.setMoved([this] { m_folder.watchAgain(); });
     m_search.setFinished([this](const LostFileSearch::Summary &summary) { Q_EMIT finished(summary); });
 }

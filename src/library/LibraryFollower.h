@@ -34,7 +34,7 @@ public:
     [[nodiscard]] bool isSearching() const { return m_isChecking || m_search.isRunning() || m_searchSoon.isActive(); }
 
 Q_SIGNALS:
-    /// A walk is under way: so many files were found, and so many are looked for.
+    /// A walk is under way: it found so many files, and looks for so many.
     void walking(qsizetype found, qsizetype total);
     void finished(const LostFileSearch::Summary &summary);
 

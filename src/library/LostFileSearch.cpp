@@ -67,6 +67,7 @@ void LostFileSearch::cancel()
 void LostFileSearch::run(Stage &stage, const Files &files)
 {
     stage.running = true;
+    stage.found = 0;
     stage.stop = {};
     const auto toHere = m_link.toHere();
     BookmarkOptions options = m_options;
@@ -78,7 +79,7 @@ void LostFileSearch::run(Stage &stage, const Files &files)
         options.progress = [toHere](const BookmarkProgress &walk) {
             toHere([walk](LostFileSearch &search) {
                 if (search.m_progress && search.m_far.running)
-                    search.m_progress(search.m_summary, walk);
+                    search.m_progress(search.m_far.found, walk);
             });
         };
     }
@@ -101,7 +102,7 @@ bool isTold(const BookmarkResolution &resolution)
 
 }
 
-void LostFileSearch::take(const Stage &stage, const QList<SearchedFile> &files)
+void LostFileSearch::take(Stage &stage, const QList<SearchedFile> &files)
 {
     for (const SearchedFile &searched : files) {
         if (isTold(searched.resolution))
@@ -113,7 +114,9 @@ void LostFileSearch::take(const Stage &stage, const QList<SearchedFile> &files)
     }
     QList<SearchedFile> settled = files;
     settled.removeIf([](const SearchedFile &file) { return file.resolution.status == Status::Unsearched; });
-    follow(settled);
+    const qsizetype found = follow(settled);
+    stage.found += found;
+    m_summary.found += found;
 }
 
 namespace {
@@ -128,8 +131,10 @@ BookmarkResolution unlessSetAside(const SearchedFile &searched)
 
 }
 
-void LostFileSearch::follow(const QList<SearchedFile> &files)
+/// Tells how many files are elsewhere.
+qsizetype LostFileSearch::follow(const QList<SearchedFile> &files)
 {
+    qsizetype found = 0;
     for (const SearchedFile &searched : files) {
         const auto ref = m_library.fileRefs().fileRefForGuid(searched.file.guid);
         if (!ref)
@@ -140,7 +145,7 @@ void LostFileSearch::follow(const QList<SearchedFile> &files)
         ref->take(place);
         const bool isElsewhere = ref->path() != before.path;
         const bool isReplaced = place.contentChanged && resolution.status != Status::Found;
-        m_summary.found += isElsewhere;
+        found += isElsewhere;
         if (isReplaced)
             m_library.notifications().post(kFileChangeNotification, ref);
         if (isElsewhere || ref->isFileLost() == before.found || ref->isVolumeAway() != before.volumeAway)
@@ -152,6 +157,7 @@ void LostFileSearch::follow(const QList<SearchedFile> &files)
         startUnlessActive(m_tellOfFound);
     if (!m_rewritten.isEmpty())
         startUnlessActive(m_tellOfRewritten);
+    return found;
 }
 
 void LostFileSearch::tellOfFound()
@@ -186,7 +192,7 @@ void LostFileSearch::end(Stage &stage)
         return;
     tellOfFound();
     const Summary summary = std::exchange(m_summary, {});
-    if (m_finished && (summary.found > 0 || summary.missing > 0))
+    if (m_finished)
         m_finished(summary);
 }
 

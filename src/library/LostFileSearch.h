@@ -28,11 +28,11 @@ public:
         bool cancelled = false;
     };
 
-    /// Called a few times a second while a walk is under way.
-    using Progress = std::function<void(const Summary &soFar, const BookmarkProgress &walk)>;
+    /// Called a few times a second while a walk is under way, with the number of files that it has found.
+    using Progress = std::function<void(qsizetype found, const BookmarkProgress &walk)>;
     /// Called a few times a second while files are found.
     using Moved = std::function<void()>;
-    /// Called when nothing is left to look for.
+    /// Called when nothing is left to look for, also when that came to nothing.
     using Finished = std::function<void(const Summary &)>;
 
     /// `library` and `finder` outlive the search. `options` tells how far it may go.
@@ -59,13 +59,14 @@ private:
             : queue(label, 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
         {}
         bool running = false;
+        qsizetype found = 0; ///< at other places
         std::stop_source stop;
         DispatchQueue queue;
     };
 
     void run(Stage &stage, const Files &files);
-    void take(const Stage &stage, const QList<SearchedFile> &files);
-    void follow(const QList<SearchedFile> &files);
+    void take(Stage &stage, const QList<SearchedFile> &files);
+    [[nodiscard]] qsizetype follow(const QList<SearchedFile> &files);
     void tellOfFound();
     void tellOfRewritten();
     void end(Stage &stage);

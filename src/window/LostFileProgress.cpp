@@ -59,6 +59,8 @@ void LostFileProgress::finished(const LostFileSearch::Summary &summary)
 {
     m_delay.stop();
     hide();
+    if (summary.found == 0 && summary.missing == 0 && !summary.cancelled)
+        return;
     QString text = tr("Moved files found: %L1.").arg(summary.found);
     if (summary.missing > 0)
         text += QStringLiteral(" ") + tr("Still missing: %L1.").arg(summary.missing);
