@@ -1,6 +1,5 @@
 #include "FolderFollower.h"
 
-#include "FileNotifications.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
 #include "PhotoLibrary.h"
@@ -35,10 +34,7 @@ FolderFollower::FolderFollower(PhotoLibrary &library, LocatorFileFinder &finder,
     , m_finder(finder)
     , m_check(
           library, finder, QStringLiteral("hmphoto.shownFiles"),
-          [&library](const FileCheck::Files &changed, const FileCheck::Files &) {
-              if (!changed.isEmpty())
-                  library.filesChangedPlace(changed);
-          },
+          [this](const FileCheck::Files &changed, const FileCheck::Files &doubtful) { take(changed, doubtful); },
           [this] { endLook(); })
 {
     m_settle.setSingleShot(true);
@@ -69,6 +65,7 @@ void FolderFollower::watchAgain()
             folders.insert(folder.toString());
         last = folder;
     });
+    m_watched = folders;
     m_watcher.setFolders(folders.values());
 }
 
@@ -100,9 +97,25 @@ void FolderFollower::look()
     m_check.run(m_finder.check(std::move(files)));
 }
 
+bool FolderFollower::isWatched(const PIFileRef &file) const
+{
+    return m_watched.contains(diskFolderOf(file).toString());
+}
+
+void FolderFollower::take(const FileCheck::Files &changed, const FileCheck::Files &doubtful)
+{
+    if (!changed.isEmpty())
+        m_library.filesChangedPlace(changed);
+    FileCheck::Files told = doubtful;
+    told.removeIf([this](const PIFileRef *file) { return !m_announced.contains(file->guid()); });
+    if (!told.isEmpty())
+        Q_EMIT announced(told);
+}
+
 void FolderFollower::endLook()
 {
     m_isLooking = false;
+    m_announced.intersect(m_toLookAt);
     watchAgain();
     look();
 }
@@ -153,7 +166,8 @@ void FolderFollower::takeUpEvents()
         if (isWritten || folders.contains(diskFolderOf(*file).toString()) || isBeneathAny(file->path(), gone))
             touched.append(file);
     });
-    for (PIFileRef *file : std::as_const(written))
-        m_library.notifications().post(kFileChangeNotification, file);
+    for (const PIFileRef *file : std::as_const(written))
+        m_announced.insert(file->guid());
+    m_library.filesChangedContent(written);
     lookAt(touched);
 }

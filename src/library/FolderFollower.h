@@ -2,6 +2,7 @@
 
 #include "FileCheck.h"
 #include "FolderWatcher.h"
+#include "PIFileRef.h"
 
 #include <QList>
 #include <QObject>
@@ -10,7 +11,6 @@
 
 #include <memory>
 
-class PIFileRef;
 class PIFolder;
 class PhotoLibrary;
 
@@ -34,12 +34,19 @@ public:
     void lookAgain();
     /// Looks at these files as well.
     void lookAt(const QList<std::shared_ptr<PIFileRef>> &files);
+    /// Whether the file stands in a folder that is watched.
+    [[nodiscard]] bool isWatched(const PIFileRef &file) const;
+
+Q_SIGNALS:
+    /// These files were written, which everybody was told, and will be searched for because they are not as they were.
+    void announced(const QSet<const PIFileRef *> &files);
 
 private:
     void namesChanged(const QString &diskFolder);
     void folderGone(const QString &diskFolder);
     void fileWritten(const QString &path);
     void takeUpEvents();
+    void take(const FileCheck::Files &changed, const FileCheck::Files &doubtful);
     void look();
     void endLook();
 
@@ -50,7 +57,9 @@ private:
     QSet<QString> m_changedFolders; ///< on disk, since events were last taken up
     QSet<QString> m_goneFolders;
     QSet<QString> m_writtenPaths;
-    QSet<QString> m_toLookAt; ///< guids of files; those that are being looked at are no longer among them
+    QSet<QString> m_watched;   ///< folders on disk
+    QSet<QString> m_announced; ///< guids of written files that have not been looked at since
+    QSet<QString> m_toLookAt;  ///< guids of files; those that are being looked at are no longer among them
     bool m_isLooking = false;
     QTimer m_settle; ///< a rename is two events, and a copy of many files thousands: they are taken up together
     FileCheck m_check;

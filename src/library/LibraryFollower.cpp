@@ -21,7 +21,7 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     , m_search(library, finder, options)
     , m_check(
           library, finder, QStringLiteral("hmphoto.fileCheck"),
-          [this](const FileCheck::Files &changed, const FileCheck::Files &) { takeChecked(changed); },
+          [this](const FileCheck::Files &changed, const FileCheck::Files &doubtful) { takeChecked(changed, doubtful); },
           [this] { endCheck(); })
 {
     m_searchSoon.setSingleShot(true);
@@ -38,6 +38,10 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
             m_mountsSettle.start();
     });
     m_search.setProgress([this](qsizetype found, const BookmarkProgress &walk) { Q_EMIT walking(found, walk.total); });
+    connect(&m_folder, &FolderFollower::announced, this,
+            [this](const FileCheck::Files &files) { m_search.noteAnnounced(files); });
+    m_search.setIsWatched(
+        [this](const PIFileRef &file) { return m_folder.isWatched(file) && !m_doubtfulAtStart.contains(&file); });
     m_search.setMoved([this] { m_folder.watchAgain(); });
     m_search.setFinished([this](const LostFileSearch::Summary &summary) { Q_EMIT finished(summary); });
 }
@@ -67,9 +71,10 @@ void LibraryFollower::begin()
     m_check.run(check);
 }
 
-void LibraryFollower::takeChecked(const FileCheck::Files &changed)
+void LibraryFollower::takeChecked(const FileCheck::Files &changed, const FileCheck::Files &doubtful)
 {
     m_shownAnew.unite(changed);
+    m_doubtfulAtStart.unite(doubtful);
     m_patience.start();
 }
 

@@ -40,7 +40,7 @@ Q_SIGNALS:
 
 private:
     void lookAtAbsent();
-    void takeChecked(const FileCheck::Files &changed);
+    void takeChecked(const FileCheck::Files &changed, const FileCheck::Files &doubtful);
     void endCheck();
 
     PhotoLibrary &m_library;
@@ -55,5 +55,7 @@ private:
     bool m_isChecking = false;
     QTimer m_patience;            ///< with the check of all files, as long as it gets on
     FileCheck::Files m_shownAnew; ///< whose state the check has changed so far
+    /// What stands at their paths may have come there any time ago: no sign that somebody just saved them.
+    FileCheck::Files m_doubtfulAtStart;
     FileCheck m_check;
 };

@@ -1,6 +1,6 @@
 #include "LostFileSearch.h"
 
-#include "FileNotifications.h"
+#include "FileBookmark.h"
 #include "KeptOriginal.h"
 #include "LibraryNotifications.h"
 #include "PhotoLibrary.h"
@@ -104,14 +104,20 @@ bool isTold(const BookmarkResolution &resolution)
 
 void LostFileSearch::take(Stage &stage, const QList<SearchedFile> &files)
 {
+    Files rest;
     for (const SearchedFile &searched : files) {
         if (isTold(searched.resolution))
             continue;
+        const bool isToBeWalkedFor = &stage == &m_near && searched.file.isNew;
+        if (isToBeWalkedFor)
+            rest.append(searched.file);
+        else if (searched.resolution.status == Status::Unsearched)
+            m_announced.remove(searched.file.guid); // nothing more becomes known of it
         if (&stage == &m_far)
             m_summary.missing += searched.file.doubt != Doubt::Changed;
-        else if (searched.file.isNew)
-            m_rest.append(searched.file);
     }
+    m_rest += rest;
+    announceAtOnce(rest);
     QList<SearchedFile> settled = files;
     settled.removeIf([](const SearchedFile &file) { return file.resolution.status == Status::Unsearched; });
     const qsizetype found = follow(settled);
@@ -144,20 +150,44 @@ qsizetype LostFileSearch::follow(const QList<SearchedFile> &files)
         const FoundFile place = m_finder.settle(searched.file, resolution);
         ref->take(place);
         const bool isElsewhere = ref->path() != before.path;
-        const bool isReplaced = place.contentChanged && resolution.status != Status::Found;
+        const bool isAnnounced = m_announced.remove(searched.file.guid);
         found += isElsewhere;
-        if (isReplaced)
-            m_library.notifications().post(kFileChangeNotification, ref);
         if (isElsewhere || ref->isFileLost() == before.found || ref->isVolumeAway() != before.volumeAway)
             m_shownAnew.insert(ref.get());
-        else if (place.contentChanged && !isReplaced)
-            m_rewritten.insert(ref.get());
+        if (place.contentChanged)
+            noteContent(*ref, !isAnnounced && !FileBookmark::haveSameContent(searched.file.locator.bookmark(),
+                                                                             m_finder.bookmark(searched.file.guid)));
     }
     if (!m_shownAnew.isEmpty())
         startUnlessActive(m_tellOfFound);
-    if (!m_rewritten.isEmpty())
-        startUnlessActive(m_tellOfRewritten);
     return found;
+}
+
+void LostFileSearch::noteContent(PIFileRef &ref, bool isNews)
+{
+    (isNews ? m_rewritten : m_touched).insert(&ref);
+    startUnlessActive(m_tellOfRewritten);
+}
+
+void LostFileSearch::noteAnnounced(const QSet<const PIFileRef *> &files)
+{
+    for (const PIFileRef *file : files)
+        m_announced.insert(file->guid());
+}
+
+/// A program may have saved over the file, and the walk that tells so for sure takes its time.
+void LostFileSearch::announceAtOnce(const Files &files)
+{
+    QSet<PIFileRef *> changed;
+    for (const auto &file : files) {
+        const auto ref = m_library.fileRefs().fileRefForGuid(file.guid);
+        if (file.doubt != Doubt::Changed || !ref || !m_isWatched || !m_isWatched(*ref) ||
+            m_announced.contains(file.guid))
+            continue;
+        m_announced.insert(file.guid);
+        changed.insert(ref.get());
+    }
+    m_library.filesChangedContent(changed);
 }
 
 void LostFileSearch::tellOfFound()
@@ -173,10 +203,15 @@ void LostFileSearch::tellOfFound()
 
 void LostFileSearch::tellOfRewritten()
 {
-    const auto rewritten = std::exchange(m_rewritten, {});
-    for (const PIFileRef *ref : rewritten)
+    m_library.filesChangedContent(std::exchange(m_rewritten, {}));
+    const auto touched = std::exchange(m_touched, {});
+    for (PIFileRef *ref : touched) {
+        ref->forgetFacts();
         m_library.imageCache().storeImage({}, ref->guid());
-    m_library.forEachPhotoOf(rewritten, [this](const std::shared_ptr<PIPhoto> &photo) {
+    }
+    if (touched.isEmpty())
+        return;
+    m_library.forEachPhotoOf({touched.cbegin(), touched.cend()}, [this](const std::shared_ptr<PIPhoto> &photo) {
         m_library.thumbnails().updateForFilters(*photo);
         m_library.notifications().post(kThumbnailNotification, photo);
     });

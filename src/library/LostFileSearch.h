@@ -42,9 +42,14 @@ public:
     LostFileSearch &operator=(const LostFileSearch &) = delete;
 
     void setProgress(Progress progress) { m_progress = std::move(progress); }
+    /// Tells for which files people wait: one that is no longer what stood at its path is announced as changed before
+    /// it is looked for everywhere.
+    void setIsWatched(std::function<bool(const PIFileRef &file)> isWatched) { m_isWatched = std::move(isWatched); }
     void setMoved(Moved moved) { m_moved = std::move(moved); }
     void setFinished(Finished finished) { m_finished = std::move(finished); }
 
+    /// These were announced as changed: that is not to be done again when the search tells so too.
+    void noteAnnounced(const QSet<const PIFileRef *> &files);
     /// Looks for everything that the finder noted since the last time; nothing happens when it noted nothing.
     void start();
     /// Ends the walk, or forgoes it. What was found so far stays; the rest stays lost.
@@ -67,6 +72,8 @@ private:
     void run(Stage &stage, const Files &files);
     void take(Stage &stage, const QList<SearchedFile> &files);
     [[nodiscard]] qsizetype follow(const QList<SearchedFile> &files);
+    void noteContent(PIFileRef &ref, bool isNews);
+    void announceAtOnce(const Files &files);
     void tellOfFound();
     void tellOfRewritten();
     void end(Stage &stage);
@@ -82,9 +89,12 @@ private:
     Summary m_summary;
     QSet<const PIFileRef *> m_shownAnew; ///< found, or lost for another reason than was thought; references stay
     QTimer m_tellOfFound;                ///< what tells photos goes through the whole library
-    QSet<const PIFileRef *> m_rewritten; ///< with a new content
+    QSet<PIFileRef *> m_rewritten;       ///< with a new content
+    QSet<PIFileRef *> m_touched;         ///< the same without being news: to be read again
     QTimer m_tellOfRewritten;            ///< a file may be written for a while: it is not to be read again all the time
-    Files m_rest;                        ///< not found near their old places, and to be walked for
+    std::function<bool(const PIFileRef &)> m_isWatched;
+    QSet<QString> m_announced; ///< guids of files that were, while it is not known yet what became of them
+    Files m_rest;              ///< not found near their old places, and to be walked for
     MainThreadLink<LostFileSearch> m_link{*this};
     Stage m_near;
     Stage m_far;

@@ -18,20 +18,35 @@ PhotoLibrary::PhotoLibrary(const QString &thumbnailFolder, FileFinder &finder, N
         m_fileRefs.clearSaveIndexes();
     });
     m_fileChangeObserver = notifications.observe(kFileChangeNotification, [this](const NotificationObject &object) {
-        if (auto *fileRef = object.as<PIFileRef>())
-            fileChanged(*fileRef);
+        auto *fileRef = object.as<PIFileRef>();
+        if (!fileRef || m_isAnnouncing)
+            return;
+        fileRef->forgetFacts();
+        filesChanged({fileRef});
     });
 }
 
 PhotoLibrary::~PhotoLibrary() = default;
 
-void PhotoLibrary::fileChanged(PIFileRef &fileRef)
+void PhotoLibrary::filesChanged(const QSet<const PIFileRef *> &files)
 {
-    fileRef.forgetFacts();
-    forEachPhotoOf({&fileRef}, [this](const std::shared_ptr<PIPhoto> &photo) {
+    forEachPhotoOf(files, [this](const std::shared_ptr<PIPhoto> &photo) {
         m_thumbnails.fileChanged(*photo);
         m_notifications.post(kThumbnailNotification, photo); // what shows it has the old picture
     });
+}
+
+/// Goes through the photos once for all of the files.
+void PhotoLibrary::filesChangedContent(const QSet<PIFileRef *> &files)
+{
+    m_isAnnouncing = true;
+    for (PIFileRef *file : files) {
+        file->forgetFacts();
+        m_notifications.post(kFileChangeNotification, file);
+    }
+    m_isAnnouncing = false;
+    if (!files.isEmpty())
+        filesChanged(QSet<const PIFileRef *>(files.cbegin(), files.cend()));
 }
 
 void PhotoLibrary::setDirty(bool dirty)

@@ -69,9 +69,13 @@ public:
     /// their photos is told.
     void filesChangedPlace(const QSet<const PIFileRef *> &files);
 
-private:
-    void fileChanged(PIFileRef &fileRef);
+    /// The files have another content: "hmphoto.fileChange" is posted for each, and their photos are made anew.
+    void filesChangedContent(const QSet<PIFileRef *> &files);
 
+private:
+    void filesChanged(const QSet<const PIFileRef *> &files);
+
+    bool m_isAnnouncing = false; ///< changed files, whose photos follow in one go
     NotificationCenter &m_notifications;
     FileFinder &m_finder;
     ImageCache m_imageCache;

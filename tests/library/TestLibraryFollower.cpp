@@ -96,6 +96,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_filesChanged, 1);
         QTRY_VERIFY(m_tilesChanged > 0);
         QTRY_VERIFY(!m_follower->isSearching());
+        QCOMPARE(m_filesChanged, 1);
         QVERIFY(m_photo->fileRef()->image().pixels().value_or(QImage()) != before);
         QCOMPARE(path(), m_house->at("shown/a.png"));
 

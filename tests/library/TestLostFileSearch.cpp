@@ -139,7 +139,9 @@ private Q_SLOTS:
         QTest::addColumn<bool>("cropStays");
         QTest::addColumn<bool>("thumbnailStays");
         QTest::newRow("written in place") << "write"
-                                          << "d/a.png" << true << false;
+                                          << "d/a.png" << false << false;
+        QTest::newRow("given another date") << "touch"
+                                            << "d/a.png" << true << false;
         QTest::newRow("replaced by a new file") << "replace"
                                                 << "d/a.png" << false << false;
         for (const char *name : {"d/a.png~", "d/a.bak", "d/a_original.png"})
@@ -161,6 +163,8 @@ private Q_SLOTS:
             house.move("d/c.png", "d/b.png");
         } else if (change == QLatin1String("write")) {
             house.draw("d/a.png");
+        } else if (change == QLatin1String("touch")) {
+            BookmarkScene(house.at(""), BookmarkScene::Photos::Present).setDate("d/a.png", 1'000'000);
         } else if (change.startsWith(QLatin1String("d/"))) {
             house.move("d/a.png", change.toUtf8());
             house.draw("d/a.png");
@@ -171,9 +175,9 @@ private Q_SLOTS:
         LostFileSearch lost(*house.library, *house.finder, house.options());
         (void)search(lost);
         QTEST(photo->fileRef()->path().mid(house.at("").size()), "a");
-        QTEST(!photo->cropRect().isEmpty(), "cropStays");
         QFETCH(bool, thumbnailStays);
         QTRY_COMPARE(photo->thumbnailDate() == 7, thumbnailStays);
+        QTEST(!photo->cropRect().isEmpty(), "cropStays");
         QVERIFY(!photo->isFileLost() && !other->isFileLost());
         house.lookAtAll();
         QVERIFY(!house.finder->hasUnsettled()); // the bookmarks are fresh
