@@ -1,9 +1,11 @@
 #include "TestRunner.h"
 #include "WindowDesk.h"
 
+#include "DragData.h"
 #include "FileDates.h"
 #include "LibraryFile.h"
 #include "LibraryNotifications.h"
+#include "NavigatorModel.h"
 #include "PIDetailController.h"
 #include "PIFolder.h"
 #include "PhotoView.h"
@@ -11,6 +13,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDropEvent>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QTest>
@@ -38,6 +41,21 @@ struct PhotoDesk : WindowDesk
     QAction &action(Command command) const { return *controller->actions().action(command); }
     void select(const QString &positions) const { controller->selectIndexes(IndexSet::fromArchive(positions)); }
     QString selected() const { return controller->selectedIndexes().archive(); }
+    /// Drops what is dragged onto a point of a view; false when the view refuses it.
+    static bool drop(QAbstractScrollArea &view, QPoint at, const QMimeData &data, Qt::KeyboardModifiers modifiers = {})
+    {
+        const auto actions = Qt::CopyAction | Qt::MoveAction;
+        QDragEnterEvent enter(at, actions, &data, Qt::LeftButton, modifiers);
+        QCoreApplication::sendEvent(view.viewport(), &enter);
+        QDropEvent drop(at, actions, &data, Qt::LeftButton, modifiers);
+        QCoreApplication::sendEvent(view.viewport(), &drop);
+        return enter.isAccepted() && drop.isAccepted();
+    }
+    [[nodiscard]] QPoint placeOf(const PIGroup &item) const
+    {
+        const auto &model = *static_cast<const NavigatorModel *>(outline().model());
+        return outline().visualRect(model.indexOf(&item)).center();
+    }
     /// The file names of a folder's photos, without extension.
     static QString names(const PIFolder &shown)
     {
@@ -167,6 +185,37 @@ private Q_SLOTS:
         });
         Q_EMIT large.customContextMenuRequested(QPoint(5, 5));
         QCOMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("12"));
+    }
+
+    void dropsArrangePhotosAndFolders()
+    {
+        PhotoDesk desk(3);
+        const auto other = desk.group()->makeNewFolder();
+        desk.controller->resetList(desk.folder);
+        const auto dragged = [&](qsizetype index) {
+            return DragData::forPhotos({desk.folder->photos().at(index)}, DragData::Transfer::Move);
+        };
+        QVERIFY(PhotoDesk::drop(desk.outline(), desk.placeOf(*other), *dragged(1)));
+        QCOMPARE(PhotoDesk::names(*desk.folder) + u'/' + PhotoDesk::names(*other), QStringLiteral("02/1"));
+        QCOMPARE(desk.controller->shownFolder(), other);
+        desk.trigger(Command::Undo);
+        desk.controller->resetList(desk.folder);
+        QVERIFY(PhotoDesk::drop(desk.outline(), desk.placeOf(*other), *dragged(1), Qt::ControlModifier));
+        QCOMPARE(PhotoDesk::names(*desk.folder) + u'/' + PhotoDesk::names(*other), QStringLiteral("012/1"));
+
+        desk.controller->resetList(desk.folder);
+        QVERIFY(PhotoDesk::drop(desk.controller->thumbnailView(), QPoint(6, 30), *dragged(2)));
+        QCOMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("201"));
+        const QPoint below(20, desk.outline().viewport()->height() - 5);
+        QVERIFY(!PhotoDesk::drop(desk.outline(), below, *dragged(0)));
+
+        QVERIFY(PhotoDesk::drop(desk.outline(), desk.placeOf(*other), *DragData::forItem(desk.folder)));
+        QCOMPARE(other->folders().first(), desk.folder);
+        desk.controller->resetList(desk.folder);
+        // Into itself it would be lost.
+        (void)PhotoDesk::drop(desk.outline(), desk.placeOf(*desk.folder), *DragData::forItem(other));
+        QCOMPARE(desk.group()->folders().size(), 1);
+        QCOMPARE(other->parent(), desk.group());
     }
 
     void aPhotoIsShownWhereverItIs()
