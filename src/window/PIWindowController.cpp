@@ -26,11 +26,13 @@
 #include "ViewCommands.h"
 #include "WindowPreferences.h"
 
+#include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScreen>
 #include <QStatusBar>
 #include <QTimer>
@@ -401,8 +403,17 @@ void PIWindowController::gridSelectionDidChange()
 /// Text that is being edited in the detail pane is taken as it stands.
 void PIWindowController::windowDidResignKey()
 {
-    if (m_detailController->view()->isAncestorOf(m_window->focusWidget()))
-        m_thumbnailView->setFocus();
+    QWidget *field = m_window->focusWidget();
+    if (!m_detailController->view()->isAncestorOf(field))
+        return;
+    m_thumbnailView->setFocus();
+    if (QApplication::activeModalWidget())
+        return; // perhaps the alert about this very field
+    // Fields do not end their editing for another window's sake.
+    if (auto *line = qobject_cast<QLineEdit *>(field))
+        Q_EMIT line->editingFinished();
+    else if (auto *box = qobject_cast<QAbstractSpinBox *>(field))
+        Q_EMIT box->editingFinished();
 }
 
 void PIWindowController::navigateFolders(const std::shared_ptr<PIFolder> &target)

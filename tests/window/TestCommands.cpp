@@ -7,6 +7,7 @@
 #include "LibraryNotifications.h"
 #include "NavigatorModel.h"
 #include "PIDetailController.h"
+#include "PIDetailFileVC.h"
 #include "PIFolder.h"
 #include "PhotoView.h"
 #include "ThumbnailGridView.h"
@@ -158,6 +159,20 @@ private Q_SLOTS:
         desk.trigger(Command::Undo);
         QVERIFY(desk.action(Command::Redo).text().endsWith(QStringLiteral("Rename Folder")));
         QCOMPARE(first->name(), QStringLiteral("Summer"));
+    }
+
+    void aFileNameBeingTypedIsTakenWhenAnotherWindowIsUsed()
+    {
+        PhotoDesk desk(1);
+        auto *name =
+            desk.controller->detailController().view()->findChild<PIDetailFileVC *>()->findChild<QLineEdit *>();
+        QVERIFY(name);
+        name->setFocus();
+        name->selectAll();
+        QTest::keyClicks(name, QStringLiteral("lake.png"));
+        Q_EMIT desk.controller->window().didResignKey();
+        QVERIFY(QFile::exists(desk.dir.filePath(QStringLiteral("lake.png"))));
+        QVERIFY(desk.controller->thumbnailView().hasFocus());
     }
 
     void aContextMenuMeansItsPane()
