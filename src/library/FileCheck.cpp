@@ -4,12 +4,18 @@
 
 #include <utility>
 
+namespace {
+
+constexpr int kLooksAtOnce = 4;
+
+}
+
 FileCheck::FileCheck(PhotoLibrary &library, LocatorFileFinder &finder, const QString &label, Taken taken, Ended ended)
     : m_library(library)
     , m_finder(finder)
     , m_taken(std::move(taken))
     , m_ended(std::move(ended))
-    , m_queue(label, 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
+    , m_queue(label, kLooksAtOnce, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
 {}
 
 FileCheck::~FileCheck()
@@ -17,16 +23,18 @@ FileCheck::~FileCheck()
     m_stop.request_stop();
 }
 
-void FileCheck::run(const LocatorCheck &check)
+int FileCheck::run(const LocatorCheck &check)
 {
-    m_queue.async([toHere = m_link.toHere(), check, stop = m_stop.get_token()] {
+    const int look = ++m_lastLook;
+    m_queue.async([toHere = m_link.toHere(), look, check, stop = m_stop.get_token()] {
         check.run(stop,
                   [&](const QList<CheckedFile> &files) { toHere([files](FileCheck &here) { here.take(files); }); });
-        toHere([unused = check.unusedGuids()](FileCheck &here) {
+        toHere([look, unused = check.unusedGuids()](FileCheck &here) {
             here.m_finder.forget(unused);
-            here.m_ended();
+            here.m_ended(look);
         });
     });
+    return look;
 }
 
 void FileCheck::take(const QList<CheckedFile> &files)

@@ -21,8 +21,8 @@ public:
     /// Called again and again while looks are under way: with the references that were shown in another state or at
     /// another place before, and those about which there is a doubt.
     using Taken = std::function<void(const Files &changed, const Files &doubtful)>;
-    /// Called when a look was taken to its end.
-    using Ended = std::function<void()>;
+    /// Called when a look was taken to its end, with the number that run() told.
+    using Ended = std::function<void(int look)>;
 
     /// `library` and `finder` outlive this.
     FileCheck(PhotoLibrary &library, LocatorFileFinder &finder, const QString &label, Taken taken, Ended ended);
@@ -30,8 +30,8 @@ public:
     FileCheck(const FileCheck &) = delete;
     FileCheck &operator=(const FileCheck &) = delete;
 
-    /// Looks are taken one after the other.
-    void run(const LocatorCheck &check);
+    /// A disk that does not answer holds up its own look, but not some later ones.
+    int run(const LocatorCheck &check);
 
 private:
     void take(const QList<CheckedFile> &files);
@@ -41,6 +41,7 @@ private:
     const Taken m_taken;
     const Ended m_ended;
     std::stop_source m_stop;
+    int m_lastLook = 0;
     MainThreadLink<FileCheck> m_link{*this};
     DispatchQueue m_queue;
 };

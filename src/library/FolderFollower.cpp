@@ -10,6 +10,7 @@
 namespace {
 
 constexpr std::chrono::milliseconds kSettleTime(200);
+constexpr std::chrono::seconds kPatience(30);
 
 QStringView diskFolderOf(const PIFileRef &file)
 {
@@ -35,7 +36,7 @@ FolderFollower::FolderFollower(PhotoLibrary &library, LocatorFileFinder &finder,
     , m_check(
           library, finder, QStringLiteral("hmphoto.shownFiles"),
           [this](const FileCheck::Files &changed, const FileCheck::Files &doubtful) { take(changed, doubtful); },
-          [this] { endLook(); })
+          [this](int look) { endLook(look); })
 {
     m_settle.setSingleShot(true);
     m_settle.setInterval(kSettleTime);
@@ -43,6 +44,12 @@ FolderFollower::FolderFollower(PhotoLibrary &library, LocatorFileFinder &finder,
     connect(&m_watcher, &FolderWatcher::folderGone, this, &FolderFollower::folderGone);
     connect(&m_watcher, &FolderWatcher::fileWritten, this, &FolderFollower::fileWritten);
     connect(&m_watcher, &FolderWatcher::overflowed, this, &FolderFollower::lookAgain);
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(kPatience);
+    connect(&m_patience, &QTimer::timeout, this, [this] {
+        m_unanswered.unite(m_lookedAt);
+        goOn();
+    });
     connect(&m_settle, &QTimer::timeout, this, &FolderFollower::takeUpEvents);
 }
 
@@ -86,15 +93,16 @@ void FolderFollower::look()
 {
     if (m_finder.isPostponing())
         m_toLookAt.clear(); // every file of the library is about to be looked at
-    if (m_isLooking || m_toLookAt.isEmpty())
+    m_toLookAt.subtract(m_unanswered);
+    if (m_look != 0 || m_toLookAt.isEmpty())
         return;
     QList<PostponedFile> files;
-    const QSet<QString> guids = std::exchange(m_toLookAt, {});
-    for (const QString &guid : guids)
+    m_lookedAt = std::exchange(m_toLookAt, {});
+    for (const QString &guid : std::as_const(m_lookedAt))
         if (const auto file = m_library.fileRefs().fileRefForGuid(guid))
             files.append({guid, file->path(), file->isFileLost()});
-    m_isLooking = true;
-    m_check.run(m_finder.check(std::move(files)));
+    m_patience.start();
+    m_look = m_check.run(m_finder.check(std::move(files)));
 }
 
 bool FolderFollower::isWatched(const PIFileRef &file) const
@@ -104,6 +112,8 @@ bool FolderFollower::isWatched(const PIFileRef &file) const
 
 void FolderFollower::take(const FileCheck::Files &changed, const FileCheck::Files &doubtful)
 {
+    if (m_look != 0)
+        m_patience.start(); // it gets on
     if (!changed.isEmpty())
         m_library.filesChangedPlace(changed);
     FileCheck::Files told = doubtful;
@@ -112,9 +122,18 @@ void FolderFollower::take(const FileCheck::Files &changed, const FileCheck::File
         Q_EMIT announced(told);
 }
 
-void FolderFollower::endLook()
+void FolderFollower::endLook(int look)
 {
-    m_isLooking = false;
+    if (look == m_look)
+        goOn();
+    else
+        m_unanswered.clear(); // a disk answers again
+}
+
+void FolderFollower::goOn()
+{
+    m_patience.stop();
+    m_look = 0;
     m_announced.intersect(m_toLookAt);
     watchAgain();
     look();

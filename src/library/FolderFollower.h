@@ -9,6 +9,7 @@
 #include <QSet>
 #include <QTimer>
 
+#include <chrono>
 #include <memory>
 
 class PIFolder;
@@ -25,6 +26,8 @@ public:
     /// `library` and `finder` outlive this.
     FolderFollower(PhotoLibrary &library, LocatorFileFinder &finder, QObject *parent = nullptr);
 
+    /// How long one look at files may hold up the next when a disk does not answer.
+    void setPatience(std::chrono::milliseconds patience) { m_patience.setInterval(patience); }
     /// The folder whose files are followed from now on; null for none. Its files are not looked at yet.
     void setFolder(const std::shared_ptr<PIFolder> &folder);
     [[nodiscard]] const std::shared_ptr<PIFolder> &folder() const { return m_folder; }
@@ -48,7 +51,8 @@ private:
     void takeUpEvents();
     void take(const FileCheck::Files &changed, const FileCheck::Files &doubtful);
     void look();
-    void endLook();
+    void endLook(int look);
+    void goOn();
 
     PhotoLibrary &m_library;
     LocatorFileFinder &m_finder;
@@ -60,7 +64,10 @@ private:
     QSet<QString> m_watched;   ///< folders on disk
     QSet<QString> m_announced; ///< guids of written files that have not been looked at since
     QSet<QString> m_toLookAt;  ///< guids of files; those that are being looked at are no longer among them
-    bool m_isLooking = false;
+    int m_look = 0;            ///< under way; 0 for none
+    QSet<QString> m_lookedAt;
+    QSet<QString> m_unanswered; ///< guids in looks that are waited for no longer
+    QTimer m_patience;
     QTimer m_settle; ///< a rename is two events, and a copy of many files thousands: they are taken up together
     FileCheck m_check;
 };

@@ -22,7 +22,7 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     , m_check(
           library, finder, QStringLiteral("hmphoto.fileCheck"),
           [this](const FileCheck::Files &changed, const FileCheck::Files &doubtful) { takeChecked(changed, doubtful); },
-          [this] { endCheck(); })
+          [this](int) { endCheck(); })
 {
     m_searchSoon.setSingleShot(true);
     m_searchSoon.setInterval(kNoteTime);

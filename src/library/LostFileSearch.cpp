@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTellingTime(200);
 constexpr std::chrono::milliseconds kRewritingTime(1000);
+constexpr std::chrono::seconds kPatience(30);
 
 void prepare(QTimer &timer, std::chrono::milliseconds time, const std::function<void()> &call)
 {
@@ -41,6 +42,8 @@ LostFileSearch::LostFileSearch(PhotoLibrary &library, LocatorFileFinder &finder,
 {
     prepare(m_tellOfFound, kTellingTime, [this] { tellOfFound(); });
     prepare(m_tellOfRewritten, kRewritingTime, [this] { tellOfRewritten(); });
+    prepare(m_near.patience, kPatience, [this] { giveUp(m_near); });
+    prepare(m_far.patience, options.timeLimit + kPatience, [this] { giveUp(m_far); });
 }
 
 LostFileSearch::~LostFileSearch()
@@ -69,27 +72,40 @@ void LostFileSearch::run(Stage &stage, const Files &files)
     stage.running = true;
     stage.found = 0;
     stage.stop = {};
-    const auto toHere = m_link.toHere();
+    stage.patience.start();
     BookmarkOptions options = m_options;
     options.stop = stage.stop.get_token();
-    if (&stage == &m_near) {
+    if (&stage == &m_near)
         options.reach = BookmarkOptions::Reach::OldFolders;
-    } else {
+    else
         options.pathsInUse = pathsInUse();
-        options.progress = [toHere](const BookmarkProgress &walk) {
-            toHere([walk](LostFileSearch &search) {
-                if (search.m_progress && search.m_far.running)
-                    search.m_progress(search.m_far.found, walk);
-            });
-        };
-    }
     Stage LostFileSearch::*const which = &stage == &m_near ? &LostFileSearch::m_near : &LostFileSearch::m_far;
-    stage.queue.async([toHere, which, files, options] {
+    const auto toHere = m_link.toHere();
+    options.progress = [toHere, which](const BookmarkProgress &walk) {
+        toHere([which, walk](LostFileSearch &search) { search.takeProgress(search.*which, walk); });
+    };
+    stage.queue.async([toHere, which, files, options, run = ++stage.run] {
         searchUnsettled(files, options, [toHere, which](const QList<SearchedFile> &searched) {
             toHere([which, searched](LostFileSearch &search) { search.take(search.*which, searched); });
         });
-        toHere([which](LostFileSearch &search) { search.end(search.*which); });
+        toHere([which, run](LostFileSearch &search) { search.end(search.*which, run); });
     });
+}
+
+/// A walk ends by its own time limit if its disk answers; what is done near the old places shows that it gets on.
+void LostFileSearch::takeProgress(Stage &stage, const BookmarkProgress &walk)
+{
+    if (&stage == &m_near && stage.running)
+        stage.patience.start();
+    else if (&stage == &m_far && stage.running && m_progress)
+        m_progress(stage.found, walk);
+}
+
+/// What it still tells later is taken then.
+void LostFileSearch::giveUp(Stage &stage)
+{
+    stage.stop.request_stop();
+    end(stage, stage.run);
 }
 
 namespace {
@@ -217,9 +233,13 @@ void LostFileSearch::tellOfRewritten()
     });
 }
 
-void LostFileSearch::end(Stage &stage)
+void LostFileSearch::end(Stage &stage, int run)
 {
+    if (run != stage.run)
+        return walkForRest(); // nobody waited for it any more
+    ++stage.run;
     stage.running = false;
+    stage.patience.stop();
     if (&stage == &m_near)
         start();
     walkForRest();

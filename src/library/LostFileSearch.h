@@ -61,9 +61,11 @@ private:
     struct Stage
     {
         explicit Stage(const QString &label)
-            : queue(label, 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
+            : queue(label, 4, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
         {}
         bool running = false;
+        int run = 0;         ///< counts up when one begins, and when it is waited for no longer
+        QTimer patience;     ///< with a disk
         qsizetype found = 0; ///< at other places
         std::stop_source stop;
         DispatchQueue queue;
@@ -76,7 +78,9 @@ private:
     void announceAtOnce(const Files &files);
     void tellOfFound();
     void tellOfRewritten();
-    void end(Stage &stage);
+    void takeProgress(Stage &stage, const BookmarkProgress &walk);
+    void giveUp(Stage &stage);
+    void end(Stage &stage, int run);
     void walkForRest();
     [[nodiscard]] QSet<QString> pathsInUse() const;
 

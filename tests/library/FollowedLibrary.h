@@ -92,6 +92,9 @@ public:
         return options;
     }
 
+    /// Called on any thread before a file is looked at, with its bookmark.
+    void setLookListener(std::function<void(const QByteArray &)> listener) { m_bookmarks.look = std::move(listener); }
+
     std::unique_ptr<PILocatorManager> manager;
     std::unique_ptr<LocatorFileFinder> finder;
     NotificationCenter notifications;
@@ -108,6 +111,8 @@ private:
         }
         bool isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *) override
         {
+            if (look)
+                look(bookmark);
             return FileBookmark::isCurrent(bookmark, present, volumes.get());
         }
         BookmarkResolution resolve(const QByteArray &, const BookmarkOptions &) override
@@ -115,6 +120,7 @@ private:
             qFatal("searched on the main thread");
         }
         std::shared_ptr<const Volumes> volumes;
+        std::function<void(const QByteArray &)> look;
     };
 
     QTemporaryDir m_dir;

@@ -5,6 +5,7 @@
 #include "LibraryFollower.h"
 #include "LibraryNotifications.h"
 
+#include <QSemaphore>
 #include <QTest>
 
 class TestLibraryFollower : public QObject
@@ -116,6 +117,36 @@ private Q_SLOTS:
         m_house->draw("shown/b.png");
         QTRY_VERIFY(!second->isFileLost());
         QVERIFY(!m_photo->isFileLost());
+    }
+
+    void aDiskThatDoesNotAnswerHoldsUpItsOwnFilesOnly()
+    {
+        m_follower.reset();
+        const auto other = m_house->add("other/b.png");
+        const auto answers = std::make_shared<QSemaphore>();
+        const auto asked = std::make_shared<QSemaphore>();
+        m_house->setLookListener(
+            [=, stuck = m_house->finder->bookmark(m_photo->fileRef()->guid())](const auto &bookmark) {
+                if (bookmark != stuck)
+                    return;
+                asked->release();
+                answers->acquire();
+            });
+        FolderFollower follower(*m_house->library, *m_house->finder);
+        follower.setPatience(std::chrono::milliseconds(50));
+        follower.lookAt({m_photo->fileRef()});
+        asked->acquire();
+        QVERIFY(QFile::remove(m_house->at("other/b.png")));
+        follower.lookAt({m_photo->fileRef(), other->fileRef()});
+        QTRY_VERIFY(other->isFileLost());
+        QCOMPARE(asked->available(), 0); // not again before it answers
+
+        answers->release(1000);
+        const auto isAskedAgain = [&] {
+            follower.lookAt({m_photo->fileRef()});
+            return asked->available() > 0;
+        };
+        QTRY_VERIFY(isAskedAgain());
     }
 
     void aLibraryJustReadIsLookedAtInTheBackground()
