@@ -41,21 +41,24 @@ OrphanList::OrphanList(const PhotoLibrary &library, const QString &folder, Orpha
 /// Names the first photo of each missing file.
 void OrphanList::describe(const PhotoLibrary &library)
 {
-    QHash<const PIFileRef *, Missing *> undescribed;
-    for (Missing &missing : m_missing)
-        for (const auto &file : std::as_const(missing.files))
-            undescribed.insert(file.get(), &missing);
+    QHash<const PIFileRef *, qsizetype> undescribed;
+    for (auto missing = m_missing.cbegin(); missing != m_missing.cend(); ++missing)
+        for (const auto &file : missing->files)
+            undescribed.insert(file.get(), missing.key());
     if (undescribed.isEmpty())
         return;
     library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
-        Missing *missing = undescribed.take(photo->fileRef().get());
-        if (!missing || !missing->text.isEmpty())
+        const auto found = undescribed.constFind(photo->fileRef().get());
+        if (found == undescribed.cend() || !m_missing[*found].text.isEmpty())
             return;
         const auto folder = library.folderForPhoto(*photo);
         const QString name = photo->caption().isEmpty() ? QVString::lastPathComponent(photo->fileRef()->path())
                                                         : photo->caption().simplified();
-        missing->text = QCoreApplication::translate("OrphanList", "This is the missing photo “%1” of “%2”.")
-                            .arg(name, folder ? folder->name() : QString());
+        const char *text = m_result.byContent.contains(*found)
+                               ? QT_TRANSLATE_NOOP("OrphanList", "This is probably the missing photo “%1” of “%2”.")
+                               : QT_TRANSLATE_NOOP("OrphanList", "This is the missing photo “%1” of “%2”.");
+        m_missing[*found].text =
+            QCoreApplication::translate("OrphanList", text).arg(name, folder ? folder->name() : QString());
     });
 }
 

@@ -50,6 +50,10 @@ private Q_SLOTS:
         QCOMPARE(list.startRow(), 1);
         QCOMPARE(list.missingText(1), QString::fromUtf8("This is the missing photo “gone.jpg” of “A”."));
         QVERIFY(list.missingText(0).isEmpty());
+        auto likely = resultOf({"1.jpg"}, {{0, m_lost->guid()}});
+        likely.byContent = {0}; // another copy may stand elsewhere
+        QCOMPARE(OrphanList(m_house.library, QStringLiteral("/f"), likely).missingText(0),
+                 QString::fromUtf8("This is probably the missing photo “gone.jpg” of “A”."));
         QCOMPARE(list.filesToAdd(), QStringList());
         QCOMPARE(list.filesToReattach().size(), 1);
         QCOMPARE(list.filesToReattach()[0].path, QStringLiteral("/f/sub/2.jpg"));
