@@ -1,4 +1,5 @@
 #include "DispatchQueue.h"
+#include "FilterLibrary.h"
 #include "MessageBoxAlertPresenter.h"
 #include "PIAppController.h"
 #include "ScreenshotRun.h"
@@ -44,6 +45,8 @@ int main(int argc, char *argv[])
                                  QStringLiteral("[files…]"));
     parser.process(application);
 
+    const FilterLibrary filters;
+    installFilterBackEnd(&filters);
     MessageBoxAlertPresenter presenter;
     if (!parser.isSet(screenshot)) // nobody is there to answer: alerts go to the log
         AlertPresenter::install(&presenter);

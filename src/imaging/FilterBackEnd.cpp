@@ -12,7 +12,7 @@ public:
     QStringList filterNames(const QString &) const override { return {}; }
     QString localizedCategoryName(const QString &category) const override { return category; }
     const FilterAttributes *attributes(const QString &) const override { return nullptr; }
-    QImage apply(const EffectEntry &, const QImage &, const FilterContext &) const override { return {}; }
+    std::unique_ptr<FilterRun> start(const QImage &, const FilterContext &) const override { return nullptr; }
 };
 
 std::atomic<const FilterBackEnd *> installedBackEnd = nullptr;
@@ -71,21 +71,28 @@ QImage withSize(const QImage &image, QSize size)
 std::optional<QImage> EvaluateChain(const EffectChain &chain, const QImage &source, const FilterBackEnd &backEnd,
                                     const FilterContext &context)
 {
+    const auto isCancelled = [&] { return context.cancelled && context.cancelled->load(); };
     if (source.isNull())
         return std::nullopt;
-    QImage image = source;
+    std::unique_ptr<FilterRun> run;
+    QString lastFilter;
+    const auto failed = [&] {
+        if (!isCancelled())
+            LogString("Failed to create image for filter %@", lastFilter);
+        return std::nullopt;
+    };
     for (const EffectEntry &entry : chain) {
-        if (context.cancelled && context.cancelled->load())
+        if (isCancelled())
             return std::nullopt;
         const FilterAttributes *filter = backEnd.attributes(entry.filterName());
         if (!filter)
             continue;
-        image = backEnd.apply(entryInPixels(entry, *filter, source.size()), image, context);
-        if (image.isNull()) {
-            if (!context.cancelled || !context.cancelled->load())
-                LogString("Failed to create image for filter %@", entry.filterName());
-            return std::nullopt;
-        }
+        lastFilter = entry.filterName();
+        if (!run)
+            run = backEnd.start(source, context);
+        if (!run || !run->apply(entryInPixels(entry, *filter, source.size())))
+            return failed();
     }
-    return withSize(image, source.size());
+    const QImage image = run ? run->result() : source;
+    return image.isNull() ? failed() : std::optional(withSize(image, source.size()));
 }

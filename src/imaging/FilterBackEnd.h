@@ -44,6 +44,22 @@ struct FilterContext
     const std::atomic<bool> *cancelled = nullptr;
 };
 
+/// One image on its way through filters, in the form in which its back end works. One thread.
+class FilterRun
+{
+public:
+    FilterRun() = default;
+    virtual ~FilterRun() = default;
+    FilterRun(const FilterRun &) = delete;
+    FilterRun &operator=(const FilterRun &) = delete;
+
+    /// Adds a filter of the back end. `inputs` are in pixels of the image, y upward for points; inputs without a value
+    /// take the filter's defaults. False means failure.
+    [[nodiscard]] virtual bool apply(const EffectEntry &inputs) = 0;
+    /// The pixels behind the last filter; null on failure or when cancelled.
+    [[nodiscard]] virtual QImage result() = 0;
+};
+
 /// A filter library. Thread-safe: chains are rendered on many threads at once.
 class FilterBackEnd
 {
@@ -54,10 +70,8 @@ public:
     [[nodiscard]] virtual QString localizedCategoryName(const QString &category) const = 0;
     /// Null when there is no such filter.
     [[nodiscard]] virtual const FilterAttributes *attributes(const QString &filterName) const = 0;
-    /// Runs one filter. `inputs` are in pixels of `image`, y upward for points. A null image means failure.
-    /// Inputs without a value take the filter's defaults.
-    [[nodiscard]] virtual QImage apply(const EffectEntry &inputs, const QImage &image,
-                                       const FilterContext &context) const = 0;
+    /// Takes the image through filters, which are applied to the run one after the other.
+    [[nodiscard]] virtual std::unique_ptr<FilterRun> start(const QImage &image, const FilterContext &context) const = 0;
 };
 
 /// The back end in use: empty until a filter library is installed at start, which then lives as long as the process.

@@ -171,9 +171,10 @@ struct Image::EffectSource final : Source
         context.scale = double(whole.width()) / size.width();
         context.cancelled = cancelled;
         const auto filtered = EvaluateChain(chain, *source, filterBackEnd(), context);
-        if (!filtered || filtered->isNull())
+        if (!filtered && cancelled && cancelled->load())
             return std::nullopt;
-        const QImage result = inOwnFormat(*filtered, hasAlpha);
+        // A picture without its effects says more than no picture.
+        const QImage result = inOwnFormat(filtered.value_or(*source), hasAlpha);
         return part.size() == size ? result : reducedImage(result, scaledPart(part, whole), target);
     }
 

@@ -45,8 +45,8 @@ public:
     [[nodiscard]] Image withEffects(const EffectChain &chain) const;
 
     /// Decodes, crops and filters to exactly `size` (the full size when empty; never enlarged beyond it).
-    /// Nothing when the file is gone or unreadable, effects fail, or `cancelled` becomes true. Blocks: any thread but
-    /// the main one. A damaged file gives what could be read and is told of in the log once.
+    /// Nothing when the file is gone or unreadable, or `cancelled` becomes true; effects that fail are left out.
+    /// Blocks: any thread but the main one. A damaged file gives what could be read and is told of in the log once.
     [[nodiscard]] std::optional<QImage> pixels(QSize size = {}, const std::atomic<bool> *cancelled = nullptr) const;
     /// The small picture that the file carries; null when there is none, and for an image with a crop or effects.
     /// Reads the first kilobytes of the file.

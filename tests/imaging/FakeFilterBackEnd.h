@@ -7,11 +7,33 @@
 
 #include <functional>
 
+/// Filters whole images with a function.
+class FakeFilterRun final : public FilterRun
+{
+public:
+    using Apply = std::function<QImage(const EffectEntry &inputs, const QImage &image)>;
+
+    FakeFilterRun(const QImage &image, Apply apply)
+        : m_image(image)
+        , m_apply(std::move(apply))
+    {}
+    bool apply(const EffectEntry &inputs) override
+    {
+        m_image = m_apply(inputs, m_image);
+        return !m_image.isNull();
+    }
+    QImage result() override { return m_image; }
+
+private:
+    QImage m_image;
+    Apply m_apply;
+};
+
 /// A filter library made up by a test.
 class FakeFilterBackEnd final : public FilterBackEnd
 {
 public:
-    using Apply = std::function<QImage(const EffectEntry &inputs, const QImage &image)>;
+    using Apply = FakeFilterRun::Apply;
 
     /// Offers a filter; the image input comes first by itself.
     void offer(const QString &category, const QString &name, QList<FilterInput> inputs = {}, Apply apply = {})
@@ -33,9 +55,11 @@ public:
         const auto found = m_filters.constFind(filterName);
         return found == m_filters.cend() ? nullptr : &*found;
     }
-    QImage apply(const EffectEntry &inputs, const QImage &image, const FilterContext &) const override
+    std::unique_ptr<FilterRun> start(const QImage &image, const FilterContext &) const override
     {
-        return m_apply.value(inputs.filterName())(inputs, image);
+        return std::make_unique<FakeFilterRun>(image, [this](const EffectEntry &inputs, const QImage &before) {
+            return m_apply.value(inputs.filterName())(inputs, before);
+        });
     }
 
 private:

@@ -1,4 +1,4 @@
-#include "FilterBackEnd.h"
+#include "FakeFilterBackEnd.h"
 #include "Image.h"
 #include "SaveImage.h"
 #include "SystemLog.h"
@@ -33,14 +33,16 @@ public:
     {
         return filterName == QLatin1String("Unknown") ? nullptr : &m_attributes;
     }
-    QImage apply(const EffectEntry &inputs, const QImage &image, const FilterContext &context) const override
+    std::unique_ptr<FilterRun> start(const QImage &image, const FilterContext &context) const override
     {
-        QImage result = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-        if (inputs.filterName() == QLatin1String("Scale"))
-            result.fill(qRgb(int(std::lround(context.scale * 200)), 0, 0));
-        else
-            result.invertPixels();
-        return result;
+        return std::make_unique<FakeFilterRun>(image, [context](const EffectEntry &inputs, const QImage &before) {
+            QImage result = before.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+            if (inputs.filterName() == QLatin1String("Scale"))
+                result.fill(qRgb(int(std::lround(context.scale * 200)), 0, 0));
+            else
+                result.invertPixels();
+            return result;
+        });
     }
 
 private:

@@ -1,0 +1,429 @@
+#include "FilterValues.h"
+#include "PixelMath.h"
+#include "SrgbCurve.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using PixelMath::addColorStep;
+using PixelMath::addEncodedStep;
+using PixelMath::clamped;
+using PixelMath::eachColor;
+using PixelMath::grey;
+using PixelMath::mixed;
+using PixelMath::smooth;
+
+bool colorInvert(WorkingImage &image, const FilterValues &)
+{
+    return addColorStep(image, [](Pixel &pixel) { eachColor(pixel, [](float c) { return 1 - c; }); });
+}
+
+bool colorMonochrome(WorkingImage &image, const FilterValues &values)
+{
+    const Pixel color = values.color("inputColor");
+    const auto intensity = float(values.number("inputIntensity"));
+    return addColorStep(image, [=](Pixel &pixel) {
+        const float light = luminance(pixel);
+        pixel = mixed(pixel, {light * color.r, light * color.g, light * color.b, pixel.a}, intensity);
+    });
+}
+
+bool colorPosterize(WorkingImage &image, const FilterValues &values)
+{
+    const auto steps = float(std::max(2.0, std::round(values.number("inputLevels"))) - 1);
+    return addEncodedStep(image, [=](Pixel &pixel) {
+        eachColor(pixel, [&](float c) { return std::round(clamped(c) * steps) / steps; });
+    });
+}
+
+bool falseColor(WorkingImage &image, const FilterValues &values)
+{
+    const Pixel dark = values.color("inputColor0");
+    const Pixel light = values.color("inputColor1");
+    if (dark.a < 1 || light.a < 1)
+        image.setMayBeClear();
+    return addColorStep(image, [=](Pixel &pixel) {
+        const float alpha = pixel.a;
+        pixel = mixed(dark, light, clamped(luminance(pixel)));
+        pixel.a *= alpha;
+    });
+}
+
+bool maximumComponent(WorkingImage &image, const FilterValues &)
+{
+    return addColorStep(image, [](Pixel &pixel) { pixel = grey(std::max({pixel.r, pixel.g, pixel.b}), pixel.a); });
+}
+
+bool minimumComponent(WorkingImage &image, const FilterValues &)
+{
+    return addColorStep(image, [](Pixel &pixel) { pixel = grey(std::min({pixel.r, pixel.g, pixel.b}), pixel.a); });
+}
+
+float filmGrey(const Pixel &pixel)
+{
+    return 0.299F * pixel.r + 0.587F * pixel.g + 0.114F * pixel.b;
+}
+
+// Towards an S-shaped curve.
+float steeper(float x, float share)
+{
+    return x + share * (smooth(0, 1, x) - x);
+}
+
+// Adds a film look: saturation, then `curves` of the red, green and blue.
+template<typename Curves>
+bool addFilm(WorkingImage &image, float saturation, Curves curves)
+{
+    return addEncodedStep(image, [=](Pixel &pixel) {
+        pixel = curves(mixed(grey(filmGrey(pixel), pixel.a), pixel, saturation));
+        eachColor(pixel, clamped);
+    });
+}
+
+// Powers of what lies below nothing are nothing.
+float power(float x, float exponent)
+{
+    return x > 0 ? std::pow(x, exponent) : 0;
+}
+
+bool photoEffectChrome(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 1.25F, [](Pixel x) {
+        eachColor(x, [](float c) { return steeper(c, 0.35F); });
+        return x;
+    });
+}
+
+bool photoEffectFade(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 0.7F, [](Pixel x) {
+        eachColor(x, [](float c) { return 0.07F + 0.86F * c; });
+        return x;
+    });
+}
+
+bool photoEffectInstant(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 0.85F, [](const Pixel &x) {
+        return Pixel{0.04F + 0.94F * power(x.r, 0.9F), 0.03F + 0.92F * x.g, 0.10F + 0.80F * power(x.b, 1.05F), x.a};
+    });
+}
+
+bool photoEffectMono(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 0, [](const Pixel &x) { return grey(0.05F + 0.88F * x.r, x.a); });
+}
+
+bool photoEffectNoir(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 0, [](const Pixel &x) { return grey((steeper(x.r, 1) - 0.5F) * 1.1F + 0.5F, x.a); });
+}
+
+bool photoEffectProcess(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 0.9F, [](const Pixel &x) {
+        return Pixel{power(x.r, 1.1F), 0.01F + 0.98F * x.g, 0.06F + 0.94F * power(x.b, 0.92F), x.a};
+    });
+}
+
+bool photoEffectTonal(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 0, [](const Pixel &x) { return x; });
+}
+
+bool photoEffectTransfer(WorkingImage &image, const FilterValues &)
+{
+    return addFilm(image, 0.95F, [](const Pixel &x) {
+        return Pixel{0.05F + 0.95F * power(x.r, 0.92F), 0.02F + 0.95F * x.g, 0.02F + 0.88F * power(x.b, 1.08F), x.a};
+    });
+}
+
+bool sepiaTone(WorkingImage &image, const FilterValues &values)
+{
+    const auto intensity = float(values.number("inputIntensity"));
+    return addEncodedStep(image, [=](Pixel &pixel) {
+        const auto [r, g, b, a] = pixel;
+        const Pixel brown{clamped(0.393F * r + 0.769F * g + 0.189F * b), clamped(0.349F * r + 0.686F * g + 0.168F * b),
+                          clamped(0.272F * r + 0.534F * g + 0.131F * b), a};
+        pixel = mixed(pixel, brown, intensity);
+    });
+}
+
+// Darkens by `shade(squared distance from `center`)`.
+template<typename Shade>
+bool addShade(WorkingImage &image, QPointF center, Shade shade)
+{
+    return image.setAlpha(WorkingImage::Alpha::Straight) && image.addPlacedStep([=](Pixel &pixel, QPointF place) {
+        const QPointF apart = place - center;
+        const auto light = float(1 - shade(std::hypot(apart.x(), apart.y())));
+        eachColor(pixel, [&](float c) { return c * light; });
+    });
+}
+
+bool vignette(WorkingImage &image, const FilterValues &values)
+{
+    const QPointF center(image.size().width() / 2.0, image.size().height() / 2.0);
+    const double reach = std::hypot(center.x(), center.y()) * std::max(values.number("inputRadius"), 0.01);
+    const double intensity = values.number("inputIntensity");
+    return addShade(image, center, [=](double distance) {
+        const double part = std::min(distance / reach, 1.0);
+        return intensity * part * part;
+    });
+}
+
+bool vignetteEffect(WorkingImage &image, const FilterValues &values)
+{
+    const double radius = values.number("inputRadius");
+    const double end = std::max(radius * (1 + 2 * values.number("inputFalloff")), radius + values.scale());
+    const double intensity = values.number("inputIntensity");
+    return addShade(image, values.point("inputCenter"), [=](double distance) {
+        return intensity * double(smooth(float(radius), float(end), float(distance)));
+    });
+}
+
+/// Encoded colours from dark to light, evenly apart.
+template<size_t count>
+bool addRamp(WorkingImage &image, const std::array<Pixel, count> &ramp, bool isNegative)
+{
+    return addColorStep(image, [=](Pixel &pixel) {
+        const float light = SrgbCurve::encoded(clamped(luminance(pixel)));
+        const float place = (isNegative ? 1 - light : light) * float(count - 1);
+        const size_t step = std::min(size_t(place), count - 2);
+        const float alpha = pixel.a;
+        pixel = mixed(ramp[step], ramp[step + 1], place - float(step));
+        eachColor(pixel, SrgbCurve::linear);
+        pixel.a = alpha;
+    });
+}
+
+bool thermal(WorkingImage &image, const FilterValues &)
+{
+    constexpr std::array<Pixel, 5> ramp{
+        {{0, 0, 0.25F}, {0.1F, 0, 0.85F}, {0.85F, 0, 0.45F}, {1, 0.6F, 0}, {1, 1, 0.8F}}};
+    return addRamp(image, ramp, /*isNegative=*/false);
+}
+
+bool xRay(WorkingImage &image, const FilterValues &)
+{
+    constexpr std::array<Pixel, 3> ramp{{{0, 0, 0.03F}, {0.35F, 0.5F, 0.6F}, {0.92F, 0.98F, 1}}};
+    return addRamp(image, ramp, /*isNegative=*/true);
+}
+
+bool dither(WorkingImage &image, const FilterValues &values)
+{
+    const auto strength = float(values.number("inputIntensity", -5, 5) / 2);
+    return image.setAlpha(WorkingImage::Alpha::Straight) && image.addRowStep([=](Pixel *row, int count, int x, int y) {
+        for (int i = 0; i < count; ++i) {
+            quint32 channel = 0;
+            eachColor(row[i], [&](float c) {
+                const quint32 cell = PixelMath::cellHash(x + i, y, channel++);
+                const float noise = PixelMath::unit(cell) + PixelMath::unit(PixelMath::scrambled(cell)) - 1;
+                return SrgbCurve::linear(SrgbCurve::encoded(c) + strength * noise);
+            });
+        }
+    });
+}
+
+// D65, of the linear colours' XYZ.
+constexpr float kWhiteX = 0.95047F;
+constexpr float kWhiteZ = 1.08883F;
+constexpr float kLabEdge = 6.0F / 29;
+
+float labRoot(float t)
+{
+    return t > kLabEdge * kLabEdge * kLabEdge ? std::cbrt(t) : t / (3 * kLabEdge * kLabEdge) + 4.0F / 29;
+}
+
+float labCube(float t)
+{
+    return t > kLabEdge ? t * t * t : 3 * kLabEdge * kLabEdge * (t - 4.0F / 29);
+}
+
+bool convertRGBtoLab(WorkingImage &image, const FilterValues &values)
+{
+    const bool isNormalized = values.number("inputNormalize") != 0;
+    return addColorStep(image, [=](Pixel &pixel) {
+        const auto [r, g, b, a] = pixel;
+        const float x = labRoot((0.4124564F * r + 0.3575761F * g + 0.1804375F * b) / kWhiteX);
+        const float y = labRoot(0.2126729F * r + 0.7151522F * g + 0.0721750F * b);
+        const float z = labRoot((0.0193339F * r + 0.1191920F * g + 0.9503041F * b) / kWhiteZ);
+        pixel = {116 * y - 16, 500 * (x - y), 200 * (y - z), a};
+        if (isNormalized)
+            pixel = {pixel.r / 100, (pixel.g + 128) / 256, (pixel.b + 128) / 256, a};
+    });
+}
+
+bool convertLabToRGB(WorkingImage &image, const FilterValues &values)
+{
+    const bool isNormalized = values.number("inputNormalize") != 0;
+    return addColorStep(image, [=](Pixel &pixel) {
+        if (isNormalized)
+            pixel = {pixel.r * 100, pixel.g * 256 - 128, pixel.b * 256 - 128, pixel.a};
+        const float middle = (pixel.r + 16) / 116;
+        const float x = kWhiteX * labCube(middle + pixel.g / 500);
+        const float y = labCube(middle);
+        const float z = kWhiteZ * labCube(middle - pixel.b / 200);
+        pixel = {3.2404542F * x - 1.5371385F * y - 0.4985314F * z, -0.9692660F * x + 1.8760108F * y + 0.0415560F * z,
+                 0.0556434F * x - 0.2040259F * y + 1.0572252F * z, pixel.a};
+    });
+}
+
+bool maskToAlpha(WorkingImage &image, const FilterValues &)
+{
+    image.setMayBeClear();
+    return addColorStep(image, [](Pixel &pixel) { pixel = {1, 1, 1, pixel.a * clamped(luminance(pixel))}; });
+}
+
+const FilterTable kFilters{
+    {"CIColorInvert",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Color Invert"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Inverts the colours."),
+     {},
+     colorInvert},
+    {"CIColorMonochrome",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Color Monochrome"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Reduces the picture to shades of one colour."),
+     {{"inputColor",
+       QT_TRANSLATE_NOOP("FilterLibrary", "Color"),
+       InputKind::Color,
+       EffectColor{0.6, 0.45, 0.3, 1},
+       {},
+       {},
+       {}},
+      {"inputIntensity", QT_TRANSLATE_NOOP("FilterLibrary", "Intensity"), InputKind::Number, 1.0, 0.0, 0.0, 1.0}},
+     colorMonochrome},
+    {"CIColorPosterize",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Color Posterize"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Reduces each colour channel to a few levels."),
+     {{"inputLevels", QT_TRANSLATE_NOOP("FilterLibrary", "Levels"), InputKind::Number, 6.0, 300.0, 2.0, 30.0}},
+     colorPosterize},
+    {"CIFalseColor",
+     QT_TRANSLATE_NOOP("FilterLibrary", "False Color"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Maps luminance onto a ramp between two colours."),
+     {{"inputColor0",
+       QT_TRANSLATE_NOOP("FilterLibrary", "Color 1"),
+       InputKind::Color,
+       EffectColor{0.3, 0, 0, 1},
+       {},
+       {},
+       {}},
+      {"inputColor1",
+       QT_TRANSLATE_NOOP("FilterLibrary", "Color 2"),
+       InputKind::Color,
+       EffectColor{1, 0.9, 0.8, 1},
+       {},
+       {},
+       {}}},
+     falseColor},
+    {"CIMaximumComponent",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Maximum Component"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Turns the picture grey using the largest colour component."),
+     {},
+     maximumComponent},
+    {"CIMinimumComponent",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Minimum Component"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Turns the picture grey using the smallest colour component."),
+     {},
+     minimumComponent},
+    {"CIPhotoEffectChrome",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Chrome"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A film look with strengthened colours."),
+     {},
+     photoEffectChrome},
+    {"CIPhotoEffectFade",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Fade"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A film look with weakened colours."),
+     {},
+     photoEffectFade},
+    {"CIPhotoEffectInstant",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Instant"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A look of instant film with shifted colours."),
+     {},
+     photoEffectInstant},
+    {"CIPhotoEffectMono",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Mono"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A soft black-and-white film look with low contrast."),
+     {},
+     photoEffectMono},
+    {"CIPhotoEffectNoir",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Noir"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A hard black-and-white film look with high contrast."),
+     {},
+     photoEffectNoir},
+    {"CIPhotoEffectProcess",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Process"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A film look that stresses cool colours."),
+     {},
+     photoEffectProcess},
+    {"CIPhotoEffectTonal",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Tonal"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A black-and-white film look with unchanged contrast."),
+     {},
+     photoEffectTonal},
+    {"CIPhotoEffectTransfer",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Transfer"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "A film look that stresses warm colours."),
+     {},
+     photoEffectTransfer},
+    {"CISepiaTone",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Sepia Tone"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Tints the picture in browns like an old print."),
+     {{"inputIntensity", QT_TRANSLATE_NOOP("FilterLibrary", "Intensity"), InputKind::Number, 1.0, 0.0, 0.0, 1.0}},
+     sepiaTone},
+    {"CIVignette",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Vignette"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Darkens the picture towards its corners."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Number, 1.0, {}, 0.0, 2.0},
+      {"inputIntensity", QT_TRANSLATE_NOOP("FilterLibrary", "Intensity"), InputKind::Number, 0.0, 0.0, -1.0, 1.0}},
+     vignette},
+    {"CIVignetteEffect",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Vignette Effect"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Darkens the picture outside a circle."),
+     {{"inputCenter", QT_TRANSLATE_NOOP("FilterLibrary", "Center"), InputKind::Point, QPointF(150, 150), {}, {}, {}},
+      {"inputIntensity", QT_TRANSLATE_NOOP("FilterLibrary", "Intensity"), InputKind::Number, 1.0, 0.0, -1.0, 1.0},
+      {"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 150.0, {}, 0.0, 2000.0},
+      {"inputFalloff", QT_TRANSLATE_NOOP("FilterLibrary", "Falloff"), InputKind::Number, 0.5, {}, 0.0, 1.0}},
+     vignetteEffect},
+    {"CIThermal",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Thermal"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Shows brightness in the colours of a heat camera."),
+     {},
+     thermal},
+    {"CIXRay",
+     QT_TRANSLATE_NOOP("FilterLibrary", "X-Ray"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Shows the picture like an X-ray plate."),
+     {},
+     xRay},
+    {"CIDither",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Dither"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Adds fine random noise to hide banding."),
+     {{"inputIntensity", QT_TRANSLATE_NOOP("FilterLibrary", "Intensity"), InputKind::Number, 0.1, 0.0, 0.0, 1.0}},
+     dither},
+    {"CIConvertRGBtoLab",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Convert RGB to Lab"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Replaces the red, green and blue values by CIE L*, a*, b* values."),
+     {{"inputNormalize", QT_TRANSLATE_NOOP("FilterLibrary", "Normalize"), InputKind::Number, 0.0, {}, 0.0, 1.0}},
+     convertRGBtoLab},
+    {"CIConvertLabToRGB",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Convert Lab to RGB"),
+     QT_TRANSLATE_NOOP("FilterLibrary",
+                       "Reads the channels as CIE L*, a*, b* and turns them into red, green and blue."),
+     {{"inputNormalize", QT_TRANSLATE_NOOP("FilterLibrary", "Normalize"), InputKind::Number, 0.0, {}, 0.0, 1.0}},
+     convertLabToRGB},
+    {"CIMaskToAlpha",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Mask to Alpha"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Turns a grey picture into a white one that is clear where it was dark."),
+     {},
+     maskToAlpha},
+};
+
+}
+
+const FilterTable &colorEffectFilters()
+{
+    return kFilters;
+}

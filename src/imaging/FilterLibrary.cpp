@@ -1,0 +1,157 @@
+#include "FilterLibrary.h"
+
+#include "FilterValues.h"
+#include "LogString.h"
+#include "WorkingImage.h"
+
+#include <QCoreApplication>
+
+namespace {
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("FilterLibrary", text);
+}
+
+const char *classOf(InputKind kind)
+{
+    switch (kind) {
+    case InputKind::Point:
+    case InputKind::FourNumbers:
+        return "CIVector";
+    case InputKind::Color:
+        return "CIColor";
+    case InputKind::Number:
+    case InputKind::Pixels:
+    case InputKind::SignedPixels:
+        break;
+    }
+    return "NSNumber";
+}
+
+FilterInput attributesOf(const InputRow &row)
+{
+    FilterInput input;
+    input.name = QString::fromLatin1(row.name);
+    input.attributeClass = QString::fromLatin1(classOf(row.kind));
+    input.displayName = translated(row.displayName);
+    input.defaultValue = row.defaultValue;
+    input.identity = row.identity;
+    input.sliderMinimum = row.sliderMinimum;
+    input.sliderMaximum = row.sliderMaximum;
+    input.vectorComponents = row.kind == InputKind::FourNumbers ? 4 : 2;
+    return input;
+}
+
+FilterAttributes attributesOf(const FilterRow &row)
+{
+    FilterAttributes filter{
+        QString::fromLatin1(row.name), translated(row.displayName), translated(row.description), {}};
+    FilterInput image;
+    image.name = QStringLiteral("inputImage");
+    image.attributeClass = QStringLiteral("CIImage");
+    image.displayName = translated(QT_TRANSLATE_NOOP("FilterLibrary", "Image"));
+    filter.inputs.append(image);
+    for (const InputRow &input : row.inputs)
+        filter.inputs.append(attributesOf(input));
+    return filter;
+}
+
+}
+
+FilterLibrary::FilterLibrary()
+{
+    add("CICategoryColorAdjustment", QT_TRANSLATE_NOOP("FilterLibrary", "Color Adjustment"), colorAdjustmentFilters());
+    add("CICategoryColorEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Color Effect"), colorEffectFilters());
+}
+
+void FilterLibrary::add(const char *categoryName, const char *displayName, const FilterTable &filters)
+{
+    const QString category = QString::fromLatin1(categoryName);
+    m_categoryNames.insert(category, translated(displayName));
+    for (const FilterRow &row : filters) {
+        const QString name = QString::fromLatin1(row.name);
+        m_categories[category].append(name);
+        m_filters.insert(name, {&row, attributesOf(row)});
+    }
+}
+
+QStringList FilterLibrary::filterNames(const QString &category) const
+{
+    return m_categories.value(category);
+}
+
+QString FilterLibrary::localizedCategoryName(const QString &category) const
+{
+    return m_categoryNames.value(category, category);
+}
+
+const FilterAttributes *FilterLibrary::attributes(const QString &filterName) const
+{
+    const auto found = m_filters.constFind(filterName);
+    return found == m_filters.cend() ? nullptr : &found->attributes;
+}
+
+namespace {
+
+/// The image becomes linear light with the first filter that changes something, and 8-bit again at the end.
+class LibraryRun final : public FilterRun
+{
+public:
+    using Find = std::function<const FilterRow *(const QString &)>;
+
+    LibraryRun(const QImage &source, const FilterContext &context, Find find)
+        : m_source(source)
+        , m_context(context)
+        , m_find(std::move(find))
+    {}
+
+    bool apply(const EffectEntry &entry) override
+    {
+        const FilterRow *row = m_find(entry.filterName());
+        if (!row)
+            return false;
+        const FilterValues values(*row, entry, m_context);
+        if (values.areNeutral())
+            return true;
+        if (m_image.isNull())
+            begin();
+        return !m_image.isNull() && row->apply(m_image, values);
+    }
+
+    QImage result() override
+    {
+        if (m_image.isNull())
+            return m_source;
+        QImage pixels = m_image.pixels(m_context.cancelled);
+        const QString error = takeVipsError();
+        if (pixels.isNull() && !error.isEmpty())
+            LogString("No pixels from the filters: %@", error);
+        return pixels;
+    }
+
+private:
+    void begin()
+    {
+        const bool isOpaque = !m_source.hasAlphaChannel();
+        m_working = m_source.convertToFormat(isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
+        if (!m_working.isNull())
+            m_image = WorkingImage(m_working);
+    }
+
+    QImage m_source;
+    QImage m_working;
+    FilterContext m_context;
+    Find m_find;
+    WorkingImage m_image; // last: reads the pixels above
+};
+
+}
+
+std::unique_ptr<FilterRun> FilterLibrary::start(const QImage &image, const FilterContext &context) const
+{
+    return std::make_unique<LibraryRun>(image, context, [this](const QString &name) {
+        const auto found = m_filters.constFind(name);
+        return found == m_filters.cend() ? nullptr : found->row;
+    });
+}

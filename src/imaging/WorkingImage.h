@@ -1,0 +1,103 @@
+#pragma once
+
+#include "VipsSupport.h"
+
+#include <QImage>
+#include <QPointF>
+#include <QSize>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <vector>
+
+/// A pixel of a working image: linear light with the primaries of sRGB, not limited to 0 … 1.
+struct Pixel
+{
+    float r = 0;
+    float g = 0;
+    float b = 0;
+    float a = 0;
+};
+
+/// A picture on its way through filters: a libvips pipeline whose pixels are computed piece by piece, on several
+/// threads, when the whole is asked for. Copies share what has been added so far. Rows run downward.
+class WorkingImage
+{
+public:
+    enum class Alpha { Straight, Premultiplied };
+    enum class Pieces { Rows, Tiles };
+    /// Fills the valid part of `out`; false on failure. Runs on several threads at once.
+    using Step = std::function<bool(VipsRegion &out, VipsRegion *const *in)>;
+    using RowStep = std::function<void(Pixel *row, int count, int x, int y)>;
+
+    WorkingImage() = default;
+    /// `pixels` (Format_RGB32 or Format_ARGB32_Premultiplied) outlive the working image and its copies.
+    explicit WorkingImage(const QImage &pixels);
+
+    [[nodiscard]] bool isNull() const { return !m_image; }
+    [[nodiscard]] QSize size() const;
+    /// The form of the colours; opaque pictures take either form for nothing.
+    [[nodiscard]] bool setAlpha(Alpha form);
+    /// For steps that make opaque pixels clear.
+    void setMayBeClear() { m_mayBeClear = true; }
+
+    /// Adds a step that computes an image of that size from this one.
+    [[nodiscard]] bool addStep(QSize size, Pieces pieces, Step step);
+    /// Adds a step that changes pixels where they are.
+    [[nodiscard]] bool addRowStep(RowStep step);
+    /// The same with another image of the same size and form: `step(pixel, of the other)`.
+    [[nodiscard]] bool combineWith(const WorkingImage &other, std::function<void(Pixel &, const Pixel &)> step);
+    /// Adds an operation `operation(in, &out)` of libvips that keeps the bands.
+    template<typename Operation>
+    [[nodiscard]] bool add(Operation operation)
+    {
+        VipsImage *out = nullptr;
+        return operation(m_image.get(), &out) == 0 && take(out);
+    }
+    /// Adds a step `function(pixel)` without regard to the place.
+    template<typename Function>
+    [[nodiscard]] bool addPixelStep(Function function)
+    {
+        return addRowStep([function](Pixel *row, int count, int, int) {
+            for (int i = 0; i < count; ++i)
+                function(row[i]);
+        });
+    }
+    /// Adds a step `function(pixel, place)`; places count from the left bottom corner, to the middle of pixels.
+    template<typename Function>
+    [[nodiscard]] bool addPlacedStep(Function function)
+    {
+        return addRowStep([function, height = size().height()](Pixel *row, int count, int x, int y) {
+            for (int i = 0; i < count; ++i)
+                function(row[i], QPointF(x + i + 0.5, height - y - 0.5));
+        });
+    }
+    /// Keeps what has been computed last, for a next step that asks for the same pixels again and again.
+    [[nodiscard]] bool keepPieces();
+
+    /// Computes every piece once and hands it to `visit`, on several threads; ends early when that tells false.
+    [[nodiscard]] bool visitPieces(std::function<bool(VipsRegion &)> visit) const;
+    /// Computes the pixels; null on failure or when cancelled.
+    [[nodiscard]] QImage pixels(const std::atomic<bool> *cancelled);
+
+private:
+    [[nodiscard]] bool take(VipsImage *image);
+    [[nodiscard]] bool addStep(const std::vector<VipsImage *> &inputs, QSize size, Pieces pieces, Step step);
+
+    std::shared_ptr<VipsImage> m_image;
+    Alpha m_alpha = Alpha::Straight;
+    bool m_mayBeClear = false;
+};
+
+/// Where in the region's memory the pixel (x, y) of its image is.
+[[nodiscard]] inline Pixel *pixelAt(VipsRegion &region, int x, int y)
+{
+    VipsPel *row = region.data + ptrdiff_t(y - region.valid.top) * region.bpl;
+    return reinterpret_cast<Pixel *>(row) + (x - region.valid.left);
+}
+
+[[nodiscard]] inline float luminance(const Pixel &pixel)
+{
+    return 0.2126F * pixel.r + 0.7152F * pixel.g + 0.0722F * pixel.b;
+}

@@ -1,0 +1,128 @@
+#include "FilterCatalogue.h"
+#include "FilterReference.h"
+#include "TestPictures.h"
+#include "TestRunner.h"
+
+#include <QTest>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+const QImage &alphaSample()
+{
+    static const QImage sample = samplePicture(true);
+    return sample;
+}
+
+QList<FilterAttributes> allFilters()
+{
+    QList<FilterAttributes> filters;
+    const FilterCatalogue catalogue(filterLibrary());
+    for (const auto &category : catalogue.categories()) {
+        for (const QString &name : filterLibrary().filterNames(category.name))
+            filters.append(*filterLibrary().attributes(name));
+    }
+    return filters;
+}
+
+bool isNeutral(const FilterAttributes &filter)
+{
+    return std::any_of(filter.inputs.cbegin(), filter.inputs.cend(),
+                       [](const auto &i) { return i.identity.has_value(); });
+}
+
+/// The filter with every number, point and colour at that value.
+EffectEntry extreme(const FilterAttributes &filter, double value)
+{
+    EffectEntry entry(filter.name);
+    for (const FilterInput &input : filter.inputs) {
+        if (input.attributeClass == u"NSNumber")
+            entry.setValue(input.name, value);
+        else if (input.attributeClass == u"CIVector")
+            entry.setValue(input.name, QPointF(value, -value));
+        else if (input.attributeClass == u"CIColor")
+            entry.setValue(input.name, EffectColor{value, -value, value, value});
+    }
+    return entry;
+}
+
+}
+
+class TestFilterLibrary : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void refusedFiltersAreKnownButNotOffered()
+    {
+        const FilterCatalogue catalogue(filterLibrary());
+        QCOMPARE(catalogue.categories().at(0).filters.value(0), QStringLiteral("CIColorControls"));
+        for (const char *name : {"CIColorClamp", "CIMaskToAlpha"}) {
+            const QString refused = QString::fromLatin1(name);
+            QVERIFY(filterLibrary().attributes(refused));
+            QVERIFY2(!catalogue.description(refused), name);
+        }
+        QStringList shown;
+        for (const auto &category : catalogue.categories())
+            shown += category.filters;
+        const QStringList all = QSet<QString>(shown.cbegin(), shown.cend()).values();
+        QCOMPARE(all.size(), shown.size()); // each in one category
+        QVERIFY(shown.contains(QStringLiteral("CIExposureAdjust")));
+    }
+
+    /// What the catalogue starts with changes nothing, to the last bit; nor does what no filter changes on its way
+    /// through linear light.
+    void identitiesChangeNothing()
+    {
+        const FilterCatalogue catalogue(filterLibrary());
+        const QImage &sample = alphaSample();
+        int checked = 0;
+        for (const FilterAttributes &filter : allFilters()) {
+            if (!isNeutral(filter) || !catalogue.description(filter.name))
+                continue;
+            QVERIFY2(filtered({catalogue.startingEntry(filter.name)}, sample) == sample, qPrintable(filter.name));
+            ++checked;
+        }
+        QVERIFY(checked > 4);
+        QImage all(256, 256, QImage::Format_ARGB32_Premultiplied);
+        for (int y = 0; y < 256; ++y) {
+            for (int x = 0; x < 256; ++x)
+                all.setPixel(x, y, qPremultiply(qRgba(x, 255 - x, 128, y)));
+        }
+        const QImage turned = filtered({effect("CIHueAdjust", {{"inputAngle", 1e-9}})}, all);
+        QCOMPARE(turned, all);
+    }
+
+    void valuesOutOfHandDoNoHarm()
+    {
+        const double infinity = std::numeric_limits<double>::infinity();
+        for (const FilterAttributes &filter : allFilters()) {
+            for (const double value : {std::nan(""), infinity, -infinity, 1e9, -1e9, 0.0, 1e300}) {
+                EffectEntry entry = extreme(filter, value);
+                entry.setValue(QStringLiteral("inputUnheardOf"), QStringLiteral("text"));
+                QVERIFY2(filtered({entry}, alphaSample()).size() == alphaSample().size(), qPrintable(filter.name));
+            }
+            EffectEntry texts(filter.name);
+            for (const FilterInput &input : filter.inputs)
+                texts.setValue(input.name, QStringLiteral("1"));
+            QCOMPARE(filtered({texts}, alphaSample()), filtered({EffectEntry(filter.name)}, alphaSample()));
+        }
+    }
+
+    void unknownFiltersAreSkippedAndCancellingEndsIt()
+    {
+        QCOMPARE(filtered({effect("CINobody")}, alphaSample()), alphaSample());
+        const std::atomic<bool> cancelled = true;
+        for (const FilterAttributes &filter : allFilters()) {
+            const auto run = filterLibrary().start(alphaSample(), FilterContext{1, &cancelled});
+            QVERIFY2(!run->apply(EffectEntry(filter.name)) || run->result().isNull() ||
+                         filtered({EffectEntry(filter.name)}, alphaSample()) == alphaSample(),
+                     qPrintable(filter.name));
+        }
+    }
+};
+
+REGISTER_TEST(TestFilterLibrary)
+#include "TestFilterLibrary.moc"
