@@ -61,8 +61,13 @@ FilterAttributes attributesOf(const FilterRow &row)
 
 FilterLibrary::FilterLibrary()
 {
+    add("CICategoryBlur", QT_TRANSLATE_NOOP("FilterLibrary", "Blur"), blurFilters());
     add("CICategoryColorAdjustment", QT_TRANSLATE_NOOP("FilterLibrary", "Color Adjustment"), colorAdjustmentFilters());
     add("CICategoryColorEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Color Effect"), colorEffectFilters());
+    add("CICategoryDistortionEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Distortion Effect"), distortionFilters());
+    add("CICategoryHalftoneEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Halftone Effect"), halftoneFilters());
+    add("CICategorySharpen", QT_TRANSLATE_NOOP("FilterLibrary", "Sharpen"), sharpenFilters());
+    add("CICategoryTileEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Tile Effect"), tileFilters());
 }
 
 void FilterLibrary::add(const char *categoryName, const char *displayName, const FilterTable &filters)

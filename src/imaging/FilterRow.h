@@ -48,5 +48,10 @@ struct FilterRow
 /// The filters of a category, in the order in which they are offered.
 using FilterTable = std::vector<FilterRow>;
 
+[[nodiscard]] const FilterTable &blurFilters();
 [[nodiscard]] const FilterTable &colorAdjustmentFilters();
 [[nodiscard]] const FilterTable &colorEffectFilters();
+[[nodiscard]] const FilterTable &distortionFilters();
+[[nodiscard]] const FilterTable &halftoneFilters();
+[[nodiscard]] const FilterTable &sharpenFilters();
+[[nodiscard]] const FilterTable &tileFilters();

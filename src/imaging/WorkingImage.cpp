@@ -120,14 +120,15 @@ bool WorkingImage::take(VipsImage *image)
 bool WorkingImage::addStep(const std::vector<VipsImage *> &inputs, QSize size, Pieces pieces, Step step)
 {
     std::unique_ptr<VipsImage, GObjectDeleter> out(vips_image_new());
-    vips_image_init_fields(out.get(), size.width(), size.height(), kBands, VIPS_FORMAT_FLOAT, VIPS_CODING_NONE,
-                           VIPS_INTERPRETATION_scRGB, 1, 1);
     auto *added = new AddedStep(inputs, std::move(step));
     g_object_set_data_full(G_OBJECT(out.get()), kStepKey, added,
                            [](gpointer data) { delete static_cast<AddedStep *>(data); });
     const auto style = pieces == Pieces::Rows ? VIPS_DEMAND_STYLE_ANY : VIPS_DEMAND_STYLE_SMALLTILE;
     if (vips_image_pipeline_array(out.get(), style, added->inputs.data()) != 0)
         return false;
+    // Only now: a pipeline begins with the size of what it reads.
+    vips_image_init_fields(out.get(), size.width(), size.height(), kBands, VIPS_FORMAT_FLOAT, VIPS_CODING_NONE,
+                           VIPS_INTERPRETATION_scRGB, 1, 1);
     const int status = inputs.empty() ? vips_image_generate(out.get(), nullptr, runSource, nullptr, nullptr, added)
                                       : vips_image_generate(out.get(), vips_start_many, runStep, vips_stop_many,
                                                             added->inputs.data(), added);

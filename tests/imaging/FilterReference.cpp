@@ -128,8 +128,9 @@ QString firstDifference(const std::vector<FilterCase> &cases)
             const QImage result = filtered({one.entry}, sample).convertToFormat(expected.format());
             const int difference = TestPictures::largestDifference(result, expected);
             if (difference > one.tolerance)
-                return QStringLiteral("%1 differs by %2%3")
+                return QStringLiteral("%1 (case %2) differs by %3%4")
                     .arg(one.entry.filterName())
+                    .arg(&one - cases.data())
                     .arg(difference)
                     .arg(withAlpha ? QStringLiteral(" with alpha") : QString());
         }

@@ -54,7 +54,7 @@ struct FilterCase
 {
     EffectEntry entry; ///< points in normalised coordinates, as stored
     std::function<ReferencePicture(const ReferencePicture &)> expected;
-    int tolerance = 1; ///< of any component of any pixel, in 8-bit steps
+    int tolerance = 1;     ///< of any component of any pixel, in 8-bit steps
     bool isOpaque = false; ///< not to be tried with alpha
 };
 

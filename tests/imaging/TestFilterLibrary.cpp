@@ -27,6 +27,12 @@ QList<FilterAttributes> allFilters()
     return filters;
 }
 
+QStringList lengths()
+{
+    return {QStringLiteral("inputRadius"), QStringLiteral("inputWidth"),  QStringLiteral("inputHeight"),
+            QStringLiteral("inputScale"),  QStringLiteral("inputAmount"), QStringLiteral("inputSize")};
+}
+
 bool isNeutral(const FilterAttributes &filter)
 {
     return std::any_of(filter.inputs.cbegin(), filter.inputs.cend(),
@@ -93,6 +99,34 @@ private Q_SLOTS:
         }
         const QImage turned = filtered({effect("CIHueAdjust", {{"inputAngle", 1e-9}})}, all);
         QCOMPARE(turned, all);
+    }
+
+    /// A picture filtered small looks like the filtered picture made small: lengths in pixels follow.
+    void smallRenderingsLookLikeLargeOnes()
+    {
+        const QImage full = TestPictures::colorful(QSize(480, 360));
+        const QImage small = TestPictures::colorful(QSize(120, 90));
+        int checked = 0;
+        for (const FilterAttributes &filter : allFilters()) {
+            EffectEntry entry(filter.name);
+            bool hasLength = false;
+            for (const FilterInput &input : filter.inputs) {
+                if (input.attributeClass == u"CIVector")
+                    entry.setValue(input.name, QPointF(0.1, 0.2));
+                if (filter.name.endsWith(u"Screen") && input.name == u"inputWidth")
+                    entry.setValue(input.name, 60.0); // what is finer than pixels can not look alike
+                hasLength = hasLength || lengths().contains(input.name);
+            }
+            const double most = 0.02;
+            if (!hasLength)
+                continue;
+            const QImage large =
+                filtered({entry}, full).scaled(small.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+            const double apart = TestPictures::meanDifference(filtered({entry}, small, 0.25), large) / 255;
+            QVERIFY2(apart < most, qPrintable(QStringLiteral("%1: %2").arg(filter.name).arg(apart)));
+            ++checked;
+        }
+        QVERIFY(checked > 8);
     }
 
     void valuesOutOfHandDoNoHarm()

@@ -1,0 +1,374 @@
+#include "FilterValues.h"
+#include "Neighbours.h"
+#include "PixelMath.h"
+#include "Sampling.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace {
+
+using Neighbours::Extreme;
+using Neighbours::Tap;
+using PixelMath::smooth;
+
+// A length that no picture needs longer.
+double within(const WorkingImage &image, double length)
+{
+    return std::min(length, 2.0 * std::max(image.size().width(), image.size().height()));
+}
+
+// Means over stretches of `length` pixels, along rows or columns.
+std::vector<Tap> boxTaps(double length, bool isAcross)
+{
+    std::vector<Tap> taps;
+    const int reach = int(std::ceil(length / 2 - 0.5));
+    for (int i = -reach; i <= reach; ++i) {
+        const auto weight = float(std::clamp(length / 2 + 0.5 - std::abs(i), 0.0, 1.0));
+        taps.push_back({isAcross ? i : 0, isAcross ? 0 : i, weight});
+    }
+    return taps;
+}
+
+bool boxBlur(WorkingImage &image, const FilterValues &values)
+{
+    constexpr double enough = 32;
+    const double full = 2 * std::round(values.number("inputRadius") / values.scale()) + 1;
+    const double length = within(image, full * values.scale());
+    const int factor = Neighbours::reductionFor(length, enough);
+    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+        return Neighbours::addWeighted(reduced, boxTaps(length / factor, /*isAcross=*/true)) &&
+               Neighbours::addWeighted(reduced, boxTaps(length / factor, /*isAcross=*/false));
+    });
+}
+
+// Blurs with a disc; `weight(distance, radius)` in pixels of what is blurred.
+template<typename Weight>
+bool addDisc(WorkingImage &image, double radius, Weight weight)
+{
+    constexpr double least = 0.5;
+    constexpr double enough = 8;
+    radius = within(image, radius);
+    if (radius < least)
+        return true;
+    const int factor = Neighbours::reductionFor(radius, enough);
+    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+        std::vector<Tap> taps;
+        const int reach = int(std::ceil(radius / factor)) + 6;
+        for (int y = -reach; y <= reach; ++y) {
+            for (int x = -reach; x <= reach; ++x) {
+                const double share = weight(std::hypot(x, y) * factor, radius, factor);
+                if (share > 0)
+                    taps.push_back({x, y, float(share)});
+            }
+        }
+        return Neighbours::addWeighted(reduced, taps);
+    });
+}
+
+bool discBlur(WorkingImage &image, const FilterValues &values)
+{
+    return addDisc(image, values.number("inputRadius"), [](double distance, double radius, double unit) {
+        return std::clamp((radius - distance) / unit + 0.5, 0.0, 1.0);
+    });
+}
+
+bool bokehBlur(WorkingImage &image, const FilterValues &values)
+{
+    const double ring = 4 * values.number("inputRingAmount", 0, 100);
+    const double ringSize = values.number("inputRingSize", 0, 1);
+    const double softness = std::max(values.number("inputSoftness", 0, 10), 0.5) * values.scale();
+    return addDisc(image, values.number("inputRadius"), [=](double distance, double radius, double) {
+        const double half = softness / 2;
+        const double inside = 1 - double(smooth(float(radius - half), float(radius + half), float(distance)));
+        return inside * (1 + (distance > radius * (1 - ringSize) ? ring : 0));
+    });
+}
+
+bool gaussianBlur(WorkingImage &image, const FilterValues &values)
+{
+    return Neighbours::addGaussian(image, values.number("inputRadius"));
+}
+
+bool medianFilter(WorkingImage &image, const FilterValues &)
+{
+    const QSize size = image.size();
+    return image.setAlpha(WorkingImage::Alpha::Premultiplied) && image.add([&](VipsImage *in, VipsImage **out) {
+        return vips_embed(in, out, 1, 1, size.width() + 2, size.height() + 2, "extend", VIPS_EXTEND_COPY, nullptr);
+    }) && image.add([](VipsImage *in, VipsImage **out) { return vips_median(in, out, 3, nullptr); }) &&
+           image.add([&](VipsImage *in, VipsImage **out) {
+               return vips_extract_area(in, out, 1, 1, size.width(), size.height(), nullptr);
+           });
+}
+
+// What samples along a line, half a pixel apart, weigh the pixels around them.
+std::vector<Tap> lineTaps(double radius, double angle)
+{
+    std::map<std::pair<int, int>, double> weights;
+    const int steps = std::max(1, int(std::ceil(4 * radius)));
+    for (int i = 0; i < steps; ++i) {
+        const double t = radius * ((2.0 * i + 1) / steps - 1);
+        const double x = t * std::cos(angle);
+        const double y = -t * std::sin(angle);
+        const int left = int(std::floor(x));
+        const int top = int(std::floor(y));
+        const double across = x - left;
+        const double down = y - top;
+        weights[{left, top}] += (1 - across) * (1 - down);
+        weights[{left + 1, top}] += across * (1 - down);
+        weights[{left, top + 1}] += (1 - across) * down;
+        weights[{left + 1, top + 1}] += across * down;
+    }
+    std::vector<Tap> taps;
+    for (const auto &[place, weight] : weights) {
+        if (weight > 1e-9)
+            taps.push_back({place.first, place.second, float(weight)});
+    }
+    return taps;
+}
+
+bool motionBlur(WorkingImage &image, const FilterValues &values)
+{
+    constexpr double enough = 32;
+    const double radius = within(image, values.number("inputRadius"));
+    const double angle = values.number("inputAngle");
+    if (radius <= 0)
+        return true;
+    const int factor = Neighbours::reductionFor(radius, enough);
+    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+        return Neighbours::addWeighted(reduced, lineTaps(radius / factor, angle));
+    });
+}
+
+// Of the eight pixels around it and the pixel itself.
+Pixel binomialMean(VipsRegion &in, int x, int y)
+{
+    Pixel sum;
+    for (int row = 0; row < 3; ++row) {
+        const Pixel *from = pixelAt(in, x, y + row);
+        const float weight = row == 1 ? 2 : 1;
+        sum.r += weight * (from[0].r + 2 * from[1].r + from[2].r);
+        sum.g += weight * (from[0].g + 2 * from[1].g + from[2].g);
+        sum.b += weight * (from[0].b + 2 * from[1].b + from[2].b);
+        sum.a += weight * (from[0].a + 2 * from[1].a + from[2].a);
+    }
+    return {sum.r / 16, sum.g / 16, sum.b / 16, sum.a / 16};
+}
+
+// Encoded colours with alpha multiplied in, for filters that mix neighbours by how they look.
+bool addEncoding(WorkingImage &image, bool isBack)
+{
+    return image.setAlpha(WorkingImage::Alpha::Straight) && image.addPixelStep([isBack](Pixel &pixel) {
+        PixelMath::eachColor(pixel, isBack ? SrgbCurve::linear : SrgbCurve::encoded);
+    });
+}
+
+bool noiseReduction(WorkingImage &image, const FilterValues &values)
+{
+    const auto level = float(values.number("inputNoiseLevel", 0, 1000));
+    const auto sharpness = float(values.number("inputSharpness"));
+    const auto reduce = [=](VipsRegion &out, VipsRegion &in) {
+        const VipsRect &area = out.valid;
+        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+            for (int x = area.left; x < VIPS_RECT_RIGHT(&area); ++x) {
+                const Pixel own = *pixelAt(in, x + 1, y + 1);
+                const Pixel mean = binomialMean(in, x, y);
+                const float apart = std::fabs(luminance(own) - luminance(mean));
+                const float share = level > 0 ? smooth(level, 2 * level, apart) : 1;
+                *pixelAt(out, x, y) = PixelMath::mixed(mean, PixelMath::mixed(mean, own, 1 + sharpness), share);
+            }
+        }
+    };
+    return addEncoding(image, /*isBack=*/false) && Neighbours::addStep(image, 1, reduce) &&
+           addEncoding(image, /*isBack=*/true);
+}
+
+bool zoomBlur(WorkingImage &image, const FilterValues &values)
+{
+    constexpr double enough = 64;
+    const double diagonal = std::hypot(image.size().width(), image.size().height()) / 2;
+    const double amount = std::clamp(values.number("inputAmount"), -4 * diagonal, 4 * diagonal);
+    const int factor = Neighbours::reductionFor(std::abs(amount), enough);
+    const double height = image.size().height();
+    const QPointF given = values.point("inputCenter");
+    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+        const QPointF center(given.x() / factor, reduced.size().height() - (height - given.y()) / factor);
+        return Sampling::addSpread(reduced, Sampling::Edge::Clamp, [=](QPointF place, std::vector<QPointF> &from) {
+            constexpr int most = 600;
+            const QPointF streak = (place - center) * (amount / diagonal);
+            const int steps = std::clamp(int(std::ceil(2 * std::hypot(streak.x(), streak.y()))), 1, most);
+            for (int i = 0; i < steps; ++i)
+                from.push_back(place - streak * ((i + 0.5) / steps));
+        });
+    });
+}
+
+// How far a disc reaches to either side, row by row.
+std::vector<int> discSpans(double radius)
+{
+    std::vector<int> spans;
+    const int reach = int(radius);
+    for (int y = -reach; y <= reach; ++y)
+        spans.push_back(int(std::sqrt(radius * radius - y * y) + 1e-9));
+    return spans;
+}
+
+bool addDiscExtreme(WorkingImage &image, double radius, Extreme extreme)
+{
+    constexpr double enough = 60;
+    const double length = within(image, radius);
+    const int factor = Neighbours::reductionFor(length, enough);
+    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+        return Neighbours::addExtreme(reduced, extreme, discSpans(length / factor));
+    });
+}
+
+bool morphologyMaximum(WorkingImage &image, const FilterValues &values)
+{
+    return addDiscExtreme(image, values.number("inputRadius"), Extreme::Most);
+}
+
+bool morphologyMinimum(WorkingImage &image, const FilterValues &values)
+{
+    return addDiscExtreme(image, values.number("inputRadius"), Extreme::Least);
+}
+
+bool morphologyGradient(WorkingImage &image, const FilterValues &values)
+{
+    const double radius = values.number("inputRadius");
+    if (!image.setAlpha(WorkingImage::Alpha::Straight))
+        return false;
+    WorkingImage most = image;
+    WorkingImage least = image;
+    return addDiscExtreme(most, radius, Extreme::Most) && addDiscExtreme(least, radius, Extreme::Least) &&
+           most.setAlpha(WorkingImage::Alpha::Straight) && least.setAlpha(WorkingImage::Alpha::Straight) &&
+           most.combineWith(least,
+                            [](Pixel &m, const Pixel &l) {
+                                m = {m.r - l.r, m.g - l.g, m.b - l.b, m.a};
+                            }) &&
+           image.combineWith(most, [](Pixel &own, const Pixel &apart) {
+               own = {apart.r, apart.g, apart.b, own.a};
+           });
+}
+
+// The pixels to either side of the middle one of a stretch of `length` that is odd when not scaled.
+int halfOf(double length, double scale)
+{
+    const double odd = 2 * std::floor(length / scale / 2) + 1;
+    return int(std::round((odd * scale - 1) / 2));
+}
+
+bool addRectangleExtreme(WorkingImage &image, const FilterValues &values, Extreme extreme)
+{
+    constexpr double enough = 240;
+    const double width = within(image, values.number("inputWidth"));
+    const double height = within(image, values.number("inputHeight"));
+    const int factor = Neighbours::reductionFor(std::max(width, height), enough);
+    const double scale = values.scale() / factor;
+    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+        const int across = std::max(halfOf(width / factor, scale), 0);
+        const int down = std::max(halfOf(height / factor, scale), 0);
+        return Neighbours::addExtreme(reduced, extreme, {across}) &&
+               Neighbours::addExtreme(reduced, extreme, std::vector<int>(size_t(2 * down + 1), 0));
+    });
+}
+
+bool morphologyRectangleMaximum(WorkingImage &image, const FilterValues &values)
+{
+    return addRectangleExtreme(image, values, Extreme::Most);
+}
+
+bool morphologyRectangleMinimum(WorkingImage &image, const FilterValues &values)
+{
+    return addRectangleExtreme(image, values, Extreme::Least);
+}
+
+const FilterTable kFilters{
+    {"CIBoxBlur",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Box Blur"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs by averaging the square neighbourhood of every pixel."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 10.0, {}, 1.0, 100.0}},
+     boxBlur},
+    {"CIDiscBlur",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Disc Blur"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs by averaging the disc around every pixel, like an out-of-focus lens."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 8.0, {}, 0.0, 100.0}},
+     discBlur},
+    {"CIGaussianBlur",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Gaussian Blur"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs with a bell-shaped weight that falls off with distance."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 10.0, 0.0, 0.0, 100.0}},
+     gaussianBlur},
+    {"CIMedianFilter",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Median"),
+     QT_TRANSLATE_NOOP("FilterLibrary",
+                       "Replaces every pixel by the median of its neighbourhood, removing isolated specks."),
+     {},
+     medianFilter},
+    {"CIMotionBlur",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Motion Blur"),
+     QT_TRANSLATE_NOOP("FilterLibrary",
+                       "Smears the image along one direction, as if the camera had moved during the exposure."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 20.0, 0.0, 0.0, 100.0},
+      {"inputAngle", QT_TRANSLATE_NOOP("FilterLibrary", "Angle"), InputKind::Number, 0.0, 0.0, -kPi, kPi}},
+     motionBlur},
+    {"CINoiseReduction",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Noise Reduction"),
+     QT_TRANSLATE_NOOP("FilterLibrary",
+                       "Smooths small luminance differences as noise and sharpens larger ones as edges."),
+     {{"inputNoiseLevel", QT_TRANSLATE_NOOP("FilterLibrary", "Noise Level"), InputKind::Number, 0.02, 0.0, 0.0, 0.1},
+      {"inputSharpness", QT_TRANSLATE_NOOP("FilterLibrary", "Sharpness"), InputKind::Number, 0.4, 0.0, 0.0, 2.0}},
+     noiseReduction},
+    {"CIZoomBlur",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Zoom Blur"),
+     QT_TRANSLATE_NOOP("FilterLibrary",
+                       "Smears the image towards or away from a point, as if the lens had zoomed during the exposure."),
+     {{"inputCenter", QT_TRANSLATE_NOOP("FilterLibrary", "Center"), InputKind::Point, QPointF(150, 150), {}, {}, {}},
+      {"inputAmount", QT_TRANSLATE_NOOP("FilterLibrary", "Amount"), InputKind::SignedPixels, 20.0, 0.0, -200.0, 200.0}},
+     zoomBlur},
+    {"CIBokehBlur",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Bokeh Blur"),
+     QT_TRANSLATE_NOOP("FilterLibrary",
+                       "Blurs with a disc whose rim can be emphasised, imitating out-of-focus highlights."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 20.0, {}, 0.0, 100.0},
+      {"inputRingAmount", QT_TRANSLATE_NOOP("FilterLibrary", "Ring Amount"), InputKind::Number, 0.0, {}, 0.0, 1.0},
+      {"inputRingSize", QT_TRANSLATE_NOOP("FilterLibrary", "Ring Size"), InputKind::Number, 0.1, {}, 0.0, 0.2},
+      {"inputSoftness", QT_TRANSLATE_NOOP("FilterLibrary", "Softness"), InputKind::Number, 1.0, {}, 0.0, 10.0}},
+     bokehBlur},
+    {"CIMorphologyGradient",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Gradient"),
+     QT_TRANSLATE_NOOP("FilterLibrary",
+                       "Shows edges as the difference between the local maximum and the local minimum."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 5.0, {}, 0.0, 50.0}},
+     morphologyGradient},
+    {"CIMorphologyMaximum",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Maximum"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Grows light areas by taking the local maximum in a disc."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 0.0, 0.0, 0.0, 50.0}},
+     morphologyMaximum},
+    {"CIMorphologyMinimum",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Minimum"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Grows dark areas by taking the local minimum in a disc."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 0.0, 0.0, 0.0, 50.0}},
+     morphologyMinimum},
+    {"CIMorphologyRectangleMaximum",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Rectangle Maximum"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Grows light areas by taking the local maximum in a rectangle."),
+     {{"inputWidth", QT_TRANSLATE_NOOP("FilterLibrary", "Width"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0},
+      {"inputHeight", QT_TRANSLATE_NOOP("FilterLibrary", "Height"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0}},
+     morphologyRectangleMaximum},
+    {"CIMorphologyRectangleMinimum",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Rectangle Minimum"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Grows dark areas by taking the local minimum in a rectangle."),
+     {{"inputWidth", QT_TRANSLATE_NOOP("FilterLibrary", "Width"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0},
+      {"inputHeight", QT_TRANSLATE_NOOP("FilterLibrary", "Height"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0}},
+     morphologyRectangleMinimum},
+};
+
+}
+
+const FilterTable &blurFilters()
+{
+    return kFilters;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "WorkingImage.h"
+
+#include <functional>
+#include <vector>
+
+/// Steps whose pixels depend on those around them. Beyond the edges the nearest pixel repeats; alpha weighs.
+/// Lengths are in pixels of the rendering; where they are large, a smaller picture does.
+namespace Neighbours {
+
+/// A pixel beside another, rows downward, and its weight.
+struct Tap
+{
+    int x;
+    int y;
+    float weight;
+};
+
+/// `function(out, in)` finds pixel (x, y) and those around it in `in` at (x + margin, y + margin).
+using Function = std::function<void(VipsRegion &out, VipsRegion &in)>;
+[[nodiscard]] bool addStep(WorkingImage &image, int margin, Function function);
+
+/// A bell of that standard deviation, cut at three times that.
+[[nodiscard]] bool addGaussian(WorkingImage &image, double deviation);
+/// The weighted mean of taps.
+[[nodiscard]] bool addWeighted(WorkingImage &image, std::vector<Tap> taps);
+
+enum class Extreme { Least, Most };
+/// The least or most, component by component, of the rows around a pixel: as far to either side as `halfWidths` tells,
+/// from the highest row to the lowest.
+[[nodiscard]] bool addExtreme(WorkingImage &image, Extreme extreme, std::vector<int> halfWidths);
+
+/// How many times smaller a picture may be, so that `length` becomes at most `enough`.
+[[nodiscard]] int reductionFor(double length, double enough);
+/// The image made smaller, `step` on that, and large again.
+[[nodiscard]] bool addReduced(WorkingImage &image, int factor, const std::function<bool(WorkingImage &)> &step);
+
+}

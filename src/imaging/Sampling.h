@@ -1,0 +1,25 @@
+#pragma once
+
+#include "WorkingImage.h"
+
+#include <functional>
+
+/// Steps that fetch pixels from elsewhere. Places count from the left bottom corner, to the middle of pixels.
+namespace Sampling {
+
+enum class Edge {
+    Clamp, ///< beyond the edges the nearest pixel repeats
+    Clear, ///< beyond the edges is nothing
+};
+
+/// Where in the image before it a pixel comes from.
+using Map = std::function<QPointF(QPointF)>;
+
+/// Adds a step that makes an image of that size; what lies between pixels is mixed from them.
+[[nodiscard]] bool addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map);
+
+/// Several places for each pixel, all of the same weight, appended to a list.
+using Spread = std::function<void(QPointF place, std::vector<QPointF> &from)>;
+[[nodiscard]] bool addSpread(WorkingImage &image, Edge edge, const Spread &spread);
+
+}
