@@ -65,8 +65,10 @@ FilterLibrary::FilterLibrary()
     add("CICategoryColorAdjustment", QT_TRANSLATE_NOOP("FilterLibrary", "Color Adjustment"), colorAdjustmentFilters());
     add("CICategoryColorEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Color Effect"), colorEffectFilters());
     add("CICategoryDistortionEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Distortion Effect"), distortionFilters());
+    add("CICategoryGeometryAdjustment", QT_TRANSLATE_NOOP("FilterLibrary", "Geometry Adjustment"), geometryFilters());
     add("CICategoryHalftoneEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Halftone Effect"), halftoneFilters());
     add("CICategorySharpen", QT_TRANSLATE_NOOP("FilterLibrary", "Sharpen"), sharpenFilters());
+    add("CICategoryStylize", QT_TRANSLATE_NOOP("FilterLibrary", "Stylize"), stylizeFilters());
     add("CICategoryTileEffect", QT_TRANSLATE_NOOP("FilterLibrary", "Tile Effect"), tileFilters());
 }
 

@@ -52,6 +52,8 @@ using FilterTable = std::vector<FilterRow>;
 [[nodiscard]] const FilterTable &colorAdjustmentFilters();
 [[nodiscard]] const FilterTable &colorEffectFilters();
 [[nodiscard]] const FilterTable &distortionFilters();
+[[nodiscard]] const FilterTable &geometryFilters();
 [[nodiscard]] const FilterTable &halftoneFilters();
 [[nodiscard]] const FilterTable &sharpenFilters();
+[[nodiscard]] const FilterTable &stylizeFilters();
 [[nodiscard]] const FilterTable &tileFilters();

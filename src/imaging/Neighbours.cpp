@@ -70,10 +70,7 @@ bool Neighbours::addWeighted(WorkingImage &image, std::vector<Tap> taps)
     });
 }
 
-namespace {
-
-// Adds the mean of squares of `factor` pixels; what is left over at the right and at the bottom makes smaller ones.
-bool addMeans(WorkingImage &image, int factor)
+bool Neighbours::addSmaller(WorkingImage &image, int factor)
 {
     const QSize full = image.size();
     const QSize size((full.width() + factor - 1) / factor, (full.height() + factor - 1) / factor);
@@ -108,8 +105,6 @@ bool addMeans(WorkingImage &image, int factor)
     });
 }
 
-}
-
 int Neighbours::reductionFor(double length, double enough)
 {
     return std::max(1, int(std::min(length / enough, 1e4)));
@@ -120,7 +115,7 @@ bool Neighbours::addReduced(WorkingImage &image, int factor, const std::function
     if (factor <= 1)
         return step(image);
     const QSize full = image.size();
-    if (!image.setAlpha(Alpha::Premultiplied) || !addMeans(image, factor) || !image.keepPieces() || !step(image) ||
+    if (!image.setAlpha(Alpha::Premultiplied) || !addSmaller(image, factor) || !image.keepPieces() || !step(image) ||
         !image.setAlpha(Alpha::Premultiplied) || !image.keepPieces())
         return false;
     const double small = image.size().height();

@@ -33,6 +33,8 @@ enum class Extreme { Least, Most };
 
 /// How many times smaller a picture may be, so that `length` becomes at most `enough`.
 [[nodiscard]] int reductionFor(double length, double enough);
+/// Makes the image smaller: the mean of squares of `factor` pixels, cut at the right and at the bottom.
+[[nodiscard]] bool addSmaller(WorkingImage &image, int factor);
 /// The image made smaller, `step` on that, and large again.
 [[nodiscard]] bool addReduced(WorkingImage &image, int factor, const std::function<bool(WorkingImage &)> &step);
 

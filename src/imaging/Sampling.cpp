@@ -1,9 +1,17 @@
 #include "Sampling.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace {
+
+/// How to read the input.
+struct Manner
+{
+    Sampling::Edge edge;
+    Sampling::Between between;
+};
 
 /// The places (rows downward) that the pixels of a part of the result come from.
 struct Fetch
@@ -26,32 +34,41 @@ QPointF inReach(QPointF place, QSize size)
 class Window
 {
 public:
-    Window(VipsRegion &region, QSize size, Sampling::Edge edge)
+    Window(VipsRegion &region, QSize size, Manner manner)
         : m_region(region)
         , m_size(size)
-        , m_edge(edge)
+        , m_manner(manner)
     {}
 
     [[nodiscard]] Pixel mixedAt(QPointF place) const
     {
         const double left = std::floor(place.x() - 0.5);
         const double top = std::floor(place.y() - 0.5);
-        const auto across = float(place.x() - 0.5 - left);
-        const auto down = float(place.y() - 0.5 - top);
-        const int x = int(left);
-        const int y = int(top);
+        const Weights across = weights(float(place.x() - 0.5 - left));
+        const Weights down = weights(float(place.y() - 0.5 - top));
+        const int first = m_manner.between == Sampling::Between::Linear ? 1 : 0;
         Pixel sum;
-        add(sum, x, y, (1 - across) * (1 - down));
-        add(sum, x + 1, y, across * (1 - down));
-        add(sum, x, y + 1, (1 - across) * down);
-        add(sum, x + 1, y + 1, across * down);
+        for (int row = first; row < 4 - first; ++row) {
+            for (int column = first; column < 4 - first; ++column)
+                add(sum, int(left) + column - 1, int(top) + row - 1, across[size_t(column)] * down[size_t(row)]);
+        }
         return sum;
     }
 
 private:
+    using Weights = std::array<float, 4>;
+
+    // Of the pixels from one before to two behind.
+    [[nodiscard]] Weights weights(float t) const
+    {
+        if (m_manner.between == Sampling::Between::Linear)
+            return {0, 1 - t, t, 0};
+        return {((2 - t) * t - 1) * t / 2, ((3 * t - 5) * t * t + 2) / 2, ((4 - 3 * t) * t + 1) * t / 2,
+                (t - 1) * t * t / 2};
+    }
     void add(Pixel &sum, int x, int y, float weight) const
     {
-        if (m_edge == Sampling::Edge::Clear && (x < 0 || y < 0 || x >= m_size.width() || y >= m_size.height()))
+        if (m_manner.edge == Sampling::Edge::Clear && (x < 0 || y < 0 || x >= m_size.width() || y >= m_size.height()))
             return;
         const Pixel &pixel =
             *pixelAt(m_region, std::clamp(x, 0, m_size.width() - 1), std::clamp(y, 0, m_size.height() - 1));
@@ -60,7 +77,7 @@ private:
 
     VipsRegion &m_region;
     QSize m_size;
-    Sampling::Edge m_edge;
+    Manner m_manner;
 };
 
 // What of the input is needed for these places.
@@ -76,14 +93,14 @@ VipsRect boundsOf(const QPointF *from, const QPointF *to, QSize size)
         top = std::min(top, from->y());
         bottom = std::max(bottom, from->y());
     }
-    const int x = std::clamp(int(std::floor(left)) - 1, 0, size.width() - 1);
-    const int y = std::clamp(int(std::floor(top)) - 1, 0, size.height() - 1);
-    return {x, y, std::clamp(int(right) + 2 - x, 1, size.width() - x),
-            std::clamp(int(bottom) + 2 - y, 1, size.height() - y)};
+    const int x = std::clamp(int(std::floor(left)) - 2, 0, size.width() - 1);
+    const int y = std::clamp(int(std::floor(top)) - 2, 0, size.height() - 1);
+    return {x, y, std::clamp(int(right) + 3 - x, 1, size.width() - x),
+            std::clamp(int(bottom) + 3 - y, 1, size.height() - y)};
 }
 
 /// Fills pixels `from` to `to` of the area. What comes from all over the input is fetched in parts.
-bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, size_t to, Sampling::Edge edge)
+bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, size_t to, Manner manner)
 {
     constexpr qint64 most = 1 << 20; // of pixels at a time
     const QSize size(in.im->Xsize, in.im->Ysize);
@@ -92,11 +109,11 @@ bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, 
     const VipsRect bounds = boundsOf(places + begin, places + fetch.ends[to - 1], size);
     if (qint64(bounds.width) * bounds.height > most && to - from > 1) {
         const size_t middle = (from + to) / 2;
-        return fillPart(out, in, fetch, from, middle, edge) && fillPart(out, in, fetch, middle, to, edge);
+        return fillPart(out, in, fetch, from, middle, manner) && fillPart(out, in, fetch, middle, to, manner);
     }
     if (vips_region_prepare(&in, &bounds) != 0)
         return false;
-    const Window window(in, size, edge);
+    const Window window(in, size, manner);
     size_t place = begin;
     for (size_t i = from; i < to; ++i) {
         Pixel sum;
@@ -113,8 +130,7 @@ bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, 
 }
 
 // Fills an area of the piece, small enough for its places to fit into memory and to lie together.
-bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Sampling::Edge edge,
-              const Sampling::Spread &spread)
+bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Manner manner, const Sampling::Spread &spread)
 {
     const QSize input(in.im->Xsize, in.im->Ysize);
     Fetch fetch{area, {}, {}};
@@ -126,14 +142,14 @@ bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Sampling::E
     }
     for (QPointF &place : fetch.places)
         place = inReach(QPointF(place.x(), input.height() - place.y()), input);
-    return fillPart(out, in, fetch, 0, fetch.ends.size(), edge);
+    return fillPart(out, in, fetch, 0, fetch.ends.size(), manner);
 }
 
-bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, const Sampling::Spread &spread)
+bool addFetch(WorkingImage &image, QSize size, Manner manner, const Sampling::Spread &spread)
 {
     if (!image.setAlpha(WorkingImage::Alpha::Premultiplied))
         return false;
-    if (edge == Sampling::Edge::Clear)
+    if (manner.edge == Sampling::Edge::Clear)
         image.setMayBeClear();
     return image.addStep(size, WorkingImage::Pieces::Tiles, [=](VipsRegion &out, VipsRegion *const *in) {
         constexpr int side = 64;
@@ -142,7 +158,7 @@ bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, const Sampli
             for (int x = piece.left; x < VIPS_RECT_RIGHT(&piece); x += side) {
                 const VipsRect area{x, y, std::min(side, VIPS_RECT_RIGHT(&piece) - x),
                                     std::min(side, VIPS_RECT_BOTTOM(&piece) - y)};
-                if (!fillArea(out, *in[0], area, edge, spread))
+                if (!fillArea(out, *in[0], area, manner, spread))
                     return false;
             }
         }
@@ -152,13 +168,13 @@ bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, const Sampli
 
 }
 
-bool Sampling::addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map)
+bool Sampling::addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map, Between between)
 {
-    return addFetch(image, size, edge,
+    return addFetch(image, size, {edge, between},
                     [map](QPointF place, std::vector<QPointF> &from) { from.push_back(map(place)); });
 }
 
 bool Sampling::addSpread(WorkingImage &image, Edge edge, const Spread &spread)
 {
-    return addFetch(image, image.size(), edge, spread);
+    return addFetch(image, image.size(), {edge, Between::Linear}, spread);
 }

@@ -12,11 +12,15 @@ enum class Edge {
     Clear, ///< beyond the edges is nothing
 };
 
+/// How what lies between pixels is found.
+enum class Between { Linear, Cubic };
+
 /// Where in the image before it a pixel comes from.
 using Map = std::function<QPointF(QPointF)>;
 
-/// Adds a step that makes an image of that size; what lies between pixels is mixed from them.
-[[nodiscard]] bool addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map);
+/// Adds a step that makes an image of that size.
+[[nodiscard]] bool addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map,
+                             Between between = Between::Linear);
 
 /// Several places for each pixel, all of the same weight, appended to a list.
 using Spread = std::function<void(QPointF place, std::vector<QPointF> &from)>;

@@ -1,0 +1,281 @@
+#include "FilterReference.h"
+#include "TestRunner.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace {
+
+using Pixel = ReferencePicture::Pixel;
+using Picture = ReferencePicture;
+using Rule = std::function<Pixel(const Picture &in, int x, int y)>;
+
+/// Opaque, as these cases are about shapes.
+FilterCase opaque(const EffectEntry &entry, const Rule &rule, int tolerance = 1)
+{
+    FilterCase one{entry, [rule](const Picture &in) { return in.mapped([&](int x, int y) { return rule(in, x, y); }); },
+                   tolerance};
+    one.isOpaque = true;
+    return one;
+}
+
+using Prepare = std::function<Picture(const Picture &in)>;
+using PreparedRule = std::function<Pixel(const Picture &in, const Picture &prepared, int x, int y)>;
+
+/// The same beside a picture that is made from the given one first.
+FilterCase prepared(const EffectEntry &entry, const Prepare &prepare, const PreparedRule &rule, int tolerance = 1)
+{
+    FilterCase one{entry,
+                   [=](const Picture &in) {
+                       const Picture other = prepare(in);
+                       return in.mapped([&](int x, int y) { return rule(in, other, x, y); });
+                   },
+                   tolerance};
+    one.isOpaque = true;
+    return one;
+}
+
+Pixel ofColors(const Pixel &p, const std::function<double(double)> &function)
+{
+    return {function(p[0]), function(p[1]), function(p[2]), p[3]};
+}
+
+/// A bell cut at three deviations, in one direction and then in the other.
+Picture blurred(const Picture &in, double sigma)
+{
+    const int reach = int(3 * sigma);
+    const auto pass = [&](const Picture &from, int across, int up) {
+        return from.mapped([&](int x, int y) {
+            Pixel mean{};
+            double sum = 0;
+            for (int i = -reach; i <= reach; ++i) {
+                const double weight = std::exp(-i * i / (2 * sigma * sigma));
+                sum += weight;
+                for (size_t c = 0; c < 4; ++c)
+                    mean[c] += weight * from.at(x + i * across, y + i * up)[c];
+            }
+            for (double &component : mean)
+                component /= sum;
+            return mean;
+        });
+    };
+    return pass(pass(in, 1, 0), 0, 1);
+}
+
+Picture lightnessOf(const Picture &in)
+{
+    return in.mapped([&](int x, int y) {
+        const double light = srgbEncoded(luminanceOf(in.at(x, y)));
+        return Pixel{light, light, light, 1};
+    });
+}
+
+double smoothStep(double from, double to, double x)
+{
+    const double t = std::clamp((x - from) / (to - from), 0.0, 1.0);
+    return 3 * t * t - 2 * t * t * t;
+}
+
+/// The sum of a kernel's products, with rows from the bottom upward.
+template<size_t side>
+double sumOf(const Picture &in, int x, int y, size_t channel, const std::array<double, side> &across,
+             const std::array<double, side> &up)
+{
+    double sum = 0;
+    const int reach = int(side) / 2;
+    for (int row = -reach; row <= reach; ++row) {
+        for (int column = -reach; column <= reach; ++column)
+            sum += across[size_t(column + reach)] * up[size_t(row + reach)] * in.at(x + column, y + row)[channel];
+    }
+    return sum;
+}
+
+template<size_t side>
+Pixel gradients(const Picture &in, int x, int y, const std::array<double, side> &slope,
+                const std::array<double, side> &mean)
+{
+    double across = 0;
+    double up = 0;
+    for (size_t c = 0; c < 3; ++c) {
+        const double a = sumOf(in, x, y, c, slope, mean);
+        const double u = sumOf(in, x, y, c, mean, slope);
+        across = std::abs(a) > std::abs(across) ? a : across;
+        up = std::abs(u) > std::abs(up) ? u : up;
+    }
+    return {across, up, 0, 1};
+}
+
+/// Every pixel becomes the mean of those of the same cell.
+FilterCase celled(const EffectEntry &entry, const std::function<std::pair<int, int>(double x, double y)> &cellAt)
+{
+    FilterCase one{entry, [cellAt](const Picture &in) {
+                       std::map<std::pair<int, int>, std::vector<Pixel>> cells;
+                       static_cast<void>(in.mapped([&](int x, int y) {
+                           cells[cellAt(x + 0.5, y + 0.5)].push_back(in.at(x, y));
+                           return Pixel{};
+                       }));
+                       return in.mapped([&](int x, int y) {
+                           const auto &pixels = cells[cellAt(x + 0.5, y + 0.5)];
+                           Pixel mean{};
+                           for (const Pixel &pixel : pixels) {
+                               for (size_t c = 0; c < 4; ++c)
+                                   mean[c] += pixel[c] / double(pixels.size());
+                           }
+                           return mean;
+                       });
+                   }};
+    one.isOpaque = true;
+    return one;
+}
+
+}
+
+class TestStylizeFilters : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void glowsAndShadowsComeFromBlurs()
+    {
+        const auto glow = [](const char *name, bool isMore) {
+            const EffectEntry entry = effect(name, {{"inputRadius", 2.0}, {"inputIntensity", 0.8}});
+            const auto blur = [](const Picture &in) { return blurred(in, 2); };
+            return prepared(entry, blur, [=](const Picture &in, const Picture &soft, int x, int y) {
+                const Pixel mean = soft.at(x, y);
+                Pixel out = in.at(x, y);
+                for (size_t c = 0; c < 3; ++c) {
+                    const double more = mean[c] - out[c];
+                    out[c] += 0.8 * (isMore == (more > 0) ? more : 0);
+                }
+                return out;
+            });
+        };
+        const auto spots = [](const Picture &in) {
+            const Picture small = blurred(lightnessOf(in), 1);
+            const Picture wide = blurred(lightnessOf(in), 6);
+            return in.mapped([&](int x, int y) { return Pixel{small.at(x, y)[0] - wide.at(x, y)[0] + 0.02}; });
+        };
+        const auto work = [](const Picture &in, const Picture &apart, int x, int y) {
+            return ofColors(in.at(x, y), [&](double) { return smoothStep(-0.02, 0.02, apart.at(x, y)[0]); });
+        };
+        const auto softLight = [](const Picture &in) { return blurred(lightnessOf(in), 2); };
+        const auto adjusted = [](const Picture &in, const Picture &soft, int x, int y) {
+            const double light = soft.at(x, y)[0];
+            const double stops = 0.9 * (1 - smoothStep(0, 0.5, light)) - 0.9 * smoothStep(0.5, 1, light);
+            return ofColors(in.at(x, y), [&](double c) { return c * std::pow(2, stops); });
+        };
+        const FilterSettings values{{"inputHighlightAmount", 0.4}, {"inputShadowAmount", 0.6}, {"inputRadius", 2.0}};
+        const std::vector<FilterCase> cases{glow("CIBloom", true), glow("CIGloom", false),
+                                            prepared(effect("CIEdgeWork", {{"inputRadius", 3.0}}), spots, work, 3),
+                                            prepared(effect("CIHighlightShadowAdjust", values), softLight, adjusted)};
+        QCOMPARE(firstDifference(cases), QString());
+    }
+
+    void slopesShowEdges()
+    {
+        const std::array<double, 3> slope{-1, 0, 1};
+        const std::array<double, 3> mean{1, 2, 1};
+        const auto encode = [](const Picture &in) {
+            return in.mapped([&](int x, int y) { return ofColors(in.at(x, y), srgbEncoded); });
+        };
+        const auto edges = [=](const Picture &in, const Picture &encoded, int x, int y) {
+            Pixel out = in.at(x, y);
+            for (size_t c = 0; c < 3; ++c)
+                out[c] = srgbDecoded(std::min(
+                    2 * std::hypot(sumOf(encoded, x, y, c, slope, mean), sumOf(encoded, x, y, c, mean, slope)) / 4,
+                    1.0));
+            return out;
+        };
+        const auto sobel = [=](const Picture &in, int x, int y) { return gradients(in, x, y, slope, mean); };
+        const auto gabor = [](const Picture &in, int x, int y) {
+            return gradients<5>(in, x, y, {-1 / 6., -2 / 6., 0, 2 / 6., 1 / 6.},
+                                {1 / 16., 4 / 16., 6 / 16., 4 / 16., 1 / 16.});
+        };
+        const std::vector<FilterCase> cases{prepared(effect("CIEdges", {{"inputIntensity", 2.0}}), encode, edges),
+                                            opaque(effect("CISobelGradients"), sobel),
+                                            opaque(effect("CIGaborGradients"), gabor)};
+        QCOMPARE(firstDifference(cases), QString());
+    }
+
+    void cellsTakeTheirMean()
+    {
+        EffectEntry squares = effect("CIPixellate", {{"inputScale", 5.5}});
+        EffectEntry hexagons = effect("CIHexagonalPixellate", {{"inputScale", 6.0}});
+        for (EffectEntry *entry : {&squares, &hexagons})
+            entry->setValue(QStringLiteral("inputCenter"), QPointF(0.1, -0.2)); // at (17.6, 9.6)
+        const auto hexagon = [](double x, double y) {
+            std::pair<int, int> best;
+            double least = 1e9;
+            for (int row = -10; row <= 10; ++row) {
+                for (int column = -20; column <= 20; ++column) {
+                    const double distance =
+                        std::hypot(x - 17.6 - 6 * (column + row / 2.0), y - 9.6 - 6 * row * std::sqrt(3) / 2);
+                    if (distance < least) {
+                        least = distance;
+                        best = {column, row};
+                    }
+                }
+            }
+            return best;
+        };
+        const std::vector<FilterCase> cases{celled(squares,
+                                                   [](double x, double y) {
+                                                       return std::pair(int(std::floor((x - 17.6) / 5.5)),
+                                                                        int(std::floor((y - 9.6) / 5.5)));
+                                                   }),
+                                            celled(hexagons, hexagon)};
+        QCOMPARE(firstDifference(cases), QString());
+    }
+
+    void straighteningTurnsWithoutCorners()
+    {
+        QImage picture(300, 200, QImage::Format_RGB32);
+        picture.fill(qRgb(40, 90, 160));
+        for (int x = 0; x < 300; ++x) {
+            for (int y = 98; y < 102; ++y)
+                picture.setPixel(x, y, qRgb(255, 255, 255)); // a horizon
+        }
+        const double angle = 0.2;
+        const QImage result = filtered({effect("CIStraightenFilter", {{"inputAngle", angle}})}, picture);
+        QCOMPARE(result.format(), QImage::Format_RGB32);
+        QCOMPARE(result.pixel(0, 0), qRgb(40, 90, 160));
+        QCOMPARE(result.pixel(299, 199), qRgb(40, 90, 160));
+        for (const int right : {-100, -40, 0, 70, 120}) // counterclockwise: the right side rises
+            QVERIFY(qRed(result.pixel(150 + right, int(100 - std::tan(angle) * right))) > 250);
+    }
+
+    void turningInSpaceFollowsTheCamera()
+    {
+        const double focus = 28 * std::hypot(32, 24) / 43.27;
+        const double yaw = 0.25;
+        const auto turned = [=](const Picture &in, int x, int y) {
+            // With yaw alone a ray turns in the plane of the camera's horizon.
+            const double direction = std::atan2(x + 0.5 - 16, focus) - yaw;
+            const double across = focus * std::tan(direction);
+            const double depth = std::hypot(x + 0.5 - 16, focus) * std::cos(direction);
+            const double up = (y + 0.5 - 12) * focus / depth;
+            const double column = across + 16 - 0.5;
+            const double row = up + 12 - 0.5;
+            Pixel mean{};
+            for (int i = 0; i < 4; ++i) {
+                const int cx = int(std::floor(column)) + i % 2;
+                const int cy = int(std::floor(row)) + i / 2;
+                if (cx < 0 || cy < 0 || cx >= 32 || cy >= 24)
+                    continue;
+                const double weight = (1 - std::abs(column - cx)) * (1 - std::abs(row - cy));
+                for (size_t c = 0; c < 4; ++c)
+                    mean[c] += weight * in.at(cx, cy)[c];
+            }
+            for (size_t c = 0; c < 3; ++c)
+                mean[c] = mean[3] > 0 ? mean[c] / mean[3] : 0;
+            return mean;
+        };
+        QCOMPARE(firstDifference({opaque(effect("CIPerspectiveRotate", {{"inputYaw", yaw}}), turned, 2)}), QString());
+    }
+};
+
+REGISTER_TEST(TestStylizeFilters)
+#include "TestStylizeFilters.moc"
