@@ -19,28 +19,10 @@ double within(const WorkingImage &image, double length)
     return std::min(length, 2.0 * std::max(image.size().width(), image.size().height()));
 }
 
-// Means over stretches of `length` pixels, along rows or columns.
-std::vector<Tap> boxTaps(double length, bool isAcross)
-{
-    std::vector<Tap> taps;
-    const int reach = int(std::ceil(length / 2 - 0.5));
-    for (int i = -reach; i <= reach; ++i) {
-        const auto weight = float(std::clamp(length / 2 + 0.5 - std::abs(i), 0.0, 1.0));
-        taps.push_back({isAcross ? i : 0, isAcross ? 0 : i, weight});
-    }
-    return taps;
-}
-
 bool boxBlur(WorkingImage &image, const FilterValues &values)
 {
-    constexpr double enough = 32;
-    const double full = 2 * std::round(values.number("inputRadius") / values.scale()) + 1;
-    const double length = within(image, full * values.scale());
-    const int factor = Neighbours::reductionFor(length, enough);
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
-        return Neighbours::addWeighted(reduced, boxTaps(length / factor, /*isAcross=*/true)) &&
-               Neighbours::addWeighted(reduced, boxTaps(length / factor, /*isAcross=*/false));
-    });
+    const double side = 2 * std::round(values.number("inputRadius") / values.scale()) + 1;
+    return Neighbours::addBox(image, side * values.scale());
 }
 
 // Blurs with a disc; `weight(distance, radius)` in pixels of what is blurred.

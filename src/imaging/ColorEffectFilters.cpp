@@ -1,4 +1,5 @@
 #include "FilterValues.h"
+#include "Neighbours.h"
 #include "PixelMath.h"
 #include "SrgbCurve.h"
 
@@ -272,6 +273,35 @@ bool convertLabToRGB(WorkingImage &image, const FilterValues &values)
     });
 }
 
+// The light of the paper everywhere, encoded: of the lightest around, smoothed.
+bool addPaper(WorkingImage &image)
+{
+    constexpr double parts = 60;
+    constexpr double smoothParts = 40;
+    const double side = std::max(image.size().width(), image.size().height());
+    const int half = int(std::round(side / parts / 2));
+    return addColorStep(image, [](Pixel &pixel) { pixel = grey(SrgbCurve::encoded(luminance(pixel)), pixel.a); }) &&
+           Neighbours::addExtreme(image, Neighbours::Extreme::Most, {half}) &&
+           Neighbours::addExtreme(image, Neighbours::Extreme::Most, std::vector<int>(size_t(2 * half + 1), 0)) &&
+           Neighbours::addGaussian(image, side / smoothParts) && image.setAlpha(WorkingImage::Alpha::Straight);
+}
+
+bool documentEnhancer(WorkingImage &image, const FilterValues &values)
+{
+    const auto amount = float(values.number("inputAmount", 0, 10));
+    if (!image.setAlpha(WorkingImage::Alpha::Straight))
+        return false;
+    WorkingImage paper = image;
+    return addPaper(paper) && image.combineWith(paper, [=](Pixel &own, const Pixel &light) {
+        const float white = std::max(light.r, 0.1F);
+        eachColor(own, [&](float c) {
+            const float seen = SrgbCurve::encoded(c);
+            const float clean = clamped((seen / white - 0.5F) * 1.25F + 0.5F);
+            return SrgbCurve::linear(clamped(seen + amount * (clean - seen)));
+        });
+    });
+}
+
 bool maskToAlpha(WorkingImage &image, const FilterValues &)
 {
     image.setMayBeClear();
@@ -403,6 +433,11 @@ const FilterTable kFilters{
      QT_TRANSLATE_NOOP("FilterLibrary", "Adds fine random noise to hide banding."),
      {{"inputIntensity", QT_TRANSLATE_NOOP("FilterLibrary", "Intensity"), InputKind::Number, 0.1, 0.0, 0.0, 1.0}},
      dither},
+    {"CIDocumentEnhancer",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Document Enhancer"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Whitens the paper of a photographed document and removes shadows."),
+     {{"inputAmount", QT_TRANSLATE_NOOP("FilterLibrary", "Amount"), InputKind::Number, 1.0, {}, 0.0, 2.0}},
+     documentEnhancer},
     {"CIConvertRGBtoLab",
      QT_TRANSLATE_NOOP("FilterLibrary", "Convert RGB to Lab"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Replaces the red, green and blue values by CIE L*, a*, b* values."),

@@ -145,6 +145,35 @@ bool Neighbours::addGaussian(WorkingImage &image, double deviation)
 
 namespace {
 
+using Neighbours::Tap;
+
+// Means over stretches of `length` pixels, along rows or columns.
+std::vector<Tap> boxTaps(double length, bool isAcross)
+{
+    std::vector<Tap> taps;
+    const int reach = int(std::ceil(length / 2 - 0.5));
+    for (int i = -reach; i <= reach; ++i) {
+        const auto weight = float(std::clamp(length / 2 + 0.5 - std::abs(i), 0.0, 1.0));
+        taps.push_back({isAcross ? i : 0, isAcross ? 0 : i, weight});
+    }
+    return taps;
+}
+
+}
+
+bool Neighbours::addBox(WorkingImage &image, double side)
+{
+    constexpr double enough = 32;
+    const double length = std::clamp(side, 1.0, 2.0 * std::max(image.size().width(), image.size().height()));
+    const int factor = reductionFor(length, enough);
+    return addReduced(image, factor, [=](WorkingImage &reduced) {
+        return addWeighted(reduced, boxTaps(length / factor, /*isAcross=*/true)) &&
+               addWeighted(reduced, boxTaps(length / factor, /*isAcross=*/false));
+    });
+}
+
+namespace {
+
 using Better = float (*)(float, float);
 
 Pixel better(const Pixel &a, const Pixel &b, Better choose)

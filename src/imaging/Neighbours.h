@@ -23,6 +23,8 @@ using Function = std::function<void(VipsRegion &out, VipsRegion &in)>;
 
 /// A bell of that standard deviation, cut at three times that.
 [[nodiscard]] bool addGaussian(WorkingImage &image, double deviation);
+/// The mean of a square with that side.
+[[nodiscard]] bool addBox(WorkingImage &image, double side);
 /// The weighted mean of taps.
 [[nodiscard]] bool addWeighted(WorkingImage &image, std::vector<Tap> taps);
 

@@ -2,6 +2,7 @@
 #include "FilterValues.h"
 #include "Neighbours.h"
 #include "PixelMath.h"
+#include "Sampling.h"
 
 #include <algorithm>
 #include <cmath>
@@ -199,6 +200,40 @@ bool hexagonalPixellate(WorkingImage &image, const FilterValues &values)
     });
 }
 
+// The seed nearest to a place, of a grid with one seed somewhere in each square; in sides of squares.
+QPointF nearestSeed(QPointF place)
+{
+    const int column = int(std::floor(place.x()));
+    const int row = int(std::floor(place.y()));
+    QPointF best;
+    double least = 100;
+    for (int j = row - 2; j <= row + 2; ++j) {
+        for (int i = column - 2; i <= column + 2; ++i) {
+            const quint32 hash = PixelMath::cellHash(i, j);
+            const QPointF seed(i + double(PixelMath::unit(hash)),
+                               j + double(PixelMath::unit(PixelMath::scrambled(hash))));
+            const QPointF apart = place - seed;
+            const double distance = QPointF::dotProduct(apart, apart);
+            if (distance < least) {
+                least = distance;
+                best = seed;
+            }
+        }
+    }
+    return best;
+}
+
+bool crystallize(WorkingImage &image, const FilterValues &values)
+{
+    const double side = values.number("inputRadius");
+    const QPointF center = values.point("inputCenter");
+    if (side <= values.scale())
+        return true;
+    return Neighbours::addBox(image, side) && image.keepPieces() &&
+           Sampling::addMapped(image, image.size(), Sampling::Edge::Clamp,
+                               [=](QPointF place) { return center + side * nearestSeed((place - center) / side); });
+}
+
 const FilterTable kFilters{
     {"CIBloom",
      QT_TRANSLATE_NOOP("FilterLibrary", "Bloom"),
@@ -206,6 +241,12 @@ const FilterTable kFilters{
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 10.0, 0.0, 0.0, 100.0},
       {"inputIntensity", QT_TRANSLATE_NOOP("FilterLibrary", "Intensity"), InputKind::Number, 0.5, 0.0, 0.0, 1.0}},
      bloom},
+    {"CICrystallize",
+     QT_TRANSLATE_NOOP("FilterLibrary", "Crystallize"),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Breaks the picture into one-coloured polygons."),
+     {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 20.0, 1.0, 1.0, 100.0},
+      {"inputCenter", QT_TRANSLATE_NOOP("FilterLibrary", "Center"), InputKind::Point, QPointF(150, 150), {}, {}, {}}},
+     crystallize},
     {"CIEdges",
      QT_TRANSLATE_NOOP("FilterLibrary", "Edges"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Shows the edges of the picture in colour on black."),

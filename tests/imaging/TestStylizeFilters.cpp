@@ -230,6 +230,46 @@ private Q_SLOTS:
         QCOMPARE(firstDifference(cases), QString());
     }
 
+    void paperBecomesWhite()
+    {
+        const auto paper = [](const Picture &in) { return blurred(lightnessOf(in), 32 / 40.); };
+        const auto rule = [](const Picture &in, const Picture &light, int x, int y) {
+            return ofColors(in.at(x, y), [&](double linear) {
+                const double c = srgbEncoded(linear);
+                const double clean = std::clamp((c / light.at(x, y)[0] - 0.5) * 1.25 + 0.5, 0.0, 1.0);
+                return srgbDecoded(std::clamp(c + 0.8 * (clean - c), 0.0, 1.0));
+            });
+        };
+        QCOMPARE(firstDifference({prepared(effect("CIDocumentEnhancer", {{"inputAmount", 0.8}}), paper, rule)}),
+                 QString());
+        // In the shadow that lies over half of a sheet as well.
+        QImage sheet(240, 180, QImage::Format_RGB32);
+        for (int i = 0; i < 240 * 180; ++i) {
+            const int light = 210 - i % 240 / 3;
+            sheet.setPixel(i % 240, i / 240, qRgb(light, light, light));
+        }
+        const QImage white = filtered({effect("CIDocumentEnhancer")}, sheet);
+        for (const int x : {5, 120, 235})
+            QVERIFY(qGreen(white.pixel(x, 90)) >= 250);
+    }
+
+    void crystalsAreFewColoursOfWhatIsThere()
+    {
+        const QImage sample = samplePicture(false);
+        const EffectChain chain{effect("CICrystallize", {{"inputRadius", 8.0}, {"inputCenter", QPointF(0.1, 0.2)}})};
+        const QImage result = filtered(chain, sample);
+        QCOMPARE(filtered(chain, sample), result);
+        std::map<QRgb, int> colors;
+        double light = 0;
+        for (int i = 0; i < 32 * 24; ++i) {
+            ++colors[result.pixel(i % 32, i / 32)];
+            light += (qGreen(result.pixel(i % 32, i / 32)) - qGreen(sample.pixel(i % 32, i / 32))) / (32. * 24);
+        }
+        // Twelve squares of 8 pixels, and those that reach in over the edges.
+        QVERIFY(colors.size() >= 9 && colors.size() <= 30);
+        QVERIFY(std::abs(light) < 12);
+    }
+
     void straighteningTurnsWithoutCorners()
     {
         QImage picture(300, 200, QImage::Format_RGB32);
