@@ -104,17 +104,18 @@ private Q_SLOTS:
     /// A picture filtered small looks like the filtered picture made small: lengths in pixels follow.
     void smallRenderingsLookLikeLargeOnes()
     {
-        const QImage full = TestPictures::colorful(QSize(480, 360));
-        const QImage small = TestPictures::colorful(QSize(120, 90));
+        const QImage full = TestPictures::colorful(QSize(320, 240));
+        const QImage small = TestPictures::colorful(QSize(80, 60));
         int checked = 0;
         for (const FilterAttributes &filter : allFilters()) {
             EffectEntry entry(filter.name);
             bool hasLength = false;
+            const bool isFine = filter.name.endsWith(u"Screen") || filter.name == u"CIOpTile";
             for (const FilterInput &input : filter.inputs) {
                 if (input.attributeClass == u"CIVector")
                     entry.setValue(input.name, QPointF(0.1, 0.2));
-                if (filter.name.endsWith(u"Screen") && input.name == u"inputWidth")
-                    entry.setValue(input.name, 60.0); // what is finer than pixels can not look alike
+                if (isFine && input.name == u"inputWidth")
+                    entry.setValue(input.name, 120.0); // what is finer than pixels can not look alike
                 hasLength = hasLength || lengths().contains(input.name);
             }
             const double most = 0.02;
