@@ -74,6 +74,8 @@ bool Neighbours::addSmaller(WorkingImage &image, int factor)
 {
     const QSize full = image.size();
     const QSize size((full.width() + factor - 1) / factor, (full.height() + factor - 1) / factor);
+    if (!image.keepPieces()) // read by rows
+        return false;
     return image.addStep(size, Pieces::Tiles, [=](VipsRegion &out, VipsRegion *const *in) {
         const VipsRect &area = out.valid;
         const int left = area.left * factor;

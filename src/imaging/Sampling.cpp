@@ -147,7 +147,7 @@ bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Manner mann
 
 bool addFetch(WorkingImage &image, QSize size, Manner manner, const Sampling::Spread &spread)
 {
-    if (!image.setAlpha(WorkingImage::Alpha::Premultiplied))
+    if (!image.setAlpha(WorkingImage::Alpha::Premultiplied) || !image.keepPieces())
         return false;
     if (manner.edge == Sampling::Edge::Clear)
         image.setMayBeClear();

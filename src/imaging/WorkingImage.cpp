@@ -137,6 +137,7 @@ bool WorkingImage::addStep(const std::vector<VipsImage *> &inputs, QSize size, P
 
 bool WorkingImage::addStep(QSize size, Pieces pieces, Step step)
 {
+    m_isCostly = m_isCostly || pieces == Pieces::Tiles;
     return addStep({m_image.get()}, size, pieces, std::move(step));
 }
 
@@ -184,6 +185,7 @@ bool WorkingImage::combineWith(const WorkingImage &other, std::function<void(Pix
         }
         return true;
     };
+    m_isCostly = m_isCostly || other.m_isCostly;
     return addStep({m_image.get(), other.m_image.get()}, size(), Pieces::Rows, run);
 }
 
@@ -206,10 +208,14 @@ bool WorkingImage::keepPieces()
 {
     constexpr int side = 128;
     constexpr int most = (64 << 20) / (side * side * int(sizeof(Pixel)));
-    return add([](VipsImage *in, VipsImage **out) {
+    if (!m_isCostly)
+        return true;
+    const bool isKept = add([](VipsImage *in, VipsImage **out) {
         return vips_tilecache(in, out, "tile_width", side, "tile_height", side, "max_tiles", most, "access",
                               VIPS_ACCESS_RANDOM, "threaded", TRUE, nullptr);
     });
+    m_isCostly = !isKept;
+    return isKept;
 }
 
 namespace {

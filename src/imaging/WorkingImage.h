@@ -53,6 +53,7 @@ public:
     [[nodiscard]] bool add(Operation operation)
     {
         VipsImage *out = nullptr;
+        m_isCostly = true;
         return operation(m_image.get(), &out) == 0 && take(out);
     }
     /// Adds a step `function(pixel)` without regard to the place.
@@ -73,7 +74,8 @@ public:
                 function(row[i], QPointF(x + i + 0.5, height - y - 0.5));
         });
     }
-    /// Keeps what has been computed last, for a next step that asks for the same pixels again and again.
+    /// Keeps what has been computed last, where that is worth while, for a next step that asks for the same pixels
+    /// again and again or for a few at a time.
     [[nodiscard]] bool keepPieces();
 
     /// Computes every piece once and hands it to `visit`, on several threads; ends early when that tells false.
@@ -88,6 +90,7 @@ private:
     std::shared_ptr<VipsImage> m_image;
     Alpha m_alpha = Alpha::Straight;
     bool m_mayBeClear = false;
+    bool m_isCostly = false; // to compute in small parts: more than pixel by pixel since the last keeping
 };
 
 /// Where in the region's memory the pixel (x, y) of its image is.
