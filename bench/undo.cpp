@@ -1,6 +1,5 @@
 // Undo in a library of 100,000 photos: recording a change, the change itself, and taking it back.
 
-#include "FileFinder.h"
 #include "LibraryFile.h"
 #include "LibraryWindow.h"
 #include "PIFolder.h"
@@ -9,6 +8,7 @@
 #include "PhotoLibrary.h"
 #include "SampleLibrary.h"
 #include "TreeEdits.h"
+#include "TrustingFinder.h"
 #include "UserDefaults.h"
 
 #include <QApplication>
@@ -20,15 +20,6 @@
 namespace {
 
 constexpr int kPhotos = 100'000;
-
-/// Knows every file to be where it was, without asking the disk.
-class TrustingFinder final : public FileFinder
-{
-public:
-    FoundFile locate(const QString &, const QString &path) override { return {true, path}; }
-    FoundFile relocate(const QString &, const QString &path) override { return {true, path}; }
-    void trimUnusedFiles(const QStringList &) override {}
-};
 
 /// The library in its window.
 struct Desk

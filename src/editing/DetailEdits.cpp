@@ -60,8 +60,7 @@ bool DetailEdits::uncrop(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &
         return true;
     if (!record(editor, UndoName::Crop, photo))
         return false;
-    editor.library().thumbnails().updateForFilters(*photo);
     photo->setCropRect({});
-    editor.library().notifications().post(kThumbnailNotification, photo);
+    editor.library().pictureChanged(*photo);
     return true;
 }

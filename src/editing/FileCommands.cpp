@@ -20,13 +20,6 @@ QString folderOf(const QString &path)
     return QVString::deletingLastPathComponent(path);
 }
 
-/// The photo's picture comes from another place now.
-void rebuildThumbnail(PhotoLibrary &library, PIPhoto &photo)
-{
-    library.thumbnails().updateForFilters(photo);
-    library.notifications().post(kThumbnailNotification, &photo);
-}
-
 /// Whether the file is still the one that the reference means; it may have moved since it was looked at.
 bool isThere(PIFileRef &file, QString *reason)
 {
@@ -93,7 +86,7 @@ void tellPhotos(PhotoLibrary &library, const QSet<const PIFileRef *> &taken, con
     library.fileRefs().takeUpPaths(taken);
     library.forEachPhotoOf(taken, [&](const std::shared_ptr<PIPhoto> &photo) {
         if (!told.contains(photo.get()))
-            rebuildThumbnail(library, *photo);
+            library.pictureChanged(*photo);
     });
 }
 
@@ -111,7 +104,7 @@ int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<
     QSet<const PIPhoto *> told;
     const auto take = [&](PIPhoto &found, const QString &place) {
         found.fileRef()->setPath(place);
-        rebuildThumbnail(library, found);
+        library.pictureChanged(found);
         taken.insert(found.fileRef().get());
         told.insert(&found);
     };

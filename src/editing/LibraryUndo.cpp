@@ -137,8 +137,9 @@ void LibraryUndo::takeBack(PIPhoto &photo, const PIPhoto &was)
     const bool isOtherPicture = photo.looksDifferent(was);
     photo.takeEdits(was);
     if (isOtherPicture)
-        m_library.thumbnails().updateForFilters(photo);
-    m_library.notifications().post(isOtherPicture ? kThumbnailNotification : kRedrawNotification, &photo);
+        m_library.pictureChanged(photo);
+    else
+        m_library.notifications().post(kRedrawNotification, &photo);
 }
 
 bool LibraryUndo::exchangePhoto(UndoData &data)

@@ -221,8 +221,7 @@ bool PhotoEdits::clearCrop()
         return false;
     for (const qint64 index : cropped.indexes(photos.size())) {
         photos.at(index)->setCropRect({});
-        m_editor.library().thumbnails().updateForFilters(*photos.at(index));
-        m_editor.library().notifications().post(kThumbnailNotification, photos.at(index));
+        m_editor.library().pictureChanged(*photos.at(index));
     }
     m_editor.view().selectIndexes(cropped);
     return true;

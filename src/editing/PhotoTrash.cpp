@@ -37,14 +37,8 @@ PhotoTrash::PhotoTrash(LibraryEditor &editor, QVUndoManager &undo, std::shared_p
     : m_editor(editor)
     , m_undo(undo)
     , m_trash(std::move(trash))
-    , m_link(std::make_shared<PhotoTrash *>(this))
     , m_worker(QStringLiteral("hmphoto.trash"), 1, DispatchQueue::AtEnd::LeaveBehind)
 {}
-
-PhotoTrash::~PhotoTrash()
-{
-    *m_link = nullptr;
-}
 
 PIGroup::PhotoList PhotoTrash::trashable(const PIGroup::PhotoList &photos)
 {
@@ -80,11 +74,8 @@ void PhotoTrash::trash(const PIGroup::PhotoList &photos)
     removeFromLibrary(photos);
     const quint64 job = ++m_lastJob;
     m_jobs.insert(job, trashed);
-    m_worker.async([paths, job, trash = m_trash, link = m_link] {
-        runOnMain([failures = trash->recycle(paths), job, link] {
-            if (*link)
-                (*link)->recycled(job, failures);
-        });
+    m_worker.async([paths, job, trash = m_trash, toHere = m_link.toHere()] {
+        toHere([failures = trash->recycle(paths), job](PhotoTrash &here) { here.recycled(job, failures); });
     });
 }
 

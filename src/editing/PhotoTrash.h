@@ -2,6 +2,7 @@
 
 #include "DispatchQueue.h"
 #include "LibraryEditor.h"
+#include "MainThreadLink.h"
 #include "Trash.h"
 
 #include <QHash>
@@ -17,7 +18,6 @@ class PhotoTrash
 public:
     /// `editor` and `undo` outlive it; `trash` is used on a thread of its own.
     PhotoTrash(LibraryEditor &editor, QVUndoManager &undo, std::shared_ptr<Trash> trash);
-    ~PhotoTrash();
 
     /// Those whose files can be moved: looked at now, they are not lost.
     [[nodiscard]] static PIGroup::PhotoList trashable(const PIGroup::PhotoList &photos);
@@ -51,7 +51,7 @@ private:
     LibraryEditor &m_editor;
     QVUndoManager &m_undo;
     std::shared_ptr<Trash> m_trash;
-    std::shared_ptr<PhotoTrash *> m_link;  ///< null once this is gone
+    MainThreadLink<PhotoTrash> m_link{*this};
     QHash<quint64, QList<Trashed>> m_jobs; ///< those under way
     quint64 m_lastJob = 0;
     DispatchQueue m_worker; ///< last: its blocks end first

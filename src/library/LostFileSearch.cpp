@@ -227,10 +227,8 @@ void LostFileSearch::tellOfRewritten()
     }
     if (touched.isEmpty())
         return;
-    m_library.forEachPhotoOf({touched.cbegin(), touched.cend()}, [this](const std::shared_ptr<PIPhoto> &photo) {
-        m_library.thumbnails().updateForFilters(*photo);
-        m_library.notifications().post(kThumbnailNotification, photo);
-    });
+    m_library.forEachPhotoOf({touched.cbegin(), touched.cend()},
+                             [this](const std::shared_ptr<PIPhoto> &photo) { m_library.pictureChanged(*photo); });
 }
 
 void LostFileSearch::end(Stage &stage, int run)

@@ -181,6 +181,12 @@ QList<std::shared_ptr<PIFileRef>> PhotoLibrary::usedFileRefs(
     return files;
 }
 
+void PhotoLibrary::pictureChanged(PIPhoto &photo)
+{
+    m_thumbnails.updateForFilters(photo);
+    m_notifications.post(kThumbnailNotification, &photo);
+}
+
 void PhotoLibrary::filesChangedPlace(const QSet<const PIFileRef *> &files)
 {
     m_fileRefs.takeUpPaths(files);

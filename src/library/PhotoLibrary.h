@@ -65,6 +65,8 @@ public:
     /// The references of photos that `isWanted` is true for, each once, in save order.
     [[nodiscard]] QList<std::shared_ptr<PIFileRef>> usedFileRefs(
         const std::function<bool(const PIFileRef &)> &isWanted) const;
+    /// The photo's crop, effects or file are others: its pictures are made anew, and what shows it is told.
+    void pictureChanged(PIPhoto &photo);
     /// The files were found, maybe elsewhere, or are lost now: attempts to read them may be made again, and what shows
     /// their photos is told.
     void filesChangedPlace(const QSet<const PIFileRef *> &files);

@@ -17,7 +17,6 @@
 EditCommands::EditCommands(LibraryEditor &editor, QVUndoManager &undo, LibraryActions &actions, const Panes &panes,
                            QWidget &window)
     : QObject(&window)
-    , m_editor(editor)
     , m_undo(undo)
     , m_actions(actions)
     , m_panes(panes)

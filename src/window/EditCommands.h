@@ -62,7 +62,6 @@ private:
     void moveTargetToFolder();
     void step(StepDirection direction);
 
-    LibraryEditor &m_editor;
     QVUndoManager &m_undo;
     LibraryActions &m_actions;
     Panes m_panes;

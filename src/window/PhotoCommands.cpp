@@ -150,7 +150,7 @@ void PhotoCommands::sortFolder(PhotoEdits::Order order)
     static_cast<void>(m_edits.sortFolder(order, [this] { return m_random->next(); }));
 }
 
-/// The files are asked for their dates in the background; one that does not answer holds nothing else up.
+/// The files are asked for their dates in the background: a disk that does not answer holds up such sorting alone.
 void PhotoCommands::sortByDate()
 {
     const auto folder = m_grid.folder();
