@@ -12,6 +12,14 @@
 #include <memory>
 #include <optional>
 
+/// What the number of an input stands for.
+enum class NumberType {
+    Scalar,
+    Angle, ///< radians
+    Integer,
+    Boolean,
+};
+
 /// What a back end tells of one input of a filter.
 struct FilterInput
 {
@@ -22,6 +30,7 @@ struct FilterInput
     std::optional<EffectValue> identity;
     std::optional<double> sliderMinimum;
     std::optional<double> sliderMaximum;
+    NumberType numberType = NumberType::Scalar;
     int vectorComponents = 2; ///< of the identity, or failing that the default, when the class is "CIVector"
     /// False when the back end reports no attribute dictionary for the input; such an input is not classed.
     bool hasAttributes = true;

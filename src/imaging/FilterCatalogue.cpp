@@ -10,6 +10,7 @@ const QLatin1String kImageInput("inputImage");
 const QLatin1String kImageClass("CIImage");
 const QLatin1String kVectorClass("CIVector");
 
+constexpr int kFiltersPerCategory = 1000;
 constexpr int kMaxInputs = 5;
 constexpr int kMaxVectors = 2;
 constexpr int kMaxVectorComponents = 2;
@@ -56,6 +57,31 @@ const FilterAttributes *FilterCatalogue::description(const QString &filterName) 
 {
     const auto found = m_descriptions.constFind(filterName);
     return found == m_descriptions.cend() ? nullptr : &*found;
+}
+
+int FilterCatalogue::tagForFilter(const QString &filterName) const
+{
+    for (qsizetype i = 0; i < m_categories.size(); ++i) {
+        const qsizetype place = m_categories.at(i).filters.indexOf(filterName);
+        if (place >= 0)
+            return static_cast<int>(i * kFiltersPerCategory + place);
+    }
+    return -1;
+}
+
+QString FilterCatalogue::filterForTag(int filterTag) const
+{
+    const qsizetype category = filterTag / kFiltersPerCategory;
+    if (filterTag < 0 || category >= m_categories.size())
+        return {};
+    return m_categories.at(category).filters.value(filterTag % kFiltersPerCategory);
+}
+
+const FilterInput *FilterCatalogue::inputForTag(int controlTag) const
+{
+    const FilterAttributes *filter = controlTag < 0 ? nullptr : description(filterForTag(filterTagOf(controlTag)));
+    const int input = controlTag % kInputsPerTag;
+    return filter && input < filter->inputs.size() ? &filter->inputs.at(input) : nullptr;
 }
 
 EffectEntry FilterCatalogue::startingEntry(const QString &filterName) const

@@ -22,11 +22,24 @@ public:
     [[nodiscard]] const QList<Category> &categories() const { return m_categories; }
     /// Null when the filter was not admitted.
     [[nodiscard]] const FilterAttributes *description(const QString &filterName) const;
+    /// A number that leads to the filter: 1000 times its first category plus its place there; -1 when it is not
+    /// offered.
+    [[nodiscard]] int tagForFilter(const QString &filterName) const;
+    /// Empty when no filter has that tag.
+    [[nodiscard]] QString filterForTag(int filterTag) const;
+    /// A number that leads to a filter and to one of its inputs, by position.
+    [[nodiscard]] static int controlTag(int filterTag, int input) { return kInputsPerTag * filterTag + input; }
+    [[nodiscard]] static int filterTagOf(int controlTag) { return controlTag / kInputsPerTag; }
+    /// Null when the tag leads to none.
+    [[nodiscard]] const FilterInput *inputForTag(int controlTag) const;
+
     /// A new chain entry: the filter and each input's starting value (identity, else default; points start at the
     /// centre). An entry of the name alone when the filter was not admitted.
     [[nodiscard]] EffectEntry startingEntry(const QString &filterName) const;
 
 private:
+    static constexpr int kInputsPerTag = 100;
+
     void addFilter(const QString &filterName, Category &toCategory, const FilterBackEnd &backEnd);
 
     QList<Category> m_categories;

@@ -30,7 +30,7 @@ private:
 };
 
 /// A filter library made up by a test.
-class FakeFilterBackEnd final : public FilterBackEnd
+class FakeFilterBackEnd : public FilterBackEnd
 {
 public:
     using Apply = FakeFilterRun::Apply;
