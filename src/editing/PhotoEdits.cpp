@@ -247,3 +247,34 @@ bool PhotoEdits::sortFolder(Order order, const std::function<quint32()> &random)
     m_editor.view().selectRow(folder);
     return true;
 }
+
+void PhotoEdits::setEffects(const PIGroup::PhotoList &photos, const EffectChain &chain)
+{
+    for (const auto &photo : photos) {
+        photo->setFilterDicts(chain);
+        m_editor.library().pictureChanged(*photo);
+    }
+    m_editor.library().notifications().post(kSelectNotification, m_editor.view().currentPhoto());
+}
+
+bool PhotoEdits::applyEffectSet(const QString &name)
+{
+    const EffectSetStore &sets = m_editor.library().effectSets();
+    const auto set = sets.constFind(name);
+    const PIGroup::PhotoList photos = selectedPhotos();
+    if (set == sets.cend() || photos.isEmpty() ||
+        !record(UndoAction::PhotoList, UndoName::Effects, m_editor.view().shownFolder()))
+        return false;
+    setEffects(photos, *set);
+    return true;
+}
+
+bool PhotoEdits::clearEffects()
+{
+    PIGroup::PhotoList photos = selectedPhotos();
+    photos.removeIf([](const auto &photo) { return photo->filterDicts().isEmpty(); });
+    if (photos.isEmpty() || !record(UndoAction::PhotoList, UndoName::Effects, m_editor.view().shownFolder()))
+        return false;
+    setEffects(photos, {});
+    return true;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EffectChain.h"
 #include "IndexSet.h"
 #include "LibraryEditor.h"
 
@@ -35,6 +36,12 @@ public:
     /// Shows those of the selected photos whole again that are cropped, and selects them. False when none is.
     bool clearCrop();
 
+    /// Gives the selected photos the effects of the set of that name. False when there is no such set or no photo, or
+    /// when refused.
+    bool applyEffectSet(const QString &name);
+    /// Takes the effects off those of the selected photos that have any. False when none has.
+    bool clearEffects();
+
     enum class Order { Name, Date, Random };
     /// Sorts the folder on show. `random` gives the next random number. False when refused.
     bool sortFolder(Order order, const std::function<quint32()> &random);
@@ -45,6 +52,7 @@ public:
 private:
     [[nodiscard]] bool record(UndoAction action, UndoName name, const std::shared_ptr<PIGroup> &container = nullptr);
     [[nodiscard]] std::shared_ptr<PIFolder> targetIn(const std::shared_ptr<PIGroup> &item, bool isRecorded);
+    void setEffects(const PIGroup::PhotoList &photos, const EffectChain &chain);
     void takeOut(const PIGroup::PhotoList &photos);
 
     LibraryEditor &m_editor;

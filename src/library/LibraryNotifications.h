@@ -10,6 +10,10 @@ inline const QString kSelectNotification = QStringLiteral("hmphoto.select");
 inline const QString kForcePhotoNotification = QStringLiteral("hmphoto.forcePhoto");
 /// About a PIPhoto whose cell must be redrawn.
 inline const QString kRedrawNotification = QStringLiteral("hmphoto.redraw");
+/// About a PIPhoto whose effects were changed: what shows it large shows it anew.
+inline const QString kPhotoNotification = QStringLiteral("hmphoto.photo");
+/// A crop that is being drawn is accepted; no object.
+inline const QString kNormalizeNotification = QStringLiteral("hmphoto.normalize");
 /// About a PIPhoto whose picture must be redrawn.
 inline const QString kThumbnailNotification = QStringLiteral("hmphoto.thumbnail");
 /// The effect-set store changed; no object.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "AlertPresenter.h"
+#include "FakeAlerts.h"
 #include "FileFinder.h"
 #include "LibraryActions.h"
 #include "LibraryWindow.h"
@@ -12,21 +12,6 @@
 #include <QAction>
 #include <QImage>
 #include <QTemporaryDir>
-
-/// Answers every alert with the same button and remembers what was said.
-struct FakeAlerts final : AlertPresenter
-{
-    FakeAlerts() { install(this); }
-    ~FakeAlerts() override { install(nullptr); }
-    int present(const Alert &alert) override
-    {
-        said << alert.title;
-        return answer;
-    }
-    void beep() override {}
-    QStringList said;
-    int answer = 0;
-};
 
 /// The real window over a library in a temporary folder.
 struct WindowDesk
