@@ -36,7 +36,7 @@ QString tr(const char *text)
 
 }
 
-void buildMainMenu(QMainWindow &window, LibraryActions &actions)
+void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &effectSets)
 {
     QMenuBar &bar = *window.menuBar();
     addCommands(*bar.addMenu(tr("&File")), actions,
@@ -51,6 +51,11 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions)
                  Command::CopyToNewFolder, std::nullopt, Command::SortByName, Command::SortByDate,
                  Command::SortAtRandom, std::nullopt, Command::Reveal, Command::EditImage, std::nullopt,
                  Command::Trash});
+
+    QMenu *effects = bar.addMenu(tr("&Effects"));
+    addCommands(*effects, actions, {Command::EditEffects, Command::ClearEffects, std::nullopt});
+    effects->addMenu(&effectSets);
+    addCommands(*effects, actions, {Command::SaveEffectSet, Command::ManageEffectSets});
 
     QMenu *view = bar.addMenu(tr("&View"));
     addCommands(*view, actions,

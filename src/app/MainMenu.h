@@ -1,7 +1,8 @@
 #pragma once
 
 class LibraryActions;
+class QMenu;
 class QMainWindow;
 
-/// Arranges the commands in the window's menu bar and toolbar.
-void buildMainMenu(QMainWindow &window, LibraryActions &actions);
+/// Arranges the commands, and the menu of effect sets, in the window's menu bar and toolbar.
+void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &effectSets);

@@ -159,7 +159,7 @@ void PIAppController::showLibrary(const QStringList &files)
 {
     m_windowController = std::make_unique<PIWindowController>(*m_library, *m_defaults, m_paths.databasePath);
     qApp->installEventFilter(this);
-    buildMainMenu(m_windowController->window(), m_windowController->actions());
+    buildMainMenu(m_windowController->window(), m_windowController->actions(), m_windowController->effectSetsMenu());
     connect(&m_windowController->window(), &LibraryWindow::closed, qApp, &QCoreApplication::quit);
     m_windowController->showWindow(/*zoomed=*/!m_hasRunBefore);
     m_windowController->resetList(nullptr);

@@ -27,6 +27,12 @@ bool CommandState::isEnabled(EnabledWhen when) const
         return canRedo && !isImporting;
     case EnabledWhen::PhotosAreSelected:
         return photosAreSelected;
+    case EnabledWhen::PhotoIsCurrent:
+        return isPhotoCurrent;
+    case EnabledWhen::PhotoHasEffects:
+        return hasPhotoEffects;
+    case EnabledWhen::ThereAreEffectSets:
+        return hasEffectSets;
     case EnabledWhen::CanPaste:
         return canPaste;
     case EnabledWhen::FolderIsShown:

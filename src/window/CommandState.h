@@ -8,6 +8,9 @@
 struct CommandState
 {
     int selectedPhotos = 0;
+    bool isPhotoCurrent = false;
+    bool hasPhotoEffects = false; ///< the current one
+    bool hasEffectSets = false;
     bool isFolderShown = false;
     bool isDirty = false;
     bool isImporting = false;

@@ -37,13 +37,15 @@ void EditCommands::addContextMenus()
                              {Command::NewFolder, Command::NewGroup, Command::AddFolder, std::nullopt, Command::Rename,
                               Command::MoveToFolder, Command::MoveUp, Command::MoveDown, std::nullopt, Command::Paste,
                               std::nullopt, Command::Delete});
-    m_actions.addContextMenu(m_panes.grid, {Command::ToggleMark, Command::ClearCrop, std::nullopt, Command::Reveal,
-                                            Command::EditImage, std::nullopt, Command::Cut, Command::Copy,
-                                            Command::Paste, std::nullopt, Command::MoveToFolder, Command::ExtractFolder,
-                                            std::nullopt, Command::Delete, Command::Trash, std::nullopt,
-                                            Command::SelectAll, Command::AddFiles, Command::AddFolder});
-    m_actions.addContextMenu(m_panes.detail.photoView(), {Command::PreviousPhoto, Command::NextPhoto, std::nullopt,
-                                                          Command::Delete, Command::Trash});
+    m_actions.addContextMenu(m_panes.grid,
+                             {Command::ToggleMark,    Command::ClearCrop, Command::EditEffects, std::nullopt,
+                              Command::Reveal,        Command::EditImage, std::nullopt,         Command::Cut,
+                              Command::Copy,          Command::Paste,     std::nullopt,         Command::MoveToFolder,
+                              Command::ExtractFolder, std::nullopt,       Command::Delete,      Command::Trash,
+                              std::nullopt,           Command::SelectAll, Command::AddFiles,    Command::AddFolder});
+    m_actions.addContextMenu(m_panes.detail.photoView(),
+                             {Command::PreviousPhoto, Command::NextPhoto, std::nullopt, Command::EditEffects,
+                              std::nullopt, Command::Delete, Command::Trash});
 }
 
 void EditCommands::bind()

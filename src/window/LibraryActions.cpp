@@ -12,10 +12,9 @@
 
 namespace {
 
-QString toolTipWithShortcut(const CommandInfo &info)
+QString toolTipWithShortcut(const CommandInfo &info, const QList<QKeySequence> &shortcuts)
 {
     const QString text = QCoreApplication::translate("Command", info.toolTip);
-    const QList<QKeySequence> shortcuts = info.shortcuts();
     if (shortcuts.isEmpty())
         return text;
     return QStringLiteral("%1 (%2)").arg(text, shortcuts.first().toString(QKeySequence::NativeText));
@@ -61,7 +60,7 @@ LibraryActions::LibraryActions(QWidget &window)
 {
     for (const CommandInfo &info : commandTable()) {
         auto *action = new QAction(QCoreApplication::translate("Command", info.text), this);
-        action->setToolTip(toolTipWithShortcut(info));
+        action->setToolTip(toolTipWithShortcut(info, info.shortcuts()));
         action->setStatusTip(QCoreApplication::translate("Command", info.toolTip));
         action->setShortcuts(info.shortcuts());
         action->setCheckable(info.checkable);
@@ -90,6 +89,17 @@ void LibraryActions::setEnabled(Command command, bool enabled)
 void LibraryActions::setChecked(Command command, bool checked)
 {
     action(command)->setChecked(checked);
+}
+
+void LibraryActions::lendKeys(const QList<QKeySequence> &keys)
+{
+    for (const CommandInfo &info : commandTable()) {
+        QList<QKeySequence> own = info.shortcuts();
+        own.removeIf([&](const QKeySequence &key) { return keys.contains(key); });
+        QAction *command = action(info.command);
+        command->setShortcuts(own);
+        command->setToolTip(toolTipWithShortcut(info, own));
+    }
 }
 
 void LibraryActions::addContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands)

@@ -26,6 +26,8 @@ public:
     void bind(Command command, std::function<void(bool checked)> perform);
     void setEnabled(Command command, bool enabled);
     void setChecked(Command command, bool checked);
+    /// Keys that stand for something else from now on: commands do without them as long as they are lent.
+    void lendKeys(const QList<QKeySequence> &keys);
     /// Gives the widget a context menu of these commands; nothing stands for a separator.
     void addContextMenu(QWidget &widget, const QList<std::optional<Command>> &commands);
     /// The widget whose context menu is open: its commands mean what it shows. Null when there is none.

@@ -24,7 +24,8 @@ const QString kDetailOpenKey = QStringLiteral("hmphoto.detailOpen");
 
 }
 
-PIDetailController::PIDetailController(LibraryEditor &editor, UserDefaults &defaults, QWidget *parent)
+PIDetailController::PIDetailController(LibraryEditor &editor, QVUndoManager &undo, const FilterCatalogue &catalogue,
+                                       UserDefaults &defaults, QWidget *parent)
     : QObject(parent)
     , m_editor(editor)
     , m_library(editor.library())
@@ -32,7 +33,7 @@ PIDetailController::PIDetailController(LibraryEditor &editor, UserDefaults &defa
     , m_openSections(defaults.dictionary(kDetailOpenKey))
     , m_photoSide(new QWidget)
     , m_photoView(new PhotoView(m_library.thumbnails(), m_library.imageCache(), m_library.thumbnails().pixelPool()))
-    , m_view(new DetailPane(m_photoSide, makeSections(), parent))
+    , m_view(new DetailPane(m_photoSide, makeSections(undo, catalogue), parent))
 {
     auto *layout = new QVBoxLayout(m_photoSide);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -46,6 +47,7 @@ PIDetailController::PIDetailController(LibraryEditor &editor, UserDefaults &defa
             reloadPhoto();
     };
     m_thumbnailObserver = center.observe(kThumbnailNotification, reload);
+    m_photoObserver = center.observe(kPhotoNotification, reload);
     m_redrawObserver = center.observe(kRedrawNotification, reload);
     m_redetailObserver = center.observe(kRedetailNotification, [this](const NotificationObject &) { reloadPhoto(); });
 }
@@ -60,7 +62,7 @@ QWidget *PIDetailController::view() const
     return m_view;
 }
 
-QWidget *PIDetailController::makeSections()
+QWidget *PIDetailController::makeSections(QVUndoManager &undo, const FilterCatalogue &catalogue)
 {
     auto *sections = new QWidget;
     auto *layout = new QVBoxLayout(sections);
@@ -72,8 +74,8 @@ QWidget *PIDetailController::makeSections()
     addSection(QStringLiteral("DetailFile"), tr("File"), new PIDetailFileVC(m_library, *this, shownFolder, sections),
                *layout);
     addSection(QStringLiteral("DetailCrop"), tr("Crop"), new PIDetailCropVC(m_editor, *this, sections), *layout);
-    addSection(QStringLiteral("DetailEffects"), tr("Effects"), new PIDetailEffectVC(m_library, *this, sections),
-               *layout);
+    m_effectController = new PIDetailEffectVC(m_editor, undo, catalogue, *this, sections);
+    addSection(QStringLiteral("DetailEffects"), tr("Effects"), m_effectController, *layout);
     layout->addStretch();
     return sections;
 }

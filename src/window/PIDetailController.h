@@ -8,13 +8,16 @@
 #include <memory>
 
 class DetailPane;
+class FilterCatalogue;
 class LibraryEditor;
+class PIDetailEffectVC;
 class PIDetailWordsVC;
 class PIPhoto;
 class PhotoLibrary;
 class PhotoView;
 class QAction;
 class QBoxLayout;
+class QVUndoManager;
 class QWidget;
 class StepControl;
 class UserDefaults;
@@ -26,8 +29,9 @@ class PIDetailController final : public QObject
     Q_OBJECT
 
 public:
-    /// `editor` and `defaults` outlive the controller.
-    PIDetailController(LibraryEditor &editor, UserDefaults &defaults, QWidget *parent);
+    /// All outlive the controller.
+    PIDetailController(LibraryEditor &editor, QVUndoManager &undo, const FilterCatalogue &catalogue,
+                       UserDefaults &defaults, QWidget *parent);
     ~PIDetailController() override;
 
     /// The current photo; null when there is none.
@@ -37,11 +41,13 @@ public:
     [[nodiscard]] PhotoView &photoView() const { return *m_photoView; }
     /// The section of caption and keywords.
     [[nodiscard]] PIDetailWordsVC &wordController() const { return *m_wordController; }
+    /// The section of effects.
+    [[nodiscard]] PIDetailEffectVC &effectController() const { return *m_effectController; }
     /// Puts buttons for these commands under the photo, usable when there is another photo to go to.
     void addStepControl(QAction &previous, QAction &next);
 
 private:
-    [[nodiscard]] QWidget *makeSections();
+    [[nodiscard]] QWidget *makeSections(QVUndoManager &undo, const FilterCatalogue &catalogue);
     void addSection(const QString &layoutName, const QString &title, QWidget *content, QBoxLayout &layout);
     void photoWasSelected(const NotificationObject &object);
     void reloadPhoto();
@@ -57,9 +63,11 @@ private:
     PhotoView *m_photoView;
     StepControl *m_stepControl = nullptr; ///< null until there are commands for it
     PIDetailWordsVC *m_wordController = nullptr;
+    PIDetailEffectVC *m_effectController = nullptr;
     DetailPane *m_view;
     NotificationCenter::Observer m_selectObserver;
     NotificationCenter::Observer m_thumbnailObserver;
+    NotificationCenter::Observer m_photoObserver;
     NotificationCenter::Observer m_redrawObserver;
     NotificationCenter::Observer m_redetailObserver;
 };

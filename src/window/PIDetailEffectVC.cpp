@@ -1,43 +1,105 @@
 #include "PIDetailEffectVC.h"
 
-#include "FilterBackEnd.h"
+#include "LibraryEditor.h"
+#include "PIEffectUIManager.h"
 #include "PIPhoto.h"
+#include "PhotoLibrary.h"
+#include "QVUndoManager.h"
 
 #include <QBoxLayout>
 #include <QLabel>
+#include <QToolButton>
+
+#include <utility>
 
 namespace {
 
-/// As people know the filter; one that is not at hand goes by the name under which it is stored.
-QString effectName(const EffectEntry &effect)
-{
-    const FilterAttributes *known = filterBackEnd().attributes(effect.filterName());
-    const QString name = known ? known->displayName : effect.filterName();
-    return name.isEmpty() ? PIDetailEffectVC::tr("Unknown effect") : name;
-}
+/// While a slider is dragged, the large photo and its thumbnail are not made anew more often.
+constexpr int kChangeMilliseconds = 100;
 
 }
 
-PIDetailEffectVC::PIDetailEffectVC(PhotoLibrary &library, const PIDetailController &controller, QWidget *parent)
-    : PIDetailBaseVC(library, controller, parent)
-    , m_effects(new QLabel(this))
+PIDetailEffectVC::PIDetailEffectVC(LibraryEditor &editor, QVUndoManager &undo, const FilterCatalogue &catalogue,
+                                   const PIDetailController &controller, QWidget *parent)
+    : PIDetailBaseVC(editor.library(), controller, parent)
+    , m_undo(undo)
+    , m_none(new QLabel(tr("None"), this))
+    , m_controls(new QWidget(this))
+    , m_uiManager(new PIEffectUIManager(*m_controls, catalogue, *this))
+    , m_buttons(new QHBoxLayout)
 {
-    m_effects->setTextFormat(Qt::PlainText);
-    m_effects->setWordWrap(true);
-    m_effects->setAccessibleName(tr("Effects"));
+    m_uiManager->setIncludeCommonControls(true);
+    m_none->setForegroundRole(QPalette::PlaceholderText);
+    m_changeTimer.setSingleShot(true);
+    m_changeTimer.setInterval(kChangeMilliseconds);
+    connect(&m_changeTimer, &QTimer::timeout, this, &PIDetailEffectVC::showChangedPhoto);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(12, 4, 12, 10);
-    layout->addWidget(m_effects);
+    layout->addWidget(m_none);
+    layout->addWidget(m_controls);
+    layout->addLayout(m_buttons);
     selectionChanged();
+}
+
+void PIDetailEffectVC::addCommands(QAction &editEffects, QMenu &effectSets)
+{
+    auto *edit = new QToolButton(this);
+    edit->setDefaultAction(&editEffects);
+    edit->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    auto *sets = new QToolButton(this);
+    sets->setDefaultAction(effectSets.menuAction()); // can be used when there are sets
+    sets->setToolTip(tr("Give the selected photos the effects of a set"));
+    sets->setPopupMode(QToolButton::InstantPopup);
+    m_buttons->addWidget(edit);
+    m_buttons->addWidget(sets);
+    m_buttons->addStretch();
 }
 
 void PIDetailEffectVC::selectionChanged()
 {
-    QStringList names;
-    if (havePhoto()) {
-        for (const EffectEntry &effect : photo()->filterDicts())
-            names << effectName(effect);
+    const EffectChain chain = havePhoto() ? photo()->filterDicts() : EffectChain();
+    if (m_uiManager->edits().photo() != photo()) {
+        showChangedPhoto();
+        m_uiManager->setPhoto(photo());
+        m_uiManager->setPicture(havePhoto() ? library().thumbnails().availableThumbnail(*photo()) : QImage());
     }
-    m_effects->setForegroundRole(names.isEmpty() ? QPalette::PlaceholderText : QPalette::WindowText);
-    m_effects->setText(names.isEmpty() && havePhoto() ? tr("None") : names.join(u'\n'));
+    m_uiManager->setFilterUIFrom(chain);
+    m_controls->setVisible(!chain.isEmpty());
+    m_none->setVisible(chain.isEmpty() && havePhoto());
+}
+
+/// Moving one slider after the other of the same effect is one step; everything else is a step of its own.
+bool PIDetailEffectVC::setUndoForFilter(int filterTag, EffectChange change)
+{
+    const UndoData *newest = m_undo.dataForCurrentUndoAction();
+    const bool goesOn = change == EffectChange::Value && filterTag == m_recordedFilter && newest && m_before &&
+                        newest->photo == m_before;
+    if (goesOn)
+        return true;
+    if (!m_undo.setUndoAction(UndoAction::Photo, UndoName::Effects, {.container = {}, .photo = photo()}))
+        return false;
+    const UndoData *recorded = m_undo.dataForCurrentUndoAction();
+    m_before = recorded ? recorded->photo : nullptr;
+    m_recordedFilter = change == EffectChange::Value ? filterTag : -1;
+    return true;
+}
+
+void PIDetailEffectVC::updatePhotoForFilterChange()
+{
+    m_changedPhoto = photo();
+    if (!m_changeTimer.isActive())
+        m_changeTimer.start();
+}
+
+void PIDetailEffectVC::updatePhotoForFilterSet()
+{
+    m_changedPhoto = photo();
+    showChangedPhoto();
+}
+
+void PIDetailEffectVC::showChangedPhoto()
+{
+    m_changeTimer.stop();
+    if (const auto changed = std::exchange(m_changedPhoto, nullptr))
+        library().pictureChanged(*changed);
 }

@@ -7,6 +7,7 @@
 #include <QDrag>
 #include <QDragMoveEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
@@ -102,6 +103,16 @@ void PIOutlineView::abortEditing()
 {
     if (auto *editor = openEditor())
         closeEditor(editor, QAbstractItemDelegate::NoHint);
+}
+
+/// Here the key that renames does so, whatever else it stands for in the window.
+bool PIOutlineView::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && static_cast<QKeyEvent *>(event)->key() == Qt::Key_F2) {
+        event->accept();
+        return true;
+    }
+    return QTreeView::event(event);
 }
 
 void PIOutlineView::selectionChanged(const QItemSelection &selected, const QItemSelection &deselected)

@@ -37,6 +37,7 @@ Q_SIGNALS:
     void dropped(const QDropEvent &event, const NavigatorDrop &place);
 
 protected:
+    bool event(QEvent *event) override;
     void selectionChanged(const QItemSelection &selected, const QItemSelection &deselected) override;
     void paintEvent(QPaintEvent *event) override;
     void startDrag(Qt::DropActions supportedActions) override;

@@ -2,6 +2,8 @@
 
 #include "CommandState.h"
 #include "EditCommands.h"
+#include "EffectCommands.h"
+#include "EffectSetMenu.h"
 #include "FileFinder.h"
 #include "GiveAlert.h"
 #include "Housekeeping.h"
@@ -70,12 +72,13 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_databasePath(databasePath)
     , m_undo(library, *this)
     , m_editor(library, *this, m_undoManager)
+    , m_filterCatalogue(filterBackEnd())
     , m_window(std::make_unique<LibraryWindow>())
     , m_actions(new LibraryActions(*m_window))
     , m_navigatorModel(new NavigatorModel(library, m_editor, m_window.get()))
     , m_outline(new PIOutlineView(*m_navigatorModel, m_window.get()))
     , m_thumbnailView(new ThumbnailGridView(library.thumbnails(), library.notifications(), m_window.get()))
-    , m_detailController(new PIDetailController(m_editor, defaults, m_window.get()))
+    , m_detailController(new PIDetailController(m_editor, m_undoManager, m_filterCatalogue, defaults, m_window.get()))
     , m_paneSplitter(new PaneSplitter(
           defaults, {new NavigatorPane(*m_outline, *m_actions), m_thumbnailView, m_detailController->view()},
           m_window.get()))
@@ -84,6 +87,8 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
     , m_editCommands(new EditCommands(m_editor, m_undoManager, *m_actions,
                                       {*m_outline, *m_thumbnailView, *m_detailController}, *m_window))
+    , m_effectCommands(
+          new EffectCommands(m_editor, defaults, m_filterCatalogue, *m_actions, *m_detailController, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
 {
@@ -177,6 +182,8 @@ void PIWindowController::observe()
         if (const auto *photo = object.as<PIPhoto>())
             forcePhotoSelected(*photo);
     });
+    m_effectSetsObserver =
+        center.observe(kEffectSetsNotification, [this](const NotificationObject &) { enableCommands(); });
     const auto retitle = [this](const NotificationObject &photo) {
         if (photo.isSameAs(m_detailController->photo()))
             photoWasSelected();
@@ -254,6 +261,11 @@ void PIWindowController::importFolder(const QString &path, UndoName undoName, If
 bool PIWindowController::isImporting() const
 {
     return m_importRunner->isRunning();
+}
+
+QMenu &PIWindowController::effectSetsMenu() const
+{
+    return m_effectCommands->effectSetsMenu();
 }
 
 std::shared_ptr<PIFolder> PIWindowController::shownFolder() const
@@ -443,6 +455,7 @@ void PIWindowController::enableCommands()
 {
     CommandState state;
     m_editCommands->describe(state);
+    m_effectCommands->describe(state);
     state.isDirty = m_library.isDirty();
     state.isImporting = isImporting();
     state.canGoBack = m_history.canGoBack();
@@ -452,6 +465,7 @@ void PIWindowController::enableCommands()
     for (const CommandInfo &info : commandTable())
         m_actions->setEnabled(info.command, state.isEnabled(info.enabledWhen));
     m_editCommands->showTitles(state);
+    m_effectCommands->enable(state);
 }
 
 void PIWindowController::showSummary()

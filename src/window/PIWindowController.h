@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DropCommands.h"
+#include "FilterCatalogue.h"
 #include "FolderHistory.h"
 #include "LibraryEditor.h"
 #include "LibraryFile.h"
@@ -16,6 +17,7 @@
 #include <memory>
 
 class EditCommands;
+class EffectCommands;
 class Housekeeping;
 class ImportRunner;
 class LibraryActions;
@@ -25,6 +27,7 @@ class PIDetailController;
 class PIOutlineView;
 class PaneSplitter;
 class QLabel;
+class QMenu;
 class ThumbnailGridView;
 class UserDefaults;
 struct WindowRestoreRecord;
@@ -44,6 +47,8 @@ public:
     [[nodiscard]] LibraryActions &actions() const { return *m_actions; }
     [[nodiscard]] PIDetailController &detailController() const { return *m_detailController; }
     [[nodiscard]] ThumbnailGridView &thumbnailView() const { return *m_thumbnailView; }
+    /// The library's effect sets, for the menu bar.
+    [[nodiscard]] QMenu &effectSetsMenu() const;
     [[nodiscard]] LibraryEditor &editor() { return m_editor; }
     [[nodiscard]] QVUndoManager &undoManager() { return m_undoManager; }
 
@@ -121,6 +126,7 @@ private:
     LibraryUndo m_undo;
     QVUndoManager m_undoManager;
     LibraryEditor m_editor;
+    FilterCatalogue m_filterCatalogue;
     std::unique_ptr<LibraryWindow> m_window;
     LibraryActions *m_actions;
     NavigatorModel *m_navigatorModel;
@@ -132,12 +138,14 @@ private:
     ImportRunner *m_importRunner;
     Housekeeping *m_housekeeping;
     EditCommands *m_editCommands;
+    EffectCommands *m_effectCommands;
     DropCommands m_drops;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;
     bool m_hasDiscardedChanges = false;
     NotificationCenter::Observer m_selectObserver;
     NotificationCenter::Observer m_forcePhotoObserver;
-    NotificationCenter::Observer m_redrawObserver;    ///< the file may have another name
+    NotificationCenter::Observer m_redrawObserver; ///< the file may have another name
+    NotificationCenter::Observer m_effectSetsObserver;
     NotificationCenter::Observer m_thumbnailObserver; ///< the file may have been found elsewhere
 };

@@ -2,6 +2,7 @@
 
 #include "../editing/UndoHouse.h"
 
+#include "FilterCatalogue.h"
 #include "LibraryNotifications.h"
 #include "PIDetailController.h"
 #include "UserDefaults.h"
@@ -16,6 +17,7 @@ struct DetailScene : UndoHouse
     QTemporaryDir dir;
     UserDefaults defaults{dir.filePath(QStringLiteral("preferences.ini"))};
     QString path = dir.filePath(QStringLiteral("a.png"));
+    FilterCatalogue catalogue{filterBackEnd()};
     QWidget window;
     std::unique_ptr<PIDetailController> controller;
     std::shared_ptr<PIPhoto> photo;
@@ -29,10 +31,15 @@ struct DetailScene : UndoHouse
         photo = std::make_shared<PIPhoto>(library.fileRefs().fileRefForPath(path));
         a->photos() << photo << other;
         view.folder = a;
-        controller = std::make_unique<PIDetailController>(undoable, defaults, &window);
+        makePane();
         window.show();
         window.activateWindow();
         select(photo);
+    }
+
+    void makePane()
+    {
+        controller = std::make_unique<PIDetailController>(undoable, manager, catalogue, defaults, &window);
     }
 
     void select(const std::shared_ptr<PIPhoto> &current) { notifications.post(kSelectNotification, current); }

@@ -3,6 +3,7 @@
 #include "DetailScene.h"
 
 #include "CollapsibleSection.h"
+#include "PIDetailEffectVC.h"
 #include "PIDetailWordsVC.h"
 #include "WordField.h"
 
@@ -174,11 +175,19 @@ private Q_SLOTS:
     void effectsAreNamedInTheirOrder()
     {
         DetailScene scene;
-        auto &effects = scene.child<QLabel>("Effects");
-        QCOMPARE(effects.text(), QStringLiteral("None"));
-        scene.photo->setFilterDicts({EffectEntry(QStringLiteral("b")), EffectEntry(QStringLiteral("a"))});
+        const auto effects = [&scene] {
+            QStringList texts;
+            for (const auto *label : scene.controller->effectController().findChildren<QLabel *>())
+                texts << (label->isVisible() ? label->text() : QString());
+            texts.removeAll(QString());
+            return texts.join(u' ');
+        };
+        QCOMPARE(effects(), QStringLiteral("None"));
+        scene.photo->setFilterDicts({EffectEntry(QStringLiteral("b")), EffectEntry(QStringLiteral("<i>"))});
         scene.select(scene.photo);
-        QCOMPARE(effects.text(), QStringLiteral("b\na"));
+        QTRY_COMPARE(effects(), QStringLiteral("b <i>"));
+        scene.select(nullptr);
+        QCOMPARE(effects(), QString());
     }
 
     void sectionsStayAsTheyWereLeft()
@@ -194,7 +203,7 @@ private Q_SLOTS:
         QTest::mouseClick(&scene.child<QToolButton>("Crop"), Qt::LeftButton);
         scene.controller.reset();
         qDeleteAll(scene.window.findChildren<QWidget *>(QString(), Qt::FindDirectChildrenOnly));
-        scene.controller = std::make_unique<PIDetailController>(scene.undoable, scene.defaults, &scene.window);
+        scene.makePane();
         QCOMPARE(openSections(), QStringLiteral("Caption and Keywords,File,-,Effects"));
     }
 
