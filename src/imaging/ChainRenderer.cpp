@@ -1,8 +1,10 @@
 #include "ChainRenderer.h"
 
 #include "FilterBackEnd.h"
+#include "LogString.h"
 
 #include <algorithm>
+#include <exception>
 
 /// Used by one block of the queue at a time.
 struct ChainRenderer::Picture
@@ -11,22 +13,27 @@ struct ChainRenderer::Picture
     Image image; ///< null until it is open
     QImage pixels;
 
-    [[nodiscard]] Rendering render(const EffectChain &chain, QSize box, const std::atomic<bool> &cancelled);
+    [[nodiscard]] Rendering render(const EffectChain &chain, QSize box, const Cancelled &cancelled);
+    void decode(QSize box, const Cancelled &cancelled);
 };
 
-ChainRenderer::Rendering ChainRenderer::Picture::render(const EffectChain &chain, QSize box,
-                                                        const std::atomic<bool> &cancelled)
+void ChainRenderer::Picture::decode(QSize box, const Cancelled &cancelled)
 {
     if (image.isNull())
         image = open();
-    if (image.isNull())
-        return {};
-    const QSize size = CenterRectangle(image.size(), box);
-    if (pixels.size() != size)
-        pixels = image.pixels(size, &cancelled).value_or(QImage());
+    const QSize size = image.isNull() ? QSize() : CenterRectangle(image.size(), box);
+    if (!image.isNull() && pixels.size() != size)
+        pixels = image.pixels(size, &cancelled.decoding).value_or(QImage());
+    if (pixels.isNull() && !cancelled.decoding)
+        image = {}; // a file that changed is opened anew next time
+}
+
+ChainRenderer::Rendering ChainRenderer::Picture::render(const EffectChain &chain, QSize box, const Cancelled &cancelled)
+{
+    decode(box, cancelled);
     if (pixels.isNull())
         return {};
-    const FilterContext context{double(size.width()) / image.size().width(), &cancelled};
+    const FilterContext context{double(pixels.width()) / image.size().width(), &cancelled.filtering};
     return {pixels, EvaluateChain(chain, pixels, filterBackEnd(), context).value_or(pixels)};
 }
 
@@ -37,16 +44,22 @@ ChainRenderer::ChainRenderer(Done done)
 
 ChainRenderer::~ChainRenderer()
 {
-    if (m_running)
-        *m_running = true;
+    cancelAll();
+}
+
+void ChainRenderer::cancelAll()
+{
+    if (!m_running)
+        return;
+    m_running->decoding = true;
+    m_running->filtering = true;
 }
 
 void ChainRenderer::setPicture(Open open)
 {
     m_picture = std::make_shared<Picture>();
     m_picture->open = std::move(open);
-    if (m_running)
-        *m_running = true;
+    cancelAll();
     renderAnew();
 }
 
@@ -55,8 +68,7 @@ void ChainRenderer::setBox(QSize box)
     if (box == m_box)
         return;
     m_box = box;
-    if (m_running)
-        *m_running = true;
+    cancelAll();
     renderAnew();
 }
 
@@ -76,7 +88,7 @@ void ChainRenderer::setChain(const EffectChain &chain)
 {
     m_chain = chain;
     if (m_running && !haveSameFilters(chain, m_runningChain))
-        *m_running = true;
+        m_running->filtering = true; // the decoded picture serves the next
     renderAnew();
 }
 
@@ -90,12 +102,16 @@ void ChainRenderer::renderAnew()
 void ChainRenderer::start()
 {
     m_isPending = false;
-    m_running = std::make_shared<std::atomic<bool>>(false);
+    m_running = std::make_shared<Cancelled>();
     m_runningChain = m_chain;
     m_queue.async([picture = m_picture, chain = m_chain, box = m_box, cancelled = m_running, toHere = m_link.toHere()] {
-        toHere([rendering = picture->render(chain, box, *cancelled), cancelled](ChainRenderer &here) {
-            here.finished(rendering, !*cancelled);
-        });
+        Rendering rendering;
+        try {
+            rendering = picture->render(chain, box, *cancelled);
+        } catch (const std::exception &error) {
+            LogString("No preview of the effects: %@", QString::fromUtf8(error.what()));
+        }
+        toHere([rendering, cancelled](ChainRenderer &here) { here.finished(rendering, !cancelled->filtering); });
     });
 }
 

@@ -41,6 +41,14 @@ public:
 private:
     struct Picture;
 
+    /// Set from outside to end what is under way.
+    struct Cancelled
+    {
+        std::atomic<bool> decoding = false;
+        std::atomic<bool> filtering = false;
+    };
+
+    void cancelAll();
     void renderAnew();
     void start();
     void finished(const Rendering &rendering, bool isWanted);
@@ -50,7 +58,7 @@ private:
     QSize m_box;
     EffectChain m_chain;
     EffectChain m_runningChain;
-    std::shared_ptr<std::atomic<bool>> m_running; ///< set to cancel what is under way; null when nothing is
+    std::shared_ptr<Cancelled> m_running; ///< null when nothing is under way
     bool m_isPending = false;
     MainThreadLink<ChainRenderer> m_link{*this};
     DispatchQueue m_queue; ///< last: its blocks end first

@@ -81,12 +81,15 @@ std::optional<QImage> EvaluateChain(const EffectChain &chain, const QImage &sour
             LogString("Failed to create image for filter %@", lastFilter);
         return std::nullopt;
     };
+    qsizetype applied = 0;
     for (const EffectEntry &entry : chain) {
         if (isCancelled())
             return std::nullopt;
         const FilterAttributes *filter = backEnd.attributes(entry.filterName());
         if (!filter)
             continue;
+        if (++applied > kMostFilters)
+            break;
         lastFilter = entry.filterName();
         if (!run)
             run = backEnd.start(source, context);

@@ -88,6 +88,9 @@ public:
 /// Installs a back end that outlives all rendering; null restores the empty one. Not while anything renders.
 void installFilterBackEnd(const FilterBackEnd *backEnd);
 
+/// Of a longer chain only so many are rendered: each costs memory and stack while it works.
+inline constexpr qsizetype kMostFilters = 32;
+
 /// Runs the chain on pixels of an image. Unknown filters are skipped. Nothing, and a line in the log, when a filter
 /// yields no image.
 [[nodiscard]] std::optional<QImage> EvaluateChain(const EffectChain &chain, const QImage &source,

@@ -63,5 +63,6 @@ void ColorWell::choose()
         setColor(before);
         Q_EMIT colorChanged(m_color);
     });
+    connect(panel, &QDialog::finished, this, &ColorWell::editingFinished);
     panel->open();
 }

@@ -19,6 +19,8 @@ public:
 
 Q_SIGNALS:
     void colorChanged(const EffectColor &color);
+    /// The panel was closed.
+    void editingFinished();
 
 protected:
     void paintEvent(QPaintEvent *event) override;

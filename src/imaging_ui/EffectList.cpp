@@ -136,3 +136,25 @@ void EffectList::find(const QString &text)
     }
     m_isFinding = false;
 }
+
+void EffectList::selectFirstFound()
+{
+    setFocus();
+    for (int i = indexOfTopLevelItem(m_applied) + 1; i < topLevelItemCount(); ++i) {
+        QTreeWidgetItem *category = topLevelItem(i);
+        for (int k = 0; k < category->childCount(); ++k) {
+            if (!category->isHidden() && !category->child(k)->isHidden()) {
+                setCurrentItem(category->child(k));
+                return;
+            }
+        }
+    }
+}
+
+/// What is being tried stays when a heading, or nothing, is clicked.
+QItemSelectionModel::SelectionFlags EffectList::selectionCommand(const QModelIndex &index, const QEvent *event) const
+{
+    if (!index.isValid() || !index.parent().isValid())
+        return QItemSelectionModel::NoUpdate;
+    return QTreeWidget::selectionCommand(index, event);
+}

@@ -24,8 +24,14 @@ public:
     void selectApplied(const QString &filterName);
     /// Of the selected row; empty when none is.
     [[nodiscard]] QString selectedFilter() const;
+    /// Selects the first of the filters on offer that is shown; the list gets the focus.
+    void selectFirstFound();
     /// Shows only those of the filters on offer whose name has the text in it.
     void find(const QString &text);
+
+protected:
+    [[nodiscard]] QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index,
+                                                                       const QEvent *event) const override;
 
 private:
     void addCategory(const QString &key, const QString &title, const QStringList &filters);

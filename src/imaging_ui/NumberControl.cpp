@@ -5,6 +5,7 @@
 #include <QBoxLayout>
 #include <QCheckBox>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QWheelEvent>
@@ -20,6 +21,22 @@ constexpr int kSliderSteps = 1000;
 constexpr int kDecimals = 3;
 /// Of a number for which the filter tells no range.
 constexpr double kWidestValue = 10'000;
+
+/// The wheel scrolls what the slider stands in, unless the slider was chosen first.
+class QuietSlider final : public QSlider
+{
+public:
+    using QSlider::QSlider;
+
+protected:
+    void wheelEvent(QWheelEvent *event) override
+    {
+        if (hasFocus())
+            QSlider::wheelEvent(event);
+        else
+            event->ignore();
+    }
+};
 
 QString rangeText(const FilterInput &input, double minimum, double maximum)
 {
@@ -47,18 +64,30 @@ QString NumberField::textFromValue(double value) const
     return text;
 }
 
+void NumberField::focusInEvent(QFocusEvent *event)
+{
+    m_valueBefore = value();
+    QDoubleSpinBox::focusInEvent(event);
+}
+
 void NumberField::keyPressEvent(QKeyEvent *event)
 {
-    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool isEdited = value() != m_valueBefore || lineEdit()->isModified();
+    if (!isEnter && !(event->key() == Qt::Key_Escape && isEdited)) {
         QDoubleSpinBox::keyPressEvent(event);
         return;
     }
-    interpretText();
+    if (isEnter)
+        interpretText();
+    else
+        setValue(m_valueBefore);
+    m_valueBefore = value();
+    lineEdit()->setText(prefix() + textFromValue(value()) + suffix());
     selectAll();
     event->accept();
 }
 
-/// The wheel scrolls what the field stands in, unless the field was chosen first.
 void NumberField::wheelEvent(QWheelEvent *event)
 {
     if (hasFocus())
@@ -96,7 +125,7 @@ NumberControl::NumberControl(const FilterInput &input, TextField textField, QWid
 
 void NumberControl::buildSlider(const FilterInput &input)
 {
-    m_slider = new QSlider(Qt::Horizontal, this);
+    m_slider = new QuietSlider(Qt::Horizontal, this);
     const int steps = m_isInteger ? int(std::trunc(m_maximum) - std::trunc(m_minimum)) : kSliderSteps;
     m_slider->setRange(0, steps);
     m_slider->setSingleStep(std::max(steps / 100, 1));
@@ -106,6 +135,7 @@ void NumberControl::buildSlider(const FilterInput &input)
     m_slider->setToolTip(input.displayName);
     m_slider->setAccessibleName(input.displayName);
     connect(m_slider, &QSlider::valueChanged, this, &NumberControl::sliderChanged);
+    connect(m_slider, &QSlider::sliderReleased, this, &NumberControl::editingFinished);
     layout()->addWidget(m_slider);
     setFocusProxy(m_slider);
 }
@@ -116,7 +146,7 @@ void NumberControl::buildField(const FilterInput &input)
     const double minimum = m_minimum * m_factor;
     const double maximum = m_maximum * m_factor;
     m_field->setRange(minimum, maximum);
-    m_field->setSingleStep(m_isInteger ? 1 : (maximum - minimum) / 100);
+    m_field->setSingleStep(m_isInteger || !m_slider ? 1 : (maximum - minimum) / 100);
     m_field->setDecimals(m_isInteger ? 0 : kDecimals);
     if (input.numberType == NumberType::Angle)
         m_field->setSuffix(QStringLiteral("°"));
@@ -125,6 +155,7 @@ void NumberControl::buildField(const FilterInput &input)
     m_field->setToolTip(rangeText(input, minimum, maximum));
     m_field->setAccessibleName(input.displayName);
     connect(m_field, &QDoubleSpinBox::valueChanged, this, &NumberControl::fieldChanged);
+    connect(m_field, &QDoubleSpinBox::editingFinished, this, &NumberControl::editingFinished);
     layout()->addWidget(m_field);
     if (!m_slider)
         setFocusProxy(m_field);
@@ -151,10 +182,12 @@ void NumberControl::showInSlider(double value)
 
 void NumberControl::showInField(double value)
 {
-    if (!m_field)
+    const double shown = std::clamp(value, m_minimum, m_maximum) * m_factor;
+    // What is being typed stays when it means the same already.
+    if (!m_field || (m_field->hasFocus() && std::abs(m_field->value() - shown) < 0.001))
         return;
     const QSignalBlocker silent(m_field);
-    m_field->setValue(std::clamp(value, m_minimum, m_maximum) * m_factor);
+    m_field->setValue(shown);
 }
 
 void NumberControl::sliderChanged(int position)

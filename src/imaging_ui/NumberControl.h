@@ -7,8 +7,8 @@
 
 class QSlider;
 
-/// A field for a number that takes what was typed when Enter is pressed, and leaves its dialog open. It shows no more
-/// digits behind the point than there are, but at least one.
+/// A field for a number that takes what was typed when Enter is pressed, and gives back what it had when Escape is;
+/// both leave its dialog open. It shows no more digits behind the point than there are, but at least one.
 class NumberField final : public QDoubleSpinBox
 {
     Q_OBJECT
@@ -19,8 +19,12 @@ public:
     [[nodiscard]] QString textFromValue(double value) const override;
 
 protected:
+    void focusInEvent(QFocusEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void wheelEvent(QWheelEvent *event) override;
+
+private:
+    double m_valueBefore = 0; ///< when the field got the focus
 };
 
 /// A slider for one number of a filter, with a field beside it when wanted, or a check box for a yes or no. Angles are
@@ -40,6 +44,8 @@ public:
 Q_SIGNALS:
     /// While the slider is dragged or the field typed in.
     void valueChanged(double value);
+    /// The slider was let go, the field left.
+    void editingFinished();
 
 private:
     void buildSlider(const FilterInput &input);

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int kCompareKey = Qt::Key_Backslash;
+constexpr int kCompareKey = Qt::Key_F8;
 constexpr QRgb kTrialColor = qRgb(145, 25, 7);
 constexpr QRgb kTrialColorOnDark = qRgb(255, 140, 120);
 
@@ -140,7 +140,7 @@ QWidget *PIEffectDialog::makeButtons()
 {
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
     QPushButton *compare = buttons->addButton(tr("Without Effects"), QDialogButtonBox::ResetRole);
-    compare->setToolTip(tr("While this is held down, or the backslash key, the photo is shown without effects"));
+    compare->setToolTip(tr("While this is held down, or the key F8, the photo is shown without effects"));
     compare->setAutoDefault(false);
     connect(compare, &QPushButton::pressed, m_preview, [this] { m_preview->setComparing(true); });
     connect(compare, &QPushButton::released, m_preview, [this] { m_preview->setComparing(false); });
@@ -156,7 +156,7 @@ void PIEffectDialog::accept()
     QDialog::accept();
 }
 
-/// The list would look for names with the key in them.
+/// The list would take the key for itself.
 bool PIEffectDialog::eventFilter(QObject *object, QEvent *event)
 {
     if (event->type() != QEvent::KeyPress || static_cast<QKeyEvent *>(event)->key() != kCompareKey)
@@ -165,14 +165,24 @@ bool PIEffectDialog::eventFilter(QObject *object, QEvent *event)
     return true;
 }
 
-/// Enter in the search field leads to what was found; it does not end the dialog.
+/// Whoever goes to another window may let the key go there.
+void PIEffectDialog::changeEvent(QEvent *event)
+{
+    QDialog::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange)
+        m_preview->setComparing(false);
+}
+
+/// In the search field, Enter leads to what was found, and Escape ends the search first.
 void PIEffectDialog::keyPressEvent(QKeyEvent *event)
 {
     const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (event->key() == kCompareKey)
         m_preview->setComparing(true);
     else if (isEnter && m_findField->hasFocus())
-        m_effectList->setFocus();
+        m_effectList->selectFirstFound();
+    else if (event->key() == Qt::Key_Escape && m_findField->hasFocus() && !m_findField->text().isEmpty())
+        m_findField->clear();
     else
         QDialog::keyPressEvent(event);
 }
@@ -244,7 +254,8 @@ void PIEffectDialog::showFilter()
     m_removeButton->setEnabled(m_session.isApplied());
     m_resetButton->setEnabled(filter && m_session.currentEntry());
     showName();
-    const EffectEntry *entry = m_session.currentEntry();
+    // Of several entries of one filter, controls change the first.
+    const EffectEntry *entry = m_uiManager->edits().entry(current);
     const bool hasControls = entry && filter;
     m_uiManager->setFilterUIFrom(hasControls ? EffectChain{*entry} : EffectChain());
 }

@@ -11,6 +11,8 @@
 #include <QStyle>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace {
 
 const QLatin1String kImageClass("CIImage");
@@ -73,20 +75,23 @@ void PIEffectUIManager::addFilterControl(const EffectEntry &values)
         layout->setContentsMargins(0, 0, 0, 0);
         m_view.layout()->addWidget(m_body);
     }
+    const bool isSecond = m_filters.contains(values.filterName());
     m_filters << values.filterName();
     auto *form = new QFormLayout;
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     static_cast<QVBoxLayout *>(m_body->layout())->addLayout(form);
     if (m_includeCommonControls)
         addCommonControls(values, *form);
-    const FilterAttributes *filter = m_catalogue.description(values.filterName());
+    const FilterAttributes *filter = isSecond ? nullptr : m_catalogue.description(values.filterName());
     const int filterTag = m_catalogue.tagForFilter(values.filterName());
     for (int i = 0; filter && i < filter->inputs.size(); ++i) {
         const FilterInput &input = filter->inputs.at(i);
         if (QWidget *control = controlFor(input, FilterCatalogue::controlTag(filterTag, i)))
             form->addRow(input.displayName + u':', control);
     }
-    showValues(values);
+    if (!isSecond)
+        showValues(values);
 }
 
 void PIEffectUIManager::addCommonControls(const EffectEntry &entry, QFormLayout &form)
@@ -114,34 +119,48 @@ void PIEffectUIManager::addCommonControls(const EffectEntry &entry, QFormLayout 
 /// Null for an input that there are no controls for.
 QWidget *PIEffectUIManager::controlFor(const FilterInput &input, int controlTag)
 {
-    if (input.attributeClass == QLatin1String("NSNumber")) {
-        using TextField = NumberControl::TextField;
-        auto *number = new NumberControl(input, m_includeTextFields ? TextField::Yes : TextField::No, m_body);
-        connect(number, &NumberControl::valueChanged, this,
-                [this, controlTag](double value) { changed(controlTag, value); });
-        m_show.insert(controlTag, [number](const EffectValue &value) {
-            if (const auto *shown = std::get_if<double>(&value))
-                number->setValue(*shown);
-        });
-        return number;
-    }
-    if (input.attributeClass == QLatin1String("CIColor")) {
-        auto *well = new ColorWell(input.displayName, m_body);
-        connect(well, &ColorWell::colorChanged, this,
-                [this, controlTag](const EffectColor &color) { changed(controlTag, color); });
-        m_show.insert(controlTag, [well](const EffectValue &value) {
-            if (const auto *shown = std::get_if<EffectColor>(&value))
-                well->setColor(*shown);
-        });
-        return well;
-    }
-    if (input.attributeClass != QLatin1String("CIVector"))
-        return nullptr;
+    if (input.attributeClass == QLatin1String("NSNumber"))
+        return numberControl(input, controlTag);
+    if (input.attributeClass == QLatin1String("CIColor"))
+        return colorWell(input, controlTag);
+    return input.attributeClass == QLatin1String("CIVector") ? coordinateView(input, controlTag) : nullptr;
+}
+
+QWidget *PIEffectUIManager::numberControl(const FilterInput &input, int controlTag)
+{
+    using TextField = NumberControl::TextField;
+    auto *number = new NumberControl(input, m_includeTextFields ? TextField::Yes : TextField::No, m_body);
+    connect(number, &NumberControl::valueChanged, this,
+            [this, controlTag](double value) { changed(controlTag, value); });
+    connect(number, &NumberControl::editingFinished, this, &PIEffectUIManager::changeEnded);
+    m_show.insert(controlTag, [number](const EffectValue &value) {
+        if (const auto *shown = std::get_if<double>(&value))
+            number->setValue(*shown);
+    });
+    return number;
+}
+
+QWidget *PIEffectUIManager::colorWell(const FilterInput &input, int controlTag)
+{
+    auto *well = new ColorWell(input.displayName, m_body);
+    connect(well, &ColorWell::colorChanged, this,
+            [this, controlTag](const EffectColor &color) { changed(controlTag, color); });
+    connect(well, &ColorWell::editingFinished, this, &PIEffectUIManager::changeEnded);
+    m_show.insert(controlTag, [well](const EffectValue &value) {
+        if (const auto *shown = std::get_if<EffectColor>(&value))
+            well->setColor(*shown);
+    });
+    return well;
+}
+
+QWidget *PIEffectUIManager::coordinateView(const FilterInput &input, int controlTag)
+{
     auto *picker = new QVCoordinateView(input.displayName, m_body);
     picker->setPicture(m_picture);
     m_pickers.append(picker);
     connect(picker, &QVCoordinateView::coordinateChanged, this,
             [this, controlTag](QPointF place) { changed(controlTag, place); });
+    connect(picker, &QVCoordinateView::editingFinished, this, &PIEffectUIManager::changeEnded);
     m_show.insert(controlTag, [picker](const EffectValue &value) {
         if (const auto *shown = std::get_if<QPointF>(&value))
             picker->setCoordinate(*shown);
@@ -170,15 +189,18 @@ void PIEffectUIManager::changed(int controlTag, const EffectValue &value)
 
 void PIEffectUIManager::setFilterUIFrom(const EffectChain &values)
 {
+    const EffectChain shown = values.first(std::min(values.size(), kMostFilters));
     QStringList filters;
-    for (const EffectEntry &entry : values)
+    for (const EffectEntry &entry : shown)
         filters << entry.filterName();
     if (filters != m_filters) {
         removeControls();
-        for (const EffectEntry &entry : values)
+        for (const EffectEntry &entry : shown)
             addFilterControl(entry);
         return;
     }
-    for (const EffectEntry &entry : values)
-        showValues(entry);
+    for (qsizetype i = 0; i < shown.size(); ++i) {
+        if (filters.indexOf(filters.at(i)) == i) // of several, the first is the one that controls change
+            showValues(shown.at(i));
+    }
 }

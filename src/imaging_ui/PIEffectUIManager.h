@@ -34,12 +34,20 @@ public:
     void removeControls();
     /// Adds the controls of one filter beneath those there are. A filter that is not offered gets its name alone.
     void addFilterControl(const EffectEntry &values);
-    /// The controls of a whole chain. When the view has just these filters' controls already, they show the new values.
+    /// The controls of a whole chain, as far as it is rendered; an entry whose filter stands above it already gets its
+    /// name alone. When the view has just these filters' controls already, they show the new values.
     void setFilterUIFrom(const EffectChain &values);
+
+Q_SIGNALS:
+    /// A slider was let go, a field left: what is changed next is another matter.
+    void changeEnded();
 
 private:
     void addCommonControls(const EffectEntry &entry, QFormLayout &form);
     [[nodiscard]] QWidget *controlFor(const FilterInput &input, int controlTag);
+    [[nodiscard]] QWidget *numberControl(const FilterInput &input, int controlTag);
+    [[nodiscard]] QWidget *colorWell(const FilterInput &input, int controlTag);
+    [[nodiscard]] QWidget *coordinateView(const FilterInput &input, int controlTag);
     void showValues(const EffectEntry &entry);
     void changed(int controlTag, const EffectValue &value);
 

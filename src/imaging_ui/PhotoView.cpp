@@ -11,6 +11,7 @@
 #include <QPainterPath>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -38,8 +39,9 @@ PhotoView::~PhotoView() = default;
 void PhotoView::setPhoto(const std::shared_ptr<PIPhoto> &photo)
 {
     if (photo != m_photo) {
-        m_renderer.cancel();
+        cancelRendering();
         m_image = {};
+        m_picture = {};
         m_state = State::Empty;
     }
     m_photo = photo;
@@ -106,8 +108,20 @@ void PhotoView::showEvent(QShowEvent *event)
 /// What there is at once, laid where the sharp picture will be.
 void PhotoView::showPreview()
 {
-    setPicture(m_thumbnails.availableThumbnail(*m_photo));
+    const QImage thumbnail = m_thumbnails.availableThumbnail(*m_photo);
+    if (!thumbnail.isNull() || !hasPictureOfSameShape())
+        setPicture(thumbnail);
     setState(State::Preview);
+}
+
+/// What is shown may stay until what comes after an edit is there, unless it would be drawn out of shape.
+bool PhotoView::hasPictureOfSameShape() const
+{
+    const QSizeF before = m_picture.size();
+    const QSizeF now = m_image.isNull() ? before : QSizeF(m_image.size());
+    constexpr double kTolerance = 0.01;
+    return !before.isEmpty() &&
+           std::abs(before.width() * now.height() / (before.height() * now.width()) - 1) < kTolerance;
 }
 
 /// Until the file is open, the picture takes the shape that the photo and its thumbnail tell of.
@@ -116,9 +130,10 @@ void PhotoView::openFile()
     if (m_state != State::Missing && m_state != State::Unreadable)
         showPreview(); // else the message stands until something better comes
     if (!isVisible())
-        return m_renderer.cancel(); // done when the view is shown
+        return cancelRendering(); // done when the view is shown
     if (!m_photo->fileRef()->verify())
         return showFailure();
+    cancelRendering();
     m_renderer.run([this, recipe = m_photo->recipe(m_imageCache),
                     needsPreview = m_picture.isNull()](const std::atomic<bool> &) -> std::function<void()> {
         const OpenedPicture picture = recipe.open();
@@ -139,6 +154,12 @@ void PhotoView::fileOpened(const OpenedPicture &picture, const QImage &embedded)
     renderSharp();
 }
 
+void PhotoView::cancelRendering()
+{
+    m_renderer.cancel();
+    m_rendering = {};
+}
+
 void PhotoView::renderSharp()
 {
     m_resizeTimer.stop();
@@ -149,15 +170,20 @@ void PhotoView::renderSharp()
         return;
     const QImage made = m_renderer.find(m_photo->guid(), m_image, size);
     if (!made.isNull()) {
-        m_renderer.cancel();
+        cancelRendering();
         sharpArrived(made);
         return;
     }
+    if (m_rendering.isSameAs(m_image) && m_renderingSize == size)
+        return;
+    m_rendering = m_image;
+    m_renderingSize = size;
     m_renderer.render(m_photo->guid(), m_image, size, [this](const auto &pixels) { sharpArrived(pixels); });
 }
 
 void PhotoView::sharpArrived(const std::optional<QImage> &pixels)
 {
+    m_rendering = {};
     if (!pixels) {
         m_image = {};
         showFailure();
@@ -169,7 +195,7 @@ void PhotoView::sharpArrived(const std::optional<QImage> &pixels)
 
 void PhotoView::showFailure()
 {
-    m_renderer.cancel();
+    cancelRendering();
     setPicture({});
     if (!m_photo)
         setState(State::Empty);

@@ -59,12 +59,14 @@ private:
     void showPreview();
     void openFile();
     void fileOpened(const OpenedPicture &picture, const QImage &embedded);
+    void cancelRendering();
     void renderSharp();
     void sharpArrived(const std::optional<QImage> &pixels);
     void showFailure();
     void setState(State state);
     void setPicture(const QImage &pixels);
     void paintMessage(QPainter &painter) const;
+    [[nodiscard]] bool hasPictureOfSameShape() const;
     [[nodiscard]] QSize pictureSize() const;
     [[nodiscard]] QRect deviceRect() const;
     [[nodiscard]] QString message() const;
@@ -74,6 +76,8 @@ private:
     ImageRenderer m_renderer;
     std::shared_ptr<PIPhoto> m_photo;
     Image m_image;     // null while the file is being opened
+    Image m_rendering; // what is being rendered; null when nothing is
+    QSize m_renderingSize;
     QPixmap m_picture; // thumbnail or sharp picture
     State m_state = State::Empty;
     QTimer m_resizeTimer;

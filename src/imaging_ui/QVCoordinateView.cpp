@@ -35,7 +35,8 @@ QVCoordinateView::QVCoordinateView(const QString &name, QWidget *parent)
     : QWidget(parent)
 {
     setFocusPolicy(Qt::StrongFocus);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    setMaximumWidth(kUsualSize.width());
     setCursor(Qt::CrossCursor);
     setAccessibleName(name);
     setToolTip(tr("%1. Drag the cross, or use the arrow keys. A double click puts it in the middle").arg(name));
@@ -122,6 +123,12 @@ void QVCoordinateView::mouseMoveEvent(QMouseEvent *event)
 {
     if (event->buttons() & Qt::LeftButton)
         dragTo(event->position());
+}
+
+void QVCoordinateView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::LeftButton)
+        Q_EMIT editingFinished();
 }
 
 void QVCoordinateView::mouseDoubleClickEvent(QMouseEvent *)

@@ -26,11 +26,14 @@ public:
 Q_SIGNALS:
     /// By the user: always within the picture.
     void coordinateChanged(QPointF coordinate);
+    /// The cross was let go.
+    void editingFinished();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 

@@ -6,6 +6,7 @@
 #include "GiveAlert.h"
 #include "LibraryEditor.h"
 #include "PhotoLibrary.h"
+#include "PlainText.h"
 
 #include <QBoxLayout>
 #include <QComboBox>
@@ -84,7 +85,7 @@ void EffectSetsDialog::showSets(const QString &selected)
         auto *item = new QListWidgetItem(name, m_list);
         item->setFlags(item->flags() | Qt::ItemIsEditable);
         item->setData(Qt::UserRole, name);
-        item->setToolTip(effectNames(sets.value(name)));
+        item->setToolTip(plainText(effectNames(sets.value(name))));
         if (name == selected)
             m_list->setCurrentItem(item);
     }

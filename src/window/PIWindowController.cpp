@@ -185,8 +185,10 @@ void PIWindowController::observe()
     m_effectSetsObserver =
         center.observe(kEffectSetsNotification, [this](const NotificationObject &) { enableCommands(); });
     const auto retitle = [this](const NotificationObject &photo) {
-        if (photo.isSameAs(m_detailController->photo()))
-            photoWasSelected();
+        if (!photo.isSameAs(m_detailController->photo()))
+            return;
+        photoWasSelected();
+        enableCommands(); // it may have effects now, or none
     };
     m_redrawObserver = center.observe(kRedrawNotification, retitle);
     m_thumbnailObserver = center.observe(kThumbnailNotification, retitle);

@@ -16,8 +16,12 @@ struct Easel
     QSemaphore gate;
     std::atomic<int> begun = 0;
     std::atomic<int> pictures = 0;
+    QSize shownSize;  ///< of what was rendered last
     QList<int> shown; ///< the values that were rendered; -1: without effects, -2: no picture
-    ChainRenderer renderer{[this](const ChainRenderer::Rendering &rendering) { shown << valueOf(rendering); }};
+    ChainRenderer renderer{[this](const ChainRenderer::Rendering &rendering) {
+        shownSize = rendering.filtered.size();
+        shown << valueOf(rendering);
+    }};
 
     Easel()
     {
@@ -103,13 +107,36 @@ private Q_SLOTS:
 
     void aRendererMayGoWhileItWorks()
     {
-        auto easel = std::make_unique<Easel>();
-        easel->set(kPaint, 10);
-        easel->open({80, 60});
-        QTRY_COMPARE(easel->begun, 1);
-        ChainRenderer alone([](const auto &) { QFAIL("shown by nobody"); });
-        easel->gate.release(10);
-        QTRY_COMPARE(easel->shown, QList<int>{10});
+        Easel easel;
+        int shown = 0;
+        auto going = std::make_unique<ChainRenderer>([&](const auto &) { ++shown; });
+        EffectEntry entry(kPaint);
+        entry.setValue(QStringLiteral("inputValue"), 10.0);
+        going->setChain({entry});
+        going->setPicture([] { return Image::fromPixels(QImage(8, 6, QImage::Format_RGB32)); });
+        going->setBox({8, 8});
+        QTRY_COMPARE(easel.begun, 1);
+        going.reset();
+        easel.gate.release(10);
+        easel.set(kPaint, 20);
+        easel.open({80, 60});
+        QTRY_COMPARE(easel.shown, QList<int>{20}); // by then the other has ended too
+        QCOMPARE(shown, 0);
+    }
+
+    void theDecodedPictureServesEveryFilter()
+    {
+        Easel easel;
+        easel.set(kPaint, 10);
+        easel.open({80, 60});
+        easel.gate.release(100);
+        QTRY_COMPARE(easel.shown, QList<int>{10});
+        easel.set(QStringLiteral("CIOther"), 20);
+        easel.set(kPaint, 30);
+        QTRY_COMPARE(easel.shown.constLast(), 30);
+        QCOMPARE(easel.pictures, 1);
+        easel.renderer.setBox({20, 20});
+        QTRY_COMPARE(easel.shownSize, QSize(20, 15));
     }
 };
 

@@ -145,9 +145,9 @@ private Q_SLOTS:
         stage.click(stage.row("Standard Effects", "The CIColorControls"));
         QTRY_COMPARE(stage.shown(), QColor(Qt::green));
         QCOMPARE(stage.applied(), QStringList{QStringLiteral("The CIColorControls")});
-        QTest::keyPress(&stage.list(), Qt::Key_Backslash);
+        QTest::keyPress(&stage.list(), Qt::Key_F8);
         QCOMPARE(stage.shown(), QColor(Qt::red));
-        QTest::keyRelease(&stage.list(), Qt::Key_Backslash);
+        QTest::keyRelease(&stage.list(), Qt::Key_F8);
         QCOMPARE(stage.shown(), QColor(Qt::green));
         stage.button("Add")->click();
         QVERIFY(stage.says(QStringLiteral("The CIColorControls")));
@@ -189,6 +189,25 @@ private Q_SLOTS:
         stage.button("OK")->click();
         QTRY_VERIFY(!stage.dialog);
         QVERIFY(stage.effects().isEmpty());
+    }
+
+    void keysOfTheSearchFieldStayThere()
+    {
+        Stage stage;
+        stage.open();
+        auto &find = *stage.dialog->findChild<QLineEdit *>();
+        find.setFocus();
+        QTest::keyClicks(&find, QStringLiteral("blue"));
+        QTest::keyClick(&find, Qt::Key_Return);
+        QVERIFY(stage.says(QStringLiteral("The CIBlue (trial)")));
+        stage.click(stage.row("Blur")); // a heading
+        QVERIFY(stage.says(QStringLiteral("The CIBlue (trial)")));
+        find.setFocus();
+        QTest::keyClick(&find, Qt::Key_Escape);
+        QVERIFY(stage.dialog && stage.dialog->isVisible());
+        QCOMPARE(find.text(), QString());
+        QTest::keyClick(&find, Qt::Key_Escape);
+        QTRY_VERIFY(!stage.dialog);
     }
 
     void categoriesStayAsTheyWereLeft()

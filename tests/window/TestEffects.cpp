@@ -84,7 +84,8 @@ private Q_SLOTS:
         QVERIFY(menu.isEmpty() && !menu.menuAction()->isEnabled());
         for (int i = 17; i > 0; --i)
             gallery.save(
-                qPrintable(QStringLiteral("%1 set & %2").arg(QLatin1Char(i % 2 ? 'a' : 'B')).arg(i, 2, 10, QLatin1Char('0'))),
+                qPrintable(
+                    QStringLiteral("%1 set & %2").arg(QLatin1Char(i % 2 ? 'a' : 'B')).arg(i, 2, 10, QLatin1Char('0'))),
                 chainOf("CISepiaTone"));
         QCOMPARE(menu.actions().size(), 17);
         QCOMPARE(menu.actions().at(0)->text(), QStringLiteral("a set && 01"));
@@ -131,8 +132,13 @@ private Q_SLOTS:
         Gallery gallery;
         FakeAlerts alerts;
         QVERIFY(!gallery.desk->controller->actions().action(Command::SaveEffectSet)->isEnabled());
-        gallery.photos.first()->setFilterDicts(chainOf("CISepiaTone"));
+        gallery.save("sepia", chainOf("CISepiaTone"));
         gallery.desk->controller->selectIndexes(IndexSet::single(0));
+        gallery.desk->controller->effectSetsMenu().actions().first()->trigger();
+        QVERIFY(gallery.desk->controller->actions().action(Command::SaveEffectSet)->isEnabled());
+        gallery.desk->trigger(Command::ClearEffects);
+        QVERIFY(!gallery.desk->controller->actions().action(Command::SaveEffectSet)->isEnabled());
+        gallery.desk->trigger(Command::Undo);
         const auto saveAs = [&](const char *name) {
             QTimer::singleShot(0, [&] {
                 auto *dialog = QApplication::activeModalWidget();
@@ -145,7 +151,8 @@ private Q_SLOTS:
             gallery.desk->trigger(Command::SaveEffectSet);
         };
         saveAs(" Old\tphoto ");
-        QCOMPARE(gallery.desk->library.effectSets().keys(), QStringList{QStringLiteral("Old photo")});
+        QCOMPARE(gallery.desk->library.effectSets().keys(),
+                 (QStringList{QStringLiteral("Old photo"), QStringLiteral("sepia")}));
         gallery.photos.first()->setFilterDicts(chainOf("CIColorInvert"));
         saveAs("Old photo"); // asks, and the answer is yes
         QCOMPARE(alerts.said, QStringList{QStringLiteral("Replace the effect set?")});
@@ -207,6 +214,15 @@ private Q_SLOTS:
         move(500);
         undo.undo();
         QCOMPARE(intensity(), 0.3);
+        move(600);
+        const auto onFirst = undo.entries().size();
+        gallery.photos.last()->setFilterDicts(chainOf("CISepiaTone"));
+        gallery.desk->controller->selectIndexes(IndexSet::single(1));
+        move(700);
+        QCOMPARE(undo.entries().size(), onFirst + 1);
+        undo.undo();
+        QVERIFY(gallery.photos.last()->filterDicts() == chainOf("CISepiaTone"));
+        QCOMPARE(intensity(), 0.6);
     }
 
     void theDialogOpensOnTheCurrentPhoto()
