@@ -96,18 +96,17 @@ std::optional<LocatorMap> LocatorMap::fromPropertyList(const QVariant &list, qui
     return map;
 }
 
-QVariant LocatorMap::toPropertyList() const
+std::optional<QByteArray> LocatorMap::toPropertyList() const
 {
-    QVariantHash list;
-    list.reserve(offsets.size() + 1);
+    PropertyList::DictionaryWriter list;
     for (auto entry = offsets.cbegin(); entry != offsets.cend(); ++entry)
-        list.insert(entry.key(), qlonglong(entry.value()));
+        list.add(entry.key(), qlonglong(entry.value()));
     QVariantList blocks;
     const QList<FreeBlockList::Block> free = freeBlocks.blocks();
     for (const FreeBlockList::Block &block : free)
         blocks.append(
             QVariant(QVariantList{qlonglong(block.offset), qlonglong(block.capacity), qlonglong(block.freedAt)}));
     if (!blocks.isEmpty())
-        list.insert(kFreeKey, blocks);
-    return list;
+        list.add(kFreeKey, blocks);
+    return list.take();
 }

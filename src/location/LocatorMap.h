@@ -21,5 +21,6 @@ struct LocatorMap
     /// blocks that overlap others: writing to them would destroy what belongs to someone else. Nothing when it is no
     /// dictionary.
     [[nodiscard]] static std::optional<LocatorMap> fromPropertyList(const QVariant &list, quint64 fileLength);
-    [[nodiscard]] QVariant toPropertyList() const;
+    /// Its XML form; nothing when a guid has no place in it.
+    [[nodiscard]] std::optional<QByteArray> toPropertyList() const;
 };

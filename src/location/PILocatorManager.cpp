@@ -109,25 +109,27 @@ bool PILocatorManager::setLocator(const QVFileLocator &locator, const QString &g
         LogString("Can't store the locator of %@ for %@", locator.path(), guid);
         return false;
     }
-    const Allocation allocation = allocateBlock(static_cast<quint32>(data.size()), guid);
+    quint32 &place = m_map.offsets[guid]; // 0 when it is new
+    const Allocation allocation = allocateBlock(static_cast<quint32>(data.size()), place);
     // Only what is written changes the map: after a failure the guid keeps what it had.
     if (!m_file.write(allocation.offset, allocation.block, data)) {
         LogString("Can't write locator database: %d", errno);
+        if (place == 0)
+            m_map.offsets.remove(guid);
         return false;
     }
+    place = static_cast<quint32>(allocation.offset);
     if (allocation.released)
         m_map.freeBlocks.append(*allocation.released);
     if (allocation.reused)
         m_map.freeBlocks.remove(*allocation.reused);
-    m_map.offsets.insert(guid, static_cast<quint32>(allocation.offset));
     m_dirty = true;
     return true;
 }
 
-PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, const QString &guid) const
+PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, quint32 present) const
 {
     Allocation allocation;
-    const quint32 present = m_map.offsets.value(guid, 0);
     if (const auto block = present != 0 ? m_file.blockAt(present) : std::nullopt) {
         if (block->capacity >= length)
             return {.offset = present, .block = {block->capacity, length}};
@@ -167,7 +169,8 @@ void PILocatorManager::save()
         LogString("Can't write locator database seq#: %d", errno);
         return;
     }
-    if (!putDamagedListAside() || !PropertyList::write(m_plistPath, m_map.toPropertyList())) {
+    const auto list = m_map.toPropertyList();
+    if (!list || !putDamagedListAside() || !FileWriter::replace(m_plistPath, *list, FileWriter::Flush::ToDisk)) {
         LogString("Can't save locator GUID map at %@", m_plistPath);
         return;
     }

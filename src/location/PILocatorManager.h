@@ -70,7 +70,8 @@ private:
     explicit PILocatorManager(const QString &folder);
 
     struct Allocation;
-    [[nodiscard]] Allocation allocateBlock(quint32 length, const QString &guid) const;
+    /// For a guid whose locator stands at `present`; 0 when it has none.
+    [[nodiscard]] Allocation allocateBlock(quint32 length, quint32 present) const;
     [[nodiscard]] bool putDamagedListAside();
 
     QString m_folder;

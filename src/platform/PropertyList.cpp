@@ -1,6 +1,5 @@
 #include "PropertyList.h"
 
-#include "FileWriter.h"
 #include "OpenFile.h"
 #include "PropertyListLimits.h"
 
@@ -8,7 +7,6 @@
 
 #include <plist/plist.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
 
@@ -208,22 +206,80 @@ Node nodeFromVariant(const QVariant &value)
 
 }
 
+namespace {
+
+struct Xml
+{
+    Memory memory;
+    QByteArrayView text; ///< empty on failure
+};
+
+Xml xmlFromNode(plist_t node)
+{
+    char *raw = nullptr;
+    uint32_t length = 0;
+    plist_to_xml(node, &raw, &length);
+    return {Memory(raw), QByteArrayView(raw, raw ? static_cast<qsizetype>(length) : 0)};
+}
+
+}
+
+void DictionaryWriter::Piece::operator()(void *node) const
+{
+    plist_free(node);
+}
+
+bool DictionaryWriter::add(const QString &key, const QVariant &value)
+{
+    constexpr int entriesInPiece = 12;
+    if (m_entries == entriesInPiece)
+        endPiece();
+    if (!m_piece)
+        m_piece.reset(plist_new_dict());
+    Node node = nodeFromVariant(value);
+    m_failed |= !node || !isStorableText(key);
+    if (m_failed)
+        return false;
+    plist_dict_set_item(m_piece.get(), key.toUtf8().constData(), node.release());
+    ++m_entries;
+    return true;
+}
+
+/// A dictionary node compares every new key with a good part of those that it has, which takes most of the time when
+/// they are many. So the entries are written by several nodes, and what stands around them is taken from one.
+void DictionaryWriter::endPiece()
+{
+    constexpr QByteArrayView begin("<dict>\n");
+    const Xml xml = xmlFromNode(m_piece.get());
+    const qsizetype first = xml.text.indexOf(begin) + begin.size();
+    const qsizetype last = xml.text.lastIndexOf("</dict>");
+    m_failed |= first < begin.size() || last < first;
+    if (m_failed)
+        return;
+    m_xml.append(xml.text.sliced(m_xml.isEmpty() ? 0 : first).chopped(xml.text.size() - last));
+    m_foot = xml.text.sliced(last).toByteArray();
+    m_piece.reset();
+    m_entries = 0;
+}
+
+std::optional<QByteArray> DictionaryWriter::take()
+{
+    if (m_entries == 0 && !m_failed)
+        return toXml(QVariantHash());
+    if (!m_failed)
+        endPiece();
+    return m_failed ? std::nullopt : std::optional<QByteArray>(m_xml.append(m_foot));
+}
+
 std::optional<QByteArray> toXml(const QVariant &value, QString *reason)
 {
     const Node node = nodeFromVariant(value);
-    if (!node) {
+    const Xml xml = node ? xmlFromNode(node.get()) : Xml();
+    if (xml.text.isEmpty()) {
         fail(reason, "A value cannot be stored in a property list");
         return {};
     }
-    char *raw = nullptr;
-    uint32_t length = 0;
-    plist_to_xml(node.get(), &raw, &length);
-    const Memory xml(raw);
-    if (!xml) {
-        fail(reason, "The property list cannot be written as XML");
-        return {};
-    }
-    return QByteArray(xml.get(), static_cast<qsizetype>(length));
+    return xml.text.toByteArray();
 }
 
 std::optional<QVariant> read(const QString &path, QString *reason)
@@ -232,19 +288,18 @@ std::optional<QVariant> read(const QString &path, QString *reason)
     return bytes ? fromData(*bytes, reason) : std::nullopt;
 }
 
-bool write(const QString &path, const QVariant &value, QString *reason)
-{
-    const auto xml = toXml(value, reason);
-    return xml && FileWriter::replace(path, *xml, FileWriter::Flush::ToDisk, reason);
-}
-
 bool isStorableText(const QString &text)
 {
-    const auto isStorable = [](QChar character) {
+    bool isStorable = true;
+    bool hasHalves = false;
+    // Without a way out in between the compiler looks at many characters at once.
+    for (const QChar character : text) {
         const char16_t unit = character.unicode();
-        return (unit >= 0x20 && unit < 0xFFFE) || unit == '\t' || unit == '\n' || unit == '\r';
-    };
-    return std::all_of(text.cbegin(), text.cend(), isStorable) && text.isValidUtf16();
+        const bool isSpace = (unit == '\t') | (unit == '\n') | (unit == '\r');
+        isStorable &= isSpace | ((unit >= 0x20) & (unit < 0xFFFE));
+        hasHalves |= (unit & 0xF800) == 0xD800;
+    }
+    return isStorable && (!hasHalves || text.isValidUtf16());
 }
 
 }

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QVariant>
 
+#include <memory>
 #include <optional>
 
 /// Property lists: written as XML, read as XML or binary. A list's values are QVariants that hold QString, bool,
@@ -17,9 +18,31 @@ namespace PropertyList {
 /// The XML form; nothing when a value has no place in it.
 [[nodiscard]] std::optional<QByteArray> toXml(const QVariant &value, QString *reason = nullptr);
 
+/// Writes a dictionary as XML from entries that come one by one, each key once. In time that grows no faster than their
+/// number, unlike toXml().
+class DictionaryWriter
+{
+public:
+    /// False when the key or the value has no place in a list; then there is nothing to take.
+    bool add(const QString &key, const QVariant &value);
+    /// The same form as toXml() gives.
+    [[nodiscard]] std::optional<QByteArray> take();
+
+private:
+    struct Piece
+    {
+        void operator()(void *node) const;
+    };
+    void endPiece();
+
+    std::unique_ptr<void, Piece> m_piece;
+    int m_entries = 0; ///< of the piece
+    QByteArray m_xml;
+    QByteArray m_foot; ///< what comes behind the last entry
+    bool m_failed = false;
+};
+
 [[nodiscard]] std::optional<QVariant> read(const QString &path, QString *reason = nullptr);
-/// Writes the whole list flushed to disk, or leaves the file as it was.
-[[nodiscard]] bool write(const QString &path, const QVariant &value, QString *reason = nullptr);
 
 /// Whether XML can hold the text at all: no control characters except tab and line ends, no halves of pairs.
 [[nodiscard]] bool isStorableText(const QString &text);

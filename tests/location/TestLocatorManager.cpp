@@ -1,5 +1,6 @@
 #include "FakeBookmarkService.h"
 #include "FileSystemCalls.h"
+#include "FileWriter.h"
 #include "PILocatorManager.h"
 #include "PropertyList.h"
 #include "SystemLog.h"
@@ -95,7 +96,10 @@ class TestLocatorManager : public QObject
         QFile file(databasePath());
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
-    void writeList(const QVariant &list) { QVERIFY(PropertyList::write(listPath(), list)); }
+    void writeList(const QVariant &list)
+    {
+        QVERIFY(FileWriter::replace(listPath(), *PropertyList::toXml(list), FileWriter::Flush::No));
+    }
     QByteArray bytesOf(const QString &path) const
     {
         QFile file(path);
