@@ -54,7 +54,7 @@ struct BookmarkOptions
     /// of the files that are looked for. A copy that is not seen is not counted, so let these be all that may matter.
     QSet<QByteArray> copyExtensions = {};
     enum class Reach {
-        OldFolders, ///< the old paths and what stands beside them; no walk, so this is quick
+        OldFolders, ///< the old paths and what stands beside them, also beside a folder that is gone; no walk: quick
         Everywhere,
     };
     Reach reach = Reach::Everywhere;

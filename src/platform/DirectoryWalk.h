@@ -72,6 +72,8 @@ public:
 
     /// Reads one folder; those beneath it are left to a later walk.
     End readFolder(const QByteArray &path);
+    /// The names of the folders in the one that readFolder() was last given; none when that could not be read.
+    [[nodiscard]] std::vector<QByteArray> subfoldersRead() const { return m_readAlone.value(m_current); }
     /// Reads the folder and everything beneath it that no earlier walk has read. Begins with what a walk that was
     /// stopped has left over.
     End walk(const QByteArray &path);

@@ -42,6 +42,9 @@ void VolumeSearch::searchOldFolders()
     for (const OldFolder &folder : m_oldFolders)
         if (hasOpen(folder) && folderExists(folder.path))
             readOldFolder(folder);
+    // Where inode numbers tell little, a path does only as long as it is the old one.
+    if (m_openCount > 0 && m_trust == InodeTrust::Stable)
+        searchRenamedFolders();
 }
 
 void VolumeSearch::searchOutwards()
@@ -155,6 +158,73 @@ void VolumeSearch::readOldFolder(const OldFolder &folder)
     // A folder that does not tell its names may still be entered by those who know them.
     if (m_walk.unreadableFolders() != unreadable)
         tryOldPaths(folder);
+}
+
+namespace {
+
+/// The folder on the way to `path` that is gone while `survivor`, in which it stood, is not.
+QByteArray topmostGone(const QByteArray &path, const QByteArray &survivor)
+{
+    const qsizetype end = path.indexOf('/', survivor.size() > 1 ? survivor.size() + 1 : 1);
+    return end < 0 ? path : path.first(end);
+}
+
+}
+
+void VolumeSearch::searchRenamedFolders()
+{
+    QHash<QByteArray, OldFolders> gone; // all that stood in one folder, however deep
+    for (const OldFolder &folder : m_oldFolders)
+        if (hasOpen(folder) && !folderExists(folder.path))
+            gone[topmostGone(folder.path, nearestSurvivor(folder.path))].push_back(&folder);
+    for (auto entry = gone.cbegin(); entry != gone.cend(); ++entry)
+        searchBeside(entry.key(), entry.value());
+}
+
+/// A folder that holds one of the files under the name that it had is the one that was renamed, and then holds most.
+void VolumeSearch::searchBeside(const QByteArray &gone, const OldFolders &folders)
+{
+    constexpr std::size_t kFoldersToTry = 4; // some of the files may be gone besides
+    const QByteArray survivor = NativePath::parent(gone);
+    if (!folderExists(survivor))
+        return;
+    m_walk.readFolder(survivor);
+    for (const QByteArray &name : m_walk.subfoldersRead()) {
+        if (isCutShort())
+            return;
+        const QByteArray sibling = NativePath::join(survivor, name);
+        const auto now = [&](const OldFolder *folder) { return NativePath::rebased(folder->path, gone, sibling); };
+        const auto end = folders.cbegin() + static_cast<std::ptrdiff_t>(std::min(folders.size(), kFoldersToTry));
+        if (std::none_of(folders.cbegin(), end, [&](const OldFolder *folder) {
+                return isInPlace(now(folder), survivor) && holdsAny(now(folder), *folder);
+            }))
+            continue;
+        for (const OldFolder *folder : folders)
+            if (hasOpen(*folder) && isInPlace(now(folder), survivor))
+                m_walk.readFolder(now(folder));
+    }
+}
+
+/// Whether all folders on the way to `path` from `survivor` are there, on this volume and not through a link.
+bool VolumeSearch::isInPlace(const QByteArray &path, const QByteArray &survivor)
+{
+    for (qsizetype at = path.indexOf('/', survivor.size() + 1); at >= 0; at = path.indexOf('/', at + 1))
+        if (!folderExists(path.first(at)))
+            return false;
+    return folderExists(path);
+}
+
+bool VolumeSearch::holdsAny(const QByteArray &path, const OldFolder &folder) const
+{
+    constexpr int kFilesToTry = 2;
+    int tried = 0;
+    return std::any_of(folder.files.cbegin(), folder.files.cend(), [&](const LostFile *lost) {
+        if (!lost->isOpen || ++tried > kFilesToTry)
+            return false;
+        const QByteArray file = NativePath::join(path, NativePath::fileName(lost->data.volumePath));
+        auto present = examineFile(kNoFolder, file.constData());
+        return present && isHere(*present) && isStoredFile(lost->data, *present, kNoFolder, file.constData(), m_trust);
+    });
 }
 
 QByteArray VolumeSearch::nearestSurvivor(QByteArray folder)

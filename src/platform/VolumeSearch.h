@@ -26,7 +26,8 @@ public:
     /// Before anything is searched. `lost` is on this volume, knows its old folder and outlives the search.
     void add(LostFile &lost);
 
-    /// Looks at the old paths and in the old folders; walks nothing.
+    /// Looks at the old paths and in the old folders, and where such a folder is gone in those beside it: it may have
+    /// been renamed. Walks nothing.
     void searchOldFolders();
     /// Walks outwards from the old folders until all are found or the whole volume was walked.
     void searchOutwards();
@@ -52,6 +53,11 @@ private:
     std::optional<FoundPlace> tryOldPath(LostFile &lost);
     void prepareWalk();
     void readOldFolder(const OldFolder &folder);
+    void searchRenamedFolders();
+    using OldFolders = std::vector<const OldFolder *>;
+    void searchBeside(const QByteArray &gone, const OldFolders &folders);
+    [[nodiscard]] bool isInPlace(const QByteArray &path, const QByteArray &survivor);
+    [[nodiscard]] bool holdsAny(const QByteArray &path, const OldFolder &folder) const;
     [[nodiscard]] QByteArray nearestSurvivor(QByteArray folder);
     [[nodiscard]] QSet<QByteArray> startsOutwards();
     DirectoryWalk::Visit visit(const DirectoryWalk::Folder &folder, std::span<const DirectoryWalk::Entry> entries);

@@ -107,13 +107,16 @@ private Q_SLOTS:
         FollowedLibrary &house = *m_house;
         const auto near = house.add("a/near.png");
         const auto far = house.add("a/far.png");
+        const auto along = house.add("c/1.png");
         house.move("a/near.png", "a/renamed.png");
+        house.move("c", "d");
         house.move("a/far.png", "b/far.png");
         LostFileSearch lost(*house.library, *house.finder, house.options());
         const Summary summary = search(lost, [&] { lost.cancel(); });
         QVERIFY(summary.cancelled);
-        QCOMPARE(summary.found, 1);
+        QCOMPARE(summary.found, 2);
         QCOMPARE(summary.missing, 1);
+        QCOMPARE(along->fileRef()->path(), house.at("d/1.png"));
         QCOMPARE(near->fileRef()->path(), house.at("a/renamed.png"));
         QVERIFY(far->isFileLost());
         QCOMPARE(far->fileRef()->path(), house.at("a/far.png"));

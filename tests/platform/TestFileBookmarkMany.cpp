@@ -14,6 +14,8 @@ class TestFileBookmarkMany : public QObject
 
 private Q_SLOTS:
     void oneWalkServesAll();
+    void aFolderRenamedInPlaceNeedsNoWalk_data();
+    void aFolderRenamedInPlaceNeedsNoWalk();
     void prefersTheKnownNameOfAFile();
     void entersAFolderThatDoesNotTellItsNames();
     void namesOfOneFileAreFoundTogether();
@@ -114,6 +116,40 @@ void TestFileBookmarkMany::oneWalkServesAll()
         QCOMPARE(round.results[number].status, isDeleted ? Status::Missing : Status::Found);
         QCOMPARE(round.results[number].path, isDeleted ? QString() : scene.at(path.constData()));
     }
+}
+
+void TestFileBookmarkMany::aFolderRenamedInPlaceNeedsNoWalk_data()
+{
+    QTest::addColumn<QByteArray>("from");
+    QTest::addColumn<QByteArray>("to");
+    QTest::addColumn<QByteArray>("found"); ///< where the photo is found, if it is
+    QTest::newRow("the photo's folder") << QByteArray("Pictures/2023") << QByteArray("Pictures/Spain")
+                                        << QByteArray("Pictures/Spain/photo.jpg");
+    QTest::newRow("one above it") << QByteArray("Pictures") << QByteArray("Photos")
+                                  << QByteArray("Photos/2023/photo.jpg");
+    QTest::newRow("to another place") << QByteArray("Pictures/2023") << QByteArray("Archive/2023") << QByteArray();
+}
+void TestFileBookmarkMany::aFolderRenamedInPlaceNeedsNoWalk()
+{
+    QFETCH(QByteArray, from);
+    QFETCH(QByteArray, to);
+    QFETCH(QByteArray, found);
+    const QTemporaryDir folder;
+    const BookmarkScene scene(folder.path());
+    const QList<QByteArray> bookmarks{scene.bookmarkOf("Pictures/2023/other.jpg"), scene.photo};
+    scene.copy("Pictures/2023/photo.jpg", "Pictures/Copy/photo.jpg");
+    scene.copy("Pictures/2023/photo.jpg", "Copy/2023/photo.jpg");
+    scene.remove("Pictures/2023/other.jpg"); // cannot tell the folder
+    scene.move(from.constData(), to.constData());
+    QVERIFY(QFile::link(scene.at(to.constData()), scene.at("Pictures/A link")) ||
+            QFile::link(scene.at(to.constData()), scene.at("A link")));
+
+    BookmarkOptions options;
+    options.reach = BookmarkOptions::Reach::OldFolders;
+    const Round round(scene, bookmarks, options);
+    QCOMPARE(round.results[0].status, Status::Unsearched);
+    QCOMPARE(round.results[1].status, found.isEmpty() ? Status::Unsearched : Status::Found);
+    QCOMPARE(round.results[1].path, found.isEmpty() ? QString() : scene.at(found.constData()));
 }
 
 void TestFileBookmarkMany::prefersTheKnownNameOfAFile()
