@@ -12,12 +12,11 @@
 OrphanRequest orphanRequest(const PhotoLibrary &library, const QString &folder)
 {
     OrphanRequest request{folder, library.fileRefs().knownPaths(), {}};
-    const auto missing =
-        library.usedFileRefs([](const PIFileRef &file) { return file.isFileLost() && !file.isVolumeAway(); });
-    for (const auto &file : missing) {
+    const auto lost = library.usedFileRefs([](const PIFileRef &file) { return file.isFileLost(); });
+    for (const auto &file : lost) {
         const QByteArray bookmark = library.fileFinder().bookmark(file->guid());
         if (!bookmark.isEmpty())
-            request.missing.append({file->guid(), bookmark});
+            (file->isVolumeAway() ? request.away : request.missing).append({file->guid(), bookmark});
     }
     return request;
 }
@@ -32,33 +31,50 @@ OrphanList::OrphanList(const PhotoLibrary &library, const QString &folder, Orpha
         // It may have been found while the search ran.
         if (!file || !file->isFileLost())
             continue;
-        m_missing[found.key()].files.append(file);
+        m_ofPhotos[found.key()].files.append(file);
         setAdd(found.key(), true);
+    }
+    for (auto found = m_result.copiesOfAway.cbegin(); found != m_result.copiesOfAway.cend(); ++found) {
+        const auto file = library.fileRefs().fileRefForGuid(found.value());
+        if (!file || !file->isVolumeAway())
+            continue;
+        OfPhoto &copy = m_ofPhotos[found.key()];
+        copy.files.append(file);
+        copy.isAway = true;
+        copy.reattached = false; // its photo will have its own file again
     }
     describe(library);
 }
 
-/// Names the first photo of each missing file.
+const char *OrphanList::textFor(qsizetype row) const
+{
+    if (isOfPhotoAway(row))
+        return QT_TRANSLATE_NOOP("OrphanList",
+                                 "This is probably a copy of the photo “%1” of “%2”, the file of which is "
+                                 "on a volume that is not mounted.");
+    return m_result.byContent.contains(row)
+               ? QT_TRANSLATE_NOOP("OrphanList", "This is probably the missing photo “%1” of “%2”.")
+               : QT_TRANSLATE_NOOP("OrphanList", "This is the missing photo “%1” of “%2”.");
+}
+
+/// Names the first photo of each file.
 void OrphanList::describe(const PhotoLibrary &library)
 {
     QHash<const PIFileRef *, qsizetype> undescribed;
-    for (auto missing = m_missing.cbegin(); missing != m_missing.cend(); ++missing)
+    for (auto missing = m_ofPhotos.cbegin(); missing != m_ofPhotos.cend(); ++missing)
         for (const auto &file : missing->files)
             undescribed.insert(file.get(), missing.key());
     if (undescribed.isEmpty())
         return;
     library.forEachPhoto([&](const std::shared_ptr<PIPhoto> &photo) {
         const auto found = undescribed.constFind(photo->fileRef().get());
-        if (found == undescribed.cend() || !m_missing[*found].text.isEmpty())
+        if (found == undescribed.cend() || !m_ofPhotos[*found].text.isEmpty())
             return;
         const auto folder = library.folderForPhoto(*photo);
         const QString name = photo->caption().isEmpty() ? QVString::lastPathComponent(photo->fileRef()->path())
                                                         : photo->caption().simplified();
-        const char *text = m_result.byContent.contains(*found)
-                               ? QT_TRANSLATE_NOOP("OrphanList", "This is probably the missing photo “%1” of “%2”.")
-                               : QT_TRANSLATE_NOOP("OrphanList", "This is the missing photo “%1” of “%2”.");
-        m_missing[*found].text =
-            QCoreApplication::translate("OrphanList", text).arg(name, folder ? folder->name() : QString());
+        m_ofPhotos[*found].text =
+            QCoreApplication::translate("OrphanList", textFor(*found)).arg(name, folder ? folder->name() : QString());
     });
 }
 
@@ -79,24 +95,33 @@ QString OrphanList::subfolder(qsizetype row) const
 
 qsizetype OrphanList::startRow() const
 {
-    const auto first = std::min_element(m_missing.keyBegin(), m_missing.keyEnd());
-    return first == m_missing.keyEnd() ? 0 : *first;
+    qsizetype first = count();
+    for (auto file = m_ofPhotos.cbegin(); file != m_ofPhotos.cend(); ++file)
+        if (!file->isAway)
+            first = std::min(first, file.key());
+    return first == count() ? 0 : first;
 }
 
-QString OrphanList::missingText(qsizetype row) const
+int OrphanList::missingCount() const
 {
-    return m_missing.value(row).text;
+    return static_cast<int>(
+        std::count_if(m_ofPhotos.cbegin(), m_ofPhotos.cend(), [](const OfPhoto &file) { return !file.isAway; }));
+}
+
+QString OrphanList::photoText(qsizetype row) const
+{
+    return m_ofPhotos.value(row).text;
 }
 
 bool OrphanList::isReattached(qsizetype row) const
 {
-    const auto missing = m_missing.constFind(row);
-    return missing != m_missing.cend() && missing->reattached;
+    const auto missing = m_ofPhotos.constFind(row);
+    return missing != m_ofPhotos.cend() && missing->reattached;
 }
 
 void OrphanList::setReattached(qsizetype row, bool reattached)
 {
-    if (const auto missing = m_missing.find(row); missing != m_missing.end())
+    if (const auto missing = m_ofPhotos.find(row); missing != m_ofPhotos.end())
         missing->reattached = reattached;
 }
 
@@ -112,7 +137,7 @@ QStringList OrphanList::filesToAdd() const
 QList<FileCommands::MovedFile> OrphanList::filesToReattach() const
 {
     QList<FileCommands::MovedFile> files;
-    for (auto missing = m_missing.cbegin(); missing != m_missing.cend(); ++missing)
+    for (auto missing = m_ofPhotos.cbegin(); missing != m_ofPhotos.cend(); ++missing)
         if (missing->reattached && add(missing.key()))
             for (const auto &file : missing->files)
                 files.append({file, path(missing.key())});

@@ -112,19 +112,28 @@ private:
 
     void tellMissing()
     {
-        if (m_request.missing.isEmpty() || m_result.orphans.count() == 0)
-            return;
-        QList<QByteArray> bookmarks;
-        for (const MissingFile &missing : m_request.missing)
-            bookmarks.append(missing.bookmark);
-        QStringList paths;
-        for (qsizetype index = 0; index < m_result.orphans.count(); ++index)
-            paths.append(QVString::appendingPathComponent(m_request.folder, m_result.orphans.path(index)));
-        for (const BookmarkMatcher::Match &match : BookmarkMatcher(bookmarks).match(paths, m_stop)) {
+        for (const BookmarkMatcher::Match &match : matchesOf(m_request.missing)) {
             m_result.missing.insert(match.path, m_request.missing[match.bookmark].guid);
             if (match.byContent)
                 m_result.byContent.insert(match.path);
         }
+        // By themselves, so that a photo elsewhere with the same content does not leave a missing one in doubt.
+        for (const BookmarkMatcher::Match &match : matchesOf(m_request.away))
+            if (match.byContent && !m_result.missing.contains(match.path))
+                m_result.copiesOfAway.insert(match.path, m_request.away[match.bookmark].guid);
+    }
+
+    QList<BookmarkMatcher::Match> matchesOf(const QList<MissingFile> &files) const
+    {
+        if (files.isEmpty() || m_result.orphans.count() == 0)
+            return {};
+        QList<QByteArray> bookmarks;
+        for (const MissingFile &file : files)
+            bookmarks.append(file.bookmark);
+        QStringList paths;
+        for (qsizetype index = 0; index < m_result.orphans.count(); ++index)
+            paths.append(QVString::appendingPathComponent(m_request.folder, m_result.orphans.path(index)));
+        return BookmarkMatcher(bookmarks).match(paths, m_stop);
     }
 
     const OrphanRequest &m_request;

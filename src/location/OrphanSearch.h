@@ -24,6 +24,7 @@ struct OrphanRequest
     QString folder;
     QStringList knownPaths = {}; ///< files that are no orphans
     QList<MissingFile> missing = {};
+    QList<MissingFile> away = {}; ///< on volumes that are not mounted
 };
 
 struct OrphanSearchResult
@@ -35,6 +36,8 @@ struct OrphanSearchResult
     /// Those of them that are known by their content alone. There may be more copies where no orphans were looked for,
     /// so it is likely but not certain that they are what is missed.
     QSet<qsizetype> byContent = {};
+    /// The orphans with the content of a file that is away, likewise; none that is a missing file.
+    QMultiMap<qsizetype, QString> copiesOfAway = {};
     qsizetype filesSeen = 0;
     int undecodableNames = 0; ///< image files whose names are not valid UTF-8
     qsizetype unreadableFolders = 0;

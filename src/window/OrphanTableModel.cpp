@@ -49,8 +49,10 @@ QString OrphanTableModel::text(const QModelIndex &index) const
     case Path:
         return m_list.subfolder(index.row());
     case Missing:
-        if (!m_list.isMissing(index.row()))
+        if (!m_list.isOfPhoto(index.row()))
             return {};
+        if (m_list.isOfPhotoAway(index.row()))
+            return m_list.isReattached(index.row()) ? tr("Photo not mounted: re-attach") : tr("Photo not mounted");
         return m_list.isReattached(index.row()) ? tr("Missing photo: re-attach") : tr("Missing photo: add as new");
     default:
         return {};
@@ -97,7 +99,7 @@ QVariant OrphanTableModel::data(const QModelIndex &index, int role) const
     if (role == Qt::DisplayRole)
         return text(index);
     if (role == Qt::ToolTipRole)
-        return index.column() == Missing ? m_list.missingText(index.row()) : text(index);
+        return index.column() == Missing ? m_list.photoText(index.row()) : text(index);
     if (role == Qt::AccessibleTextRole && index.column() == Add)
         return tr("Add %1").arg(m_list.fileName(index.row()));
     return {};

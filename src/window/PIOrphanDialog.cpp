@@ -119,7 +119,7 @@ QWidget *PIOrphanDialog::buildList()
     header.resizeSection(OrphanTableModel::Add, 48);
     header.resizeSection(OrphanTableModel::Name, 270);
     header.resizeSection(OrphanTableModel::Missing, 160);
-    m_table->setColumnHidden(OrphanTableModel::Missing, m_orphans->missingCount() == 0);
+    m_table->setColumnHidden(OrphanTableModel::Missing, !m_orphans->hasAnyOfPhotos());
     return m_table;
 }
 
@@ -131,7 +131,7 @@ QWidget *PIOrphanDialog::buildPreview()
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     }
     m_show->setToolTip(tr("Show the selected file in the file manager"));
-    m_reattach->setToolTip(tr("The photo that misses this file shows it again, with its caption, keywords and edits"));
+    m_reattach->setToolTip(tr("The photo shows this file from now on, with its caption, keywords and edits"));
     auto *pane = new QWidget(this);
     auto *layout = new QVBoxLayout(pane);
     layout->setContentsMargins(8, 0, 0, 0);
@@ -168,15 +168,15 @@ int PIOrphanDialog::selectedRow() const
 void PIOrphanDialog::selectionChanged()
 {
     const int row = selectedRow();
-    const bool isMissing = row >= 0 && m_orphans->isMissing(row);
+    const bool isOfPhoto = row >= 0 && m_orphans->isOfPhoto(row);
     const QString path = row >= 0 ? m_orphans->path(row) : QString();
     m_show->setEnabled(row >= 0);
     m_preview->setPath(path);
     m_path->setText(QVString::abbreviateHomeFolderPath(path));
-    m_missing->setText(isMissing ? m_orphans->missingText(row) : QString());
-    m_missing->setVisible(isMissing);
-    m_reattach->setVisible(isMissing);
-    m_reattach->setChecked(isMissing && m_orphans->isReattached(row));
+    m_missing->setText(isOfPhoto ? m_orphans->photoText(row) : QString());
+    m_missing->setVisible(isOfPhoto);
+    m_reattach->setVisible(isOfPhoto);
+    m_reattach->setChecked(isOfPhoto && m_orphans->isReattached(row));
 }
 
 void PIOrphanDialog::resizeEvent(QResizeEvent *event)

@@ -33,11 +33,13 @@ private Q_SLOTS:
         m_house.finder.bookmarks = {{m_lost->guid(), "g"}, {m_house.a->photos()[1]->fileRef()->guid(), "a"}};
     }
 
-    void whatIsSoughtIsMissingAndNotAway()
+    void whatIsSoughtIsMissingOrAway()
     {
         const auto request = orphanRequest(m_house.library, QStringLiteral("/f"));
         QCOMPARE(request.missing.size(), 1);
         QCOMPARE(request.missing[0].guid, m_lost->guid());
+        QCOMPARE(request.away.size(), 1);
+        QCOMPARE(request.away[0].bookmark, QByteArray("a"));
         QCOMPARE(QSet<QString>(request.knownPaths.cbegin(), request.knownPaths.cend()),
                  QSet<QString>({QStringLiteral("/gone.jpg"), QStringLiteral("/away.jpg")}));
     }
@@ -48,11 +50,11 @@ private Q_SLOTS:
                         resultOf({"1.jpg", "2.jpg", "3.jpg"}, {{1, m_lost->guid()}}));
         QCOMPARE(list.missingCount(), 1);
         QCOMPARE(list.startRow(), 1);
-        QCOMPARE(list.missingText(1), QString::fromUtf8("This is the missing photo “gone.jpg” of “A”."));
-        QVERIFY(list.missingText(0).isEmpty());
+        QCOMPARE(list.photoText(1), QString::fromUtf8("This is the missing photo “gone.jpg” of “A”."));
+        QVERIFY(list.photoText(0).isEmpty());
         auto likely = resultOf({"1.jpg"}, {{0, m_lost->guid()}});
         likely.byContent = {0}; // another copy may stand elsewhere
-        QCOMPARE(OrphanList(m_house.library, QStringLiteral("/f"), likely).missingText(0),
+        QCOMPARE(OrphanList(m_house.library, QStringLiteral("/f"), likely).photoText(0),
                  QString::fromUtf8("This is probably the missing photo “gone.jpg” of “A”."));
         QCOMPARE(list.filesToAdd(), QStringList());
         QCOMPARE(list.filesToReattach().size(), 1);
@@ -66,6 +68,22 @@ private Q_SLOTS:
         QVERIFY(list.filesToReattach().isEmpty());
         list.setAdd(2, false);
         QCOMPARE(list.filesToAdd().size(), 2);
+    }
+
+    void aCopyOfAPhotoThatIsAwayIsToldAndNotTaken()
+    {
+        auto result = resultOf({"1.jpg", "2.jpg"}, {{1, m_lost->guid()}});
+        result.copiesOfAway = {{0, m_house.a->photos()[1]->fileRef()->guid()}};
+        OrphanList list(m_house.library, QStringLiteral("/f"), result);
+        QCOMPARE(list.missingCount(), 1);
+        QCOMPARE(list.startRow(), 1);
+        QCOMPARE(list.photoText(0), QString::fromUtf8("This is probably a copy of the photo “away.jpg” of “A”, the "
+                                                      "file of which is on a volume that is not mounted."));
+        QCOMPARE(list.filesToReattach().size(), 1);
+        list.setAllAdd(true);
+        QCOMPARE(list.filesToAdd(), QStringList{QStringLiteral("/f/sub/1.jpg")});
+        list.setReattached(0, true); // asked for
+        QCOMPARE(list.filesToReattach().size(), 2);
     }
 
     void allPhotosOfAReattachedFileFollow()

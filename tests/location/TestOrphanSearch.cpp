@@ -1,5 +1,6 @@
 #include "TestRunner.h"
 
+#include "BookmarkData.h"
 #include "FileBookmark.h"
 #include "OrphanSearch.h"
 
@@ -92,13 +93,22 @@ private Q_SLOTS:
         put("a.jpg", "another");
         put("c.jpg", "a dear photo");
         QVERIFY(QFile::remove(dir.filePath(QStringLiteral("deleted.jpg"))));
-        const auto result = findOrphans(
-            {dir.path(), {}, {{QStringLiteral("guid"), *bookmark}, {QStringLiteral("deleted"), *deleted}}}, {});
-        QCOMPARE(pathsOf(result),
-                 QStringList({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"), QStringLiteral("c.jpg")}));
+        put("d.jpg", "a photo that is away");
+        auto away = *BookmarkData::decode(*FileBookmark::create(dir.filePath(QStringLiteral("d.jpg"))));
+        auto twin = *BookmarkData::decode(*deleted);
+        away.volume = twin.volume = "uuid:not mounted";
+        const auto result =
+            findOrphans({dir.path(),
+                         {},
+                         {{QStringLiteral("guid"), *bookmark}, {QStringLiteral("deleted"), *deleted}},
+                         {{QStringLiteral("away"), away.encode()}, {QStringLiteral("twin"), twin.encode()}}},
+                        {});
+        QCOMPARE(pathsOf(result), QStringList({QStringLiteral("a.jpg"), QStringLiteral("b.jpg"),
+                                               QStringLiteral("c.jpg"), QStringLiteral("d.jpg")}));
         QCOMPARE(result.missing,
                  (QMultiMap<qsizetype, QString>{{1, QStringLiteral("guid")}, {2, QStringLiteral("deleted")}}));
         QCOMPARE(result.byContent, QSet<qsizetype>{2});
+        QCOMPARE(result.copiesOfAway, (QMultiMap<qsizetype, QString>{{3, QStringLiteral("away")}}));
     }
 
     void stopsWhenTold()
