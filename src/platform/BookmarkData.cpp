@@ -21,9 +21,8 @@ constexpr qsizetype kMaxText = std::numeric_limits<quint16>::max();
 class Writer
 {
 public:
-    explicit Writer(qsizetype size)
-        : m_bytes(size, Qt::Uninitialized)
-        , m_at(m_bytes.data())
+    explicit Writer(QByteArray &bytes)
+        : m_at(bytes.data())
     {}
 
     template<std::integral T>
@@ -43,14 +42,9 @@ public:
         put(text.data(), text.size());
     }
     void put(const char *bytes, qsizetype count) { m_at = std::copy_n(bytes, count, m_at); }
-    [[nodiscard]] QByteArray take()
-    {
-        Q_ASSERT(m_at == m_bytes.cend());
-        return std::move(m_bytes);
-    }
+    [[nodiscard]] const char *end() const { return m_at; }
 
 private:
-    QByteArray m_bytes;
     char *m_at;
 };
 
@@ -62,32 +56,41 @@ bool fits(const BookmarkData &data)
            std::all_of(texts.begin(), texts.end(), [](const QByteArray *text) { return text->size() <= kMaxText; });
 }
 
-}
-
-QByteArray BookmarkData::encode() const
+/// Where the caller wants them: moving them there right after they were written would wait for the memory.
+QByteArray encodeFitting(const BookmarkData &data)
 {
-    // The kernel takes no path of 4 KiB, so no file that exists has one that does not fit.
-    if (!fits(*this))
-        return {};
+    const FileIdentity &file = data.file;
     const QByteArrayView handle(file.handle.bytes);
-    Writer writer(kFixedSize + 10 + handle.size() + volume.size() + volumePath.size() + mountPoint.size() +
-                  givenPath.size());
+    const FileFingerprint fingerprint = data.fingerprint.value_or(FileFingerprint{});
+    QByteArray bytes(kFixedSize + 10 + handle.size() + data.volume.size() + data.volumePath.size() +
+                         data.mountPoint.size() + data.givenPath.size(),
+                     Qt::Uninitialized);
+    Writer writer(bytes);
     writer.put(kMagic, sizeof kMagic);
     writer.put(kVersion);
     writer.put(static_cast<quint8>(file.kind));
-    writer.put(static_cast<quint8>((file.birth ? HasBirth : 0) | (fingerprint ? HasFingerprint : 0)));
+    writer.put(static_cast<quint8>((file.birth ? HasBirth : 0) | (data.fingerprint ? HasFingerprint : 0)));
     writer.put(quint8(0));
     writer.put(file.inode);
     writer.put(file.birth.value_or(FileTime{}));
     writer.put(file.size);
     writer.put(file.modified);
-    writer.put(fingerprint.value_or(FileFingerprint{}).high);
-    writer.put(fingerprint.value_or(FileFingerprint{}).low);
+    writer.put(fingerprint.high);
+    writer.put(fingerprint.low);
     writer.put(file.handle.type);
     writer.put(handle);
-    for (const QByteArray *text : {&volume, &volumePath, &mountPoint, &givenPath})
+    for (const QByteArray *text : {&data.volume, &data.volumePath, &data.mountPoint, &data.givenPath})
         writer.put(*text);
-    return writer.take();
+    Q_ASSERT(writer.end() == bytes.cend());
+    return bytes;
+}
+
+}
+
+QByteArray BookmarkData::encode() const
+{
+    // The kernel takes no path of 4 KiB, so no file that exists has one that does not fit.
+    return fits(*this) ? encodeFitting(*this) : QByteArray();
 }
 
 namespace {
