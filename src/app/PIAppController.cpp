@@ -18,6 +18,7 @@
 #include "PILocatorManager.h"
 #include "PIWindowController.h"
 #include "PhotoLibrary.h"
+#include "PrintInfo.h"
 #include "PrintSettings.h"
 #include "StringUtilities.h"
 #include "TerminationSignals.h"
@@ -34,8 +35,6 @@ namespace {
 
 constexpr Preference<bool> kHasRun{"hmphoto.run", false};
 constexpr Preference<int> kCropSize{"hmphoto.cropSize", 0};
-constexpr Preference<bool> kCropMarks{"hmphoto.cropMarks", false};
-constexpr Preference<int> kPrintLayout{"hmphoto.printLayout", 0};
 constexpr QSize kPlaceholderSize(240, 180);
 
 }
@@ -127,6 +126,7 @@ void PIAppController::readPreferences()
     g_cropSizeIndex = cropSize > 0 && cropSize < static_cast<int>(kCropSizes.size()) ? cropSize : 0;
     g_cropMarks = m_defaults->value(kCropMarks);
     g_printLayout = m_defaults->value(kPrintLayout);
+    g_printInfo = printInfoFromArchive(m_defaults->data(QLatin1String(kPrintInfo)));
     readExportPreferences(*m_defaults);
 }
 

@@ -19,6 +19,7 @@
 #include "PIOutlineView.h"
 #include "PaneSplitter.h"
 #include "PhotoLibrary.h"
+#include "PrintCommands.h"
 #include "StringUtilities.h"
 #include "TextForPeople.h"
 #include "ThumbnailGridModel.h"
@@ -89,6 +90,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
                                       {*m_outline, *m_thumbnailView, *m_detailController}, *m_window))
     , m_effectCommands(
           new EffectCommands(m_editor, defaults, m_filterCatalogue, *m_actions, *m_detailController, *m_window))
+    , m_printCommands(new PrintCommands(m_editor, defaults, *m_actions, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
 {

@@ -26,6 +26,7 @@ class NavigatorModel;
 class PIDetailController;
 class PIOutlineView;
 class PaneSplitter;
+class PrintCommands;
 class QLabel;
 class QMenu;
 class ThumbnailGridView;
@@ -139,6 +140,7 @@ private:
     Housekeeping *m_housekeeping;
     EditCommands *m_editCommands;
     EffectCommands *m_effectCommands;
+    PrintCommands *m_printCommands;
     DropCommands m_drops;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;

@@ -1,0 +1,58 @@
+#include "PIPrintOptionVC.h"
+
+#include "FormatMessage.h"
+#include "PrintLayout.h"
+#include "PrintSettings.h"
+#include "UserDefaults.h"
+
+#include <QBoxLayout>
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QLabel>
+#include <QRadioButton>
+
+PIPrintOptionVC::PIPrintOptionVC(UserDefaults &defaults, QWidget *parent)
+    : QWidget(parent)
+    , m_defaults(defaults)
+    , m_layouts(new QButtonGroup(this))
+    , m_cropMarks(new QCheckBox(tr("Print crop marks"), this))
+{
+    setWindowTitle(QStringLiteral("Tamsel Photo")); // of its tab in the print dialog
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(new QLabel(tr("Page layout:"), this));
+    for (const int choice : {PrintLayout::kProof, PrintLayout::kFillPage, 2, 3, 4, 6, 9, 12}) {
+        auto *button = new QRadioButton(layoutName(choice), this);
+        button->setChecked(choice == g_printLayout);
+        m_layouts->addButton(button);
+        m_layouts->setId(button, choice);
+        layout->addWidget(button);
+        connect(button, &QRadioButton::clicked, this, [this, choice] { changePrintLayout(choice); });
+    }
+    layout->addSpacing(fontMetrics().height() / 2);
+    layout->addWidget(m_cropMarks);
+    layout->addStretch();
+    m_cropMarks->setChecked(g_cropMarks);
+    m_cropMarks->setToolTip(tr("Short lines that show where to cut the paper"));
+    connect(m_cropMarks, &QCheckBox::clicked, this, &PIPrintOptionVC::changeCropMarks);
+}
+
+QString PIPrintOptionVC::layoutName(int layout)
+{
+    if (layout == PrintLayout::kProof)
+        return tr("Proof");
+    return layout == PrintLayout::kFillPage ? tr("Fill page") : FormatMessage(tr("%d per page"), {layout});
+}
+
+void PIPrintOptionVC::changePrintLayout(int layout)
+{
+    g_printLayout = layout;
+    m_defaults.setValue(kPrintLayout, layout);
+    Q_EMIT changed();
+}
+
+void PIPrintOptionVC::changeCropMarks(bool on)
+{
+    g_cropMarks = on;
+    m_defaults.setValue(kCropMarks, on);
+    Q_EMIT changed();
+}

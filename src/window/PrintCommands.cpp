@@ -1,0 +1,93 @@
+#include "PrintCommands.h"
+
+#include "GiveAlert.h"
+#include "LibraryActions.h"
+#include "LibraryEditor.h"
+#include "LibraryNotifications.h"
+#include "LibraryView.h"
+#include "PhotoEdits.h"
+#include "PhotoLibrary.h"
+#include "PrintRun.h"
+#include "PrintSheet.h"
+#include "StringUtilities.h"
+#include "TextForPeople.h"
+
+#include <QPrinter>
+#include <QProgressDialog>
+
+#include <utility>
+
+PrintCommands::PrintCommands(LibraryEditor &editor, UserDefaults &defaults, LibraryActions &actions, QWidget &window)
+    : QObject(&window)
+    , m_editor(editor)
+    , m_defaults(defaults)
+    , m_window(window)
+{
+    actions.bind(Command::PrintSelected, [this](bool) { printPhotos(PhotoEdits(m_editor).selectedPhotos()); });
+    actions.bind(Command::PrintFolder, [this](bool) {
+        if (const auto folder = m_editor.view().shownFolder())
+            printPhotos(std::as_const(*folder).photos());
+    });
+    actions.bind(Command::PageSetup, [this](bool) { PrintSheet::askForPageSetup(m_defaults, m_window); });
+}
+
+PrintCommands::~PrintCommands() = default;
+
+QList<PrintedPhoto> PrintCommands::printed(const PIGroup::PhotoList &photos) const
+{
+    QList<PrintedPhoto> result;
+    for (const auto &photo : photos) {
+        const QString path = photo->fileRef() ? photo->fileRef()->path() : QString();
+        const QString name = QVString::lastPathComponent(path);
+        result.append(
+            {photo->recipe(m_editor.library().imageCache()), photo->caption().isEmpty() ? name : photo->caption()});
+    }
+    return result;
+}
+
+void PrintCommands::printPhotos(const PIGroup::PhotoList &photos)
+{
+    if (photos.isEmpty() || m_run) {
+        Beep();
+        return;
+    }
+    m_editor.library().notifications().post(kNormalizeNotification);
+    const QList<PrintedPhoto> copies = printed(photos);
+    PrintSheet sheet(copies, m_defaults, m_editor.library().thumbnails().pixelPool(), &m_window);
+    if (sheet.exec() == QDialog::Accepted)
+        start(sheet.takePrinter(), copies);
+}
+
+void PrintCommands::start(std::unique_ptr<QPrinter> printer, const QList<PrintedPhoto> &photos)
+{
+    if (!printer)
+        return;
+    const PIPrintView view = PrintSheet::viewFor(photos, printer->pageLayout());
+    m_run = std::make_unique<PrintRun>();
+    m_progress = std::make_unique<QProgressDialog>(tr("Printing…"), tr("Cancel"), 0, view.totalPages(), &m_window);
+    m_progress->setWindowModality(Qt::WindowModal);
+    m_progress->setAutoClose(false);
+    m_progress->setAutoReset(false);
+    connect(m_progress.get(), &QProgressDialog::canceled, m_run.get(), &PrintRun::cancel);
+    connect(m_run.get(), &PrintRun::pageBegun, m_progress.get(), [this](int number, int ofPages) {
+        m_progress->setMaximum(ofPages);
+        m_progress->setValue(number);
+        m_progress->setLabelText(tr("Printing page %1 of %2").arg(number + 1).arg(ofPages));
+    });
+    connect(m_run.get(), &PrintRun::finished, this, [this](const PrintRun::Outcome &outcome) {
+        printOperationFinished(outcome.isPrinted, outcome.isCancelled, outcome.incompletePages);
+    });
+    m_run->start(std::move(printer), view);
+}
+
+void PrintCommands::printOperationFinished(bool isPrinted, bool isCancelled, int incompletePages)
+{
+    m_progress.reset();
+    m_run.release()->deleteLater(); // the sender
+    if (!isPrinted && !isCancelled)
+        GiveAlert(tr("Printing failed."), tr("The printer could not be used, or the file could not be written."));
+    else if (isPrinted && incompletePages > 0)
+        GiveAlert(tr("Some photos are missing from the print."),
+                  CountText(incompletePages, tr("The files of photos on one page could not be read."),
+                            tr("The files of photos on %n pages could not be read.")));
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "PIGroup.h"
+#include "PIPrintView.h"
+
+#include <QObject>
+
+#include <memory>
+
+class LibraryActions;
+class LibraryEditor;
+class PrintRun;
+class QProgressDialog;
+class QWidget;
+class UserDefaults;
+
+/// The commands that print photos.
+class PrintCommands final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Lets the actions run the commands. All outlive it; `window` becomes its parent.
+    PrintCommands(LibraryEditor &editor, UserDefaults &defaults, LibraryActions &actions, QWidget &window);
+    ~PrintCommands() override;
+
+    /// Shows the sheet for these photos, and prints when it is accepted.
+    void printPhotos(const PIGroup::PhotoList &photos);
+    [[nodiscard]] bool isPrinting() const { return m_run != nullptr; }
+
+private:
+    [[nodiscard]] QList<PrintedPhoto> printed(const PIGroup::PhotoList &photos) const;
+    void start(std::unique_ptr<class QPrinter> printer, const QList<PrintedPhoto> &photos);
+    void printOperationFinished(bool isPrinted, bool isCancelled, int incompletePages);
+
+    LibraryEditor &m_editor;
+    UserDefaults &m_defaults;
+    QWidget &m_window;
+    std::unique_ptr<PrintRun> m_run;
+    std::unique_ptr<QProgressDialog> m_progress;
+};
