@@ -75,13 +75,7 @@ bool gaussianBlur(WorkingImage &image, const FilterValues &values)
 
 bool medianFilter(WorkingImage &image, const FilterValues &)
 {
-    const QSize size = image.size();
-    return image.setAlpha(WorkingImage::Alpha::Premultiplied) && image.add([&](VipsImage *in, VipsImage **out) {
-        return vips_embed(in, out, 1, 1, size.width() + 2, size.height() + 2, "extend", VIPS_EXTEND_COPY, nullptr);
-    }) && image.add([](VipsImage *in, VipsImage **out) { return vips_median(in, out, 3, nullptr); }) &&
-           image.add([&](VipsImage *in, VipsImage **out) {
-               return vips_extract_area(in, out, 1, 1, size.width(), size.height(), nullptr);
-           });
+    return Neighbours::addMedian(image);
 }
 
 // What samples along a line, half a pixel apart, weigh the pixels around them.

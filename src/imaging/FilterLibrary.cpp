@@ -123,6 +123,7 @@ public:
             return true;
         if (m_image.isNull())
             begin();
+        m_image.beginFilter();
         return !m_image.isNull() && row->apply(m_image, values);
     }
 

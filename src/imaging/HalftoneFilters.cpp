@@ -1,5 +1,5 @@
 #include "FilterValues.h"
-#include "PixelMath.h"
+#include "Halftone.h"
 #include "Plane.h"
 
 #include <algorithm>
@@ -7,7 +7,7 @@
 
 namespace {
 
-using PixelMath::clamped;
+using Halftone::wave;
 
 // Prints with a screen: `screen(vector from the centre, in widths)` tells 0 to 1, the light from which on it is white.
 template<typename Screen>
@@ -15,17 +15,11 @@ bool addScreen(WorkingImage &image, const FilterValues &values, double angle, Sc
 {
     const QPointF center = values.point("inputCenter");
     const double width = std::max(values.number("inputWidth"), values.scale());
-    const auto edge = float(std::max(0.5 * (1 - values.number("inputSharpness", 0, 1)), 1 / (2 * width)));
+    const float edge = Halftone::edgeOf(values.number("inputSharpness", 0, 1), width);
     return image.setAlpha(WorkingImage::Alpha::Straight) && image.addPlacedStep([=](Pixel &pixel, QPointF place) {
         const auto level = float(screen(Plane::turned(place - center, -angle) / width));
-        const float light = clamped(luminance(pixel)) * (1 + 2 * edge) - edge;
-        pixel = PixelMath::grey(PixelMath::smooth(level - edge, level + edge, light), pixel.a);
+        pixel = PixelMath::grey(Halftone::printed(luminance(pixel), level, edge), pixel.a);
     });
-}
-
-double wave(double x)
-{
-    return 0.5 + 0.5 * std::cos(2 * kPi * x);
 }
 
 bool circularScreen(WorkingImage &image, const FilterValues &values)
@@ -35,8 +29,7 @@ bool circularScreen(WorkingImage &image, const FilterValues &values)
 
 bool dotScreen(WorkingImage &image, const FilterValues &values)
 {
-    return addScreen(image, values, values.number("inputAngle"),
-                     [](QPointF u) { return (wave(u.x()) + wave(u.y())) / 2; });
+    return addScreen(image, values, values.number("inputAngle"), Halftone::dots);
 }
 
 bool hatchedScreen(WorkingImage &image, const FilterValues &values)

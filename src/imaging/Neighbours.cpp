@@ -1,5 +1,6 @@
 #include "Neighbours.h"
 
+#include "PixelMath.h"
 #include "Sampling.h"
 
 #include <algorithm>
@@ -248,4 +249,22 @@ bool Neighbours::addExtreme(WorkingImage &image, Extreme extreme, std::vector<in
     return addStep(image, margin, [=, widths = std::move(halfWidths)](VipsRegion &out, VipsRegion &in) {
         findExtremes(out, in, widths, margin, choose);
     });
+}
+
+bool Neighbours::addMedian(WorkingImage &image)
+{
+    const QSize size = image.size();
+    return image.setAlpha(Alpha::Premultiplied) && addMargin(image, 1) &&
+           image.add([](VipsImage *in, VipsImage **out) { return vips_median(in, out, 3, nullptr); }) &&
+           image.add([&](VipsImage *in, VipsImage **out) {
+               return vips_extract_area(in, out, 1, 1, size.width(), size.height(), nullptr);
+           });
+}
+
+bool Neighbours::addLightness(WorkingImage &image, double deviation)
+{
+    return image.setAlpha(Alpha::Straight) && image.addPixelStep([](Pixel &pixel) {
+        pixel = PixelMath::grey(SrgbCurve::encoded(luminance(pixel)), pixel.a);
+    }) && addGaussian(image, deviation) &&
+           image.setAlpha(Alpha::Straight);
 }

@@ -33,6 +33,12 @@ enum class Extreme { Least, Most };
 /// from the highest row to the lowest.
 [[nodiscard]] bool addExtreme(WorkingImage &image, Extreme extreme, std::vector<int> halfWidths);
 
+/// Component by component, the value in the middle of those of a pixel and the eight around it.
+[[nodiscard]] bool addMedian(WorkingImage &image);
+
+/// Turns the image into its encoded luminance, in all colours, and blurs that.
+[[nodiscard]] bool addLightness(WorkingImage &image, double deviation);
+
 /// How many times smaller a picture may be, so that `length` becomes at most `enough`.
 [[nodiscard]] int reductionFor(double length, double enough);
 /// Makes the image smaller: the mean of squares of `factor` pixels, cut at the right and at the bottom.

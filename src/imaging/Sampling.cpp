@@ -11,6 +11,7 @@ struct Manner
 {
     Sampling::Edge edge;
     Sampling::Between between;
+    bool isNearest; ///< of the pixels
 };
 
 /// The places (rows downward) that the pixels of a part of the result come from.
@@ -140,13 +141,18 @@ bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Manner mann
             fetch.ends.push_back(int(fetch.places.size()));
         }
     }
-    for (QPointF &place : fetch.places)
+    for (QPointF &place : fetch.places) {
         place = inReach(QPointF(place.x(), input.height() - place.y()), input);
+        if (manner.isNearest)
+            place = QPointF(std::floor(place.x()) + 0.5, std::floor(place.y()) + 0.5);
+    }
     return fillPart(out, in, fetch, 0, fetch.ends.size(), manner);
 }
 
-bool addFetch(WorkingImage &image, QSize size, Manner manner, const Sampling::Spread &spread)
+bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Between between,
+              const Sampling::Spread &spread)
 {
+    const Manner manner{edge, between, image.samplesNearest()};
     if (!image.setAlpha(WorkingImage::Alpha::Premultiplied) || !image.keepPieces())
         return false;
     if (manner.edge == Sampling::Edge::Clear)
@@ -170,11 +176,11 @@ bool addFetch(WorkingImage &image, QSize size, Manner manner, const Sampling::Sp
 
 bool Sampling::addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map, Between between)
 {
-    return addFetch(image, size, {edge, between},
+    return addFetch(image, size, edge, between,
                     [map](QPointF place, std::vector<QPointF> &from) { from.push_back(map(place)); });
 }
 
 bool Sampling::addSpread(WorkingImage &image, Edge edge, const Spread &spread)
 {
-    return addFetch(image, image.size(), {edge, Between::Linear}, spread);
+    return addFetch(image, image.size(), edge, Between::Linear, spread);
 }

@@ -99,6 +99,7 @@ void makeSane(Pixel *row, int count)
 }
 
 WorkingImage::WorkingImage(const QImage &pixels)
+    : m_frame(pixels.size())
 {
     ensureVips();
     m_mayBeClear = pixels.hasAlphaChannel();
@@ -273,10 +274,24 @@ bool WorkingImage::visitPieces(std::function<bool(VipsRegion &)> visit) const
     return vips_sink(last.m_image.get(), nullptr, visitPiece, nullptr, &visit, nullptr) == 0;
 }
 
+// What lies outside is never computed; what is not there is clear.
+bool WorkingImage::fitFrame()
+{
+    const QSize own = size();
+    if (own == m_frame)
+        return true;
+    if (own.width() < m_frame.width() || own.height() < m_frame.height())
+        m_mayBeClear = true;
+    return add([&](VipsImage *in, VipsImage **out) {
+        return vips_embed(in, out, 0, m_frame.height() - own.height(), m_frame.width(), m_frame.height(), "extend",
+                          VIPS_EXTEND_BLACK, nullptr);
+    });
+}
+
 QImage WorkingImage::pixels(const std::atomic<bool> *cancelled)
 {
-    QImage image(size(), QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull() || !setAlpha(Alpha::Straight))
+    QImage image(m_frame, QImage::Format_ARGB32_Premultiplied);
+    if (image.isNull() || !setAlpha(Alpha::Straight) || !fitFrame())
         return {};
     uchar *bits = image.bits(); // once: the threads must not detach the image
     std::atomic<bool> isOpaque = true;

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 /// A pixel of a working image: linear light with the primaries of sRGB, not limited to 0 … 1.
@@ -37,10 +38,18 @@ public:
 
     [[nodiscard]] bool isNull() const { return !m_image; }
     [[nodiscard]] QSize size() const;
+    /// The size of the picture at first: from the left bottom corner, what of the image is wanted in the end.
+    [[nodiscard]] QSize frame() const { return m_frame; }
     /// The form of the colours; opaque pictures take either form for nothing.
     [[nodiscard]] bool setAlpha(Alpha form);
     /// For steps that make opaque pixels clear.
     void setMayBeClear() { m_mayBeClear = true; }
+    /// Asks the next filter to take the nearest pixel where it would find what lies between pixels.
+    void sampleNearestNext() { m_isNearestNext = true; }
+    /// Whether the filter before asked for that.
+    [[nodiscard]] bool samplesNearest() const { return m_samplesNearest; }
+    /// A filter comes.
+    void beginFilter() { m_samplesNearest = std::exchange(m_isNearestNext, false); }
 
     /// Adds a step that computes an image of that size from this one.
     [[nodiscard]] bool addStep(QSize size, Pieces pieces, Step step);
@@ -80,16 +89,20 @@ public:
 
     /// Computes every piece once and hands it to `visit`, on several threads; ends early when that tells false.
     [[nodiscard]] bool visitPieces(std::function<bool(VipsRegion &)> visit) const;
-    /// Computes the pixels; null on failure or when cancelled.
+    /// Computes the pixels of the frame; null on failure or when cancelled.
     [[nodiscard]] QImage pixels(const std::atomic<bool> *cancelled);
 
 private:
     [[nodiscard]] bool take(VipsImage *image);
+    [[nodiscard]] bool fitFrame();
     [[nodiscard]] bool addStep(const std::vector<VipsImage *> &inputs, QSize size, Pieces pieces, Step step);
 
     std::shared_ptr<VipsImage> m_image;
     Alpha m_alpha = Alpha::Straight;
+    QSize m_frame;
     bool m_mayBeClear = false;
+    bool m_samplesNearest = false;
+    bool m_isNearestNext = false;
     bool m_isCostly = false; // to compute in small parts: more than pixel by pixel since the last keeping
 };
 

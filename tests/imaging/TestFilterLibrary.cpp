@@ -54,6 +54,38 @@ EffectEntry extreme(const FilterAttributes &filter, double value)
     return entry;
 }
 
+QString textOf(const std::optional<EffectValue> &value)
+{
+    const auto text = [](double number) { return QString::number(number); };
+    if (const auto *point = value ? std::get_if<QPointF>(&*value) : nullptr)
+        return text(point->x()) + u',' + text(point->y());
+    if (const auto *color = value ? std::get_if<EffectColor>(&*value) : nullptr)
+        return QStringList{text(color->red), text(color->green), text(color->blue), text(color->alpha)}.join(u',');
+    return value ? text(std::get<double>(*value)) : QStringLiteral("-");
+}
+
+QString textOf(const std::optional<double> &number)
+{
+    return number ? QString::number(*number) : QStringLiteral("-");
+}
+
+/// The filter as a line of filters.txt tells it.
+QString lineOf(const QString &category, const FilterAttributes &filter)
+{
+    QStringList words{category, filter.name};
+    for (const FilterInput &i : filter.inputs) {
+        if (i.attributeClass != u"CIImage")
+            words << QStringList{i.name,
+                                 i.attributeClass,
+                                 textOf(i.defaultValue),
+                                 textOf(i.identity),
+                                 textOf(i.sliderMinimum),
+                                 textOf(i.sliderMaximum)}
+                         .join(u':');
+    }
+    return words.join(u' ');
+}
+
 }
 
 class TestFilterLibrary : public QObject
@@ -76,6 +108,27 @@ private Q_SLOTS:
         const QStringList all = QSet<QString>(shown.cbegin(), shown.cend()).values();
         QCOMPARE(all.size(), shown.size()); // each in one category
         QVERIFY(shown.contains(QStringLiteral("CIExposureAdjust")));
+    }
+
+    void whatIsOfferedIsAsListed()
+    {
+        QFile file(QStringLiteral(TEST_SOURCE_DIR "/filters.txt"));
+        QVERIFY(file.open(QFile::ReadOnly));
+        QStringList expected = QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
+        expected.removeFirst();
+        const FilterCatalogue catalogue(filterLibrary());
+        QStringList offered;
+        for (const auto &category : catalogue.categories()) {
+            for (const QString &name : filterLibrary().filterNames(category.name)) {
+                if (catalogue.description(name))
+                    offered.append(lineOf(category.name, *filterLibrary().attributes(name)));
+            }
+        }
+        expected.sort(); // the order within categories is for menus
+        offered.sort();
+        for (int i = 0; i < std::min(expected.size(), offered.size()); ++i)
+            QCOMPARE(offered.at(i), expected.at(i));
+        QCOMPARE(offered.size(), expected.size());
     }
 
     /// What the catalogue starts with changes nothing, to the last bit; nor does what no filter changes on its way

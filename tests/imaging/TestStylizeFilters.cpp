@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 namespace {
 
@@ -108,29 +107,6 @@ Pixel gradients(const Picture &in, int x, int y, const std::array<double, side> 
     return {across, up, 0, 1};
 }
 
-/// Every pixel becomes the mean of those of the same cell.
-FilterCase celled(const EffectEntry &entry, const std::function<std::pair<int, int>(double x, double y)> &cellAt)
-{
-    FilterCase one{entry, [cellAt](const Picture &in) {
-                       std::map<std::pair<int, int>, std::vector<Pixel>> cells;
-                       static_cast<void>(in.mapped([&](int x, int y) {
-                           cells[cellAt(x + 0.5, y + 0.5)].push_back(in.at(x, y));
-                           return Pixel{};
-                       }));
-                       return in.mapped([&](int x, int y) {
-                           const auto &pixels = cells[cellAt(x + 0.5, y + 0.5)];
-                           Pixel mean{};
-                           for (const Pixel &pixel : pixels) {
-                               for (size_t c = 0; c < 4; ++c)
-                                   mean[c] += pixel[c] / double(pixels.size());
-                           }
-                           return mean;
-                       });
-                   }};
-    one.isOpaque = true;
-    return one;
-}
-
 }
 
 class TestStylizeFilters : public QObject
@@ -200,36 +176,6 @@ private Q_SLOTS:
         QCOMPARE(firstDifference(cases), QString());
     }
 
-    void cellsTakeTheirMean()
-    {
-        EffectEntry squares = effect("CIPixellate", {{"inputScale", 5.5}});
-        EffectEntry hexagons = effect("CIHexagonalPixellate", {{"inputScale", 6.0}});
-        for (EffectEntry *entry : {&squares, &hexagons})
-            entry->setValue(QStringLiteral("inputCenter"), QPointF(0.1, -0.2)); // at (17.6, 9.6)
-        const auto hexagon = [](double x, double y) {
-            std::pair<int, int> best;
-            double least = 1e9;
-            for (int row = -10; row <= 10; ++row) {
-                for (int column = -20; column <= 20; ++column) {
-                    const double distance =
-                        std::hypot(x - 17.6 - 6 * (column + row / 2.0), y - 9.6 - 6 * row * std::sqrt(3) / 2);
-                    if (distance < least) {
-                        least = distance;
-                        best = {column, row};
-                    }
-                }
-            }
-            return best;
-        };
-        const std::vector<FilterCase> cases{celled(squares,
-                                                   [](double x, double y) {
-                                                       return std::pair(int(std::floor((x - 17.6) / 5.5)),
-                                                                        int(std::floor((y - 9.6) / 5.5)));
-                                                   }),
-                                            celled(hexagons, hexagon)};
-        QCOMPARE(firstDifference(cases), QString());
-    }
-
     void paperBecomesWhite()
     {
         const auto paper = [](const Picture &in) { return blurred(lightnessOf(in), 32 / 40.); };
@@ -253,67 +199,38 @@ private Q_SLOTS:
             QVERIFY(qGreen(white.pixel(x, 90)) >= 250);
     }
 
-    void crystalsAreFewColoursOfWhatIsThere()
+    void comicsAreFlatWithOutlinesAndDots()
     {
-        const QImage sample = samplePicture(false);
-        const EffectChain chain{effect("CICrystallize", {{"inputRadius", 8.0}, {"inputCenter", QPointF(0.1, 0.2)}})};
-        const QImage result = filtered(chain, sample);
-        QCOMPARE(filtered(chain, sample), result);
-        std::map<QRgb, int> colors;
-        double light = 0;
-        for (int i = 0; i < 32 * 24; ++i) {
-            ++colors[result.pixel(i % 32, i / 32)];
-            light += (qGreen(result.pixel(i % 32, i / 32)) - qGreen(sample.pixel(i % 32, i / 32))) / (32. * 24);
-        }
-        // Twelve squares of 8 pixels, and those that reach in over the edges.
-        QVERIFY(colors.size() >= 9 && colors.size() <= 30);
-        QVERIFY(std::abs(light) < 12);
-    }
-
-    void straighteningTurnsWithoutCorners()
-    {
-        QImage picture(300, 200, QImage::Format_RGB32);
-        picture.fill(qRgb(40, 90, 160));
-        for (int x = 0; x < 300; ++x) {
-            for (int y = 98; y < 102; ++y)
-                picture.setPixel(x, y, qRgb(255, 255, 255)); // a horizon
-        }
-        const double angle = 0.2;
-        const QImage result = filtered({effect("CIStraightenFilter", {{"inputAngle", angle}})}, picture);
-        QCOMPARE(result.format(), QImage::Format_RGB32);
-        QCOMPARE(result.pixel(0, 0), qRgb(40, 90, 160));
-        QCOMPARE(result.pixel(299, 199), qRgb(40, 90, 160));
-        for (const int right : {-100, -40, 0, 70, 120}) // counterclockwise: the right side rises
-            QVERIFY(qRed(result.pixel(150 + right, int(100 - std::tan(angle) * right))) > 250);
-    }
-
-    void turningInSpaceFollowsTheCamera()
-    {
-        const double focus = 28 * std::hypot(32, 24) / 43.27;
-        const double yaw = 0.25;
-        const auto turned = [=](const Picture &in, int x, int y) {
-            // With yaw alone a ray turns in the plane of the camera's horizon.
-            const double direction = std::atan2(x + 0.5 - 16, focus) - yaw;
-            const double across = focus * std::tan(direction);
-            const double depth = std::hypot(x + 0.5 - 16, focus) * std::cos(direction);
-            const double up = (y + 0.5 - 12) * focus / depth;
-            const double column = across + 16 - 0.5;
-            const double row = up + 12 - 0.5;
-            Pixel mean{};
-            for (int i = 0; i < 4; ++i) {
-                const int cx = int(std::floor(column)) + i % 2;
-                const int cy = int(std::floor(row)) + i / 2;
-                if (cx < 0 || cy < 0 || cx >= 32 || cy >= 24)
-                    continue;
-                const double weight = (1 - std::abs(column - cx)) * (1 - std::abs(row - cy));
-                for (size_t c = 0; c < 4; ++c)
-                    mean[c] += weight * in.at(cx, cy)[c];
-            }
-            for (size_t c = 0; c < 3; ++c)
-                mean[c] = mean[3] > 0 ? mean[c] / mean[3] : 0;
-            return mean;
+        const auto flat = [](const Picture &in) {
+            return in.mapped([&](int x, int y) {
+                Pixel out{0, 0, 0, 1};
+                for (size_t c = 0; c < 3; ++c) {
+                    std::vector<double> around;
+                    for (int i = 0; i < 9; ++i)
+                        around.push_back(in.at(x + i % 3 - 1, y + i / 3 - 1)[c]);
+                    std::sort(around.begin(), around.end());
+                    out[c] = std::round(srgbEncoded(around[4]) * 5) / 5;
+                }
+                return out;
+            });
         };
-        QCOMPARE(firstDifference({opaque(effect("CIPerspectiveRotate", {{"inputYaw", yaw}}), turned, 2)}), QString());
+        const auto rule = [](const Picture &in, const Picture &base, int x, int y) {
+            const Picture light = lightnessOf(in);
+            const double across = sumOf<3>(light, x, y, 0, {-1, 0, 1}, {1, 2, 1}) / 4;
+            const double up = sumOf<3>(light, x, y, 0, {1, 2, 1}, {-1, 0, 1}) / 4;
+            const double ink = smoothStep(0.15, 0.25, std::hypot(across, up));
+            const double turn = 2 * M_PI / 6 / std::sqrt(2);
+            const double level =
+                0.5 + 0.25 * (std::cos(turn * (x + y + 1)) + std::cos(turn * (y - x))); // in widths of 6 pixels
+            const double edge = 1 / 12.0;
+            const double y1 = std::clamp(luminanceOf(in.at(x, y)), 0.0, 1.0) * (1 + 2 * edge) - edge;
+            const double dots = smoothStep(level - edge, level + edge, y1);
+            const double share = light.at(x, y)[0] < 0.6 ? 1 - 0.35 * (1 - dots) : 1;
+            const Pixel own = base.at(x, y);
+            const double grey = luminanceOf(own);
+            return ofColors(own, [&](double c) { return srgbDecoded((grey + 1.2 * (c - grey)) * share * (1 - ink)); });
+        };
+        QCOMPARE(firstDifference({prepared(effect("CIComicEffect"), flat, rule, 2)}), QString());
     }
 };
 
