@@ -1,3 +1,4 @@
+#include "Blurring.h"
 #include "FilterValues.h"
 #include "Neighbours.h"
 #include "PixelMath.h"
@@ -70,7 +71,7 @@ bool bokehBlur(WorkingImage &image, const FilterValues &values)
 
 bool gaussianBlur(WorkingImage &image, const FilterValues &values)
 {
-    return Neighbours::addGaussian(image, values.number("inputRadius"));
+    return Blurring::addGaussian(image, values.number("inputRadius"));
 }
 
 bool medianFilter(WorkingImage &image, const FilterValues &)

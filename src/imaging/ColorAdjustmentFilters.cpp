@@ -17,11 +17,16 @@ bool colorControls(WorkingImage &image, const FilterValues &values)
     const auto saturation = float(values.number("inputSaturation"));
     const auto contrast = float(values.number("inputContrast", 0, 1000));
     const auto brightness = float(values.number("inputBrightness"));
-    return addColorStep(image, [=](Pixel &pixel) {
-        const float grey = luminance(pixel);
-        eachColor(pixel,
-                  [&](float c) { return (grey + saturation * (c - grey) - 0.5F) * contrast + 0.5F + brightness; });
-    });
+    const auto part = [=](float weight) {
+        const float grey = contrast * (1 - saturation) * weight;
+        return Pixel{grey, grey, grey};
+    };
+    const float more = 0.5F - 0.5F * contrast + brightness;
+    PixelMath::Matrix matrix{part(0.2126F), part(0.7152F), part(0.0722F), {more, more, more}};
+    matrix.ofRed.r += contrast * saturation;
+    matrix.ofGreen.g += contrast * saturation;
+    matrix.ofBlue.b += contrast * saturation;
+    return addColorStep(image, [=](Pixel &pixel) { pixel = matrix(pixel); });
 }
 
 bool exposureAdjust(WorkingImage &image, const FilterValues &values)

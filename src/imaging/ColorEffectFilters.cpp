@@ -1,3 +1,4 @@
+#include "Blurring.h"
 #include "FilterValues.h"
 #include "Neighbours.h"
 #include "PixelMath.h"
@@ -146,11 +147,11 @@ bool photoEffectTransfer(WorkingImage &image, const FilterValues &)
 bool sepiaTone(WorkingImage &image, const FilterValues &values)
 {
     const auto intensity = float(values.number("inputIntensity"));
+    constexpr PixelMath::Matrix brown{{0.393F, 0.349F, 0.272F}, {0.769F, 0.686F, 0.534F}, {0.189F, 0.168F, 0.131F}, {}};
     return addEncodedStep(image, [=](Pixel &pixel) {
-        const auto [r, g, b, a] = pixel;
-        const Pixel brown{clamped(0.393F * r + 0.769F * g + 0.189F * b), clamped(0.349F * r + 0.686F * g + 0.168F * b),
-                          clamped(0.272F * r + 0.534F * g + 0.131F * b), a};
-        pixel = mixed(pixel, brown, intensity);
+        Pixel toned = brown(pixel);
+        eachColor(toned, clamped);
+        pixel = mixed(pixel, toned, intensity);
     });
 }
 
@@ -283,7 +284,7 @@ bool addPaper(WorkingImage &image)
     return addColorStep(image, [](Pixel &pixel) { pixel = grey(SrgbCurve::encoded(luminance(pixel)), pixel.a); }) &&
            Neighbours::addExtreme(image, Neighbours::Extreme::Most, {half}) &&
            Neighbours::addExtreme(image, Neighbours::Extreme::Most, std::vector<int>(size_t(2 * half + 1), 0)) &&
-           Neighbours::addGaussian(image, side / smoothParts) && image.setAlpha(WorkingImage::Alpha::Straight);
+           Blurring::addGaussian(image, side / smoothParts) && image.setAlpha(WorkingImage::Alpha::Straight);
 }
 
 bool documentEnhancer(WorkingImage &image, const FilterValues &values)

@@ -1,7 +1,7 @@
 #include "Neighbours.h"
 
+#include "Blurring.h"
 #include "PixelMath.h"
-#include "Sampling.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,15 +11,6 @@ namespace {
 
 using Alpha = WorkingImage::Alpha;
 using Pieces = WorkingImage::Pieces;
-
-bool addMargin(WorkingImage &image, int margin)
-{
-    const QSize size = image.size();
-    return image.add([&](VipsImage *in, VipsImage **out) {
-        return vips_embed(in, out, margin, margin, size.width() + 2 * margin, size.height() + 2 * margin, "extend",
-                          VIPS_EXTEND_COPY, nullptr);
-    });
-}
 
 void addTo(Pixel &sum, const Pixel &pixel, float weight)
 {
@@ -31,10 +22,20 @@ void addTo(Pixel &sum, const Pixel &pixel, float weight)
 
 }
 
+bool Neighbours::addMargin(WorkingImage &image, int margin)
+{
+    const QSize size = image.size();
+    return image.add([&](VipsImage *in, VipsImage **out) {
+        return vips_embed(in, out, margin, margin, size.width() + 2 * margin, size.height() + 2 * margin, "extend",
+                          VIPS_EXTEND_COPY, nullptr);
+    });
+}
+
 bool Neighbours::addStep(WorkingImage &image, int margin, Function function)
 {
     const QSize size = image.size();
-    if (!image.setAlpha(Alpha::Premultiplied) || !addMargin(image, margin))
+    if (!image.setAlpha(Alpha::Premultiplied) || !image.keepPieces(WorkingImage::Reading::Around) ||
+        !addMargin(image, margin))
         return false;
     return image.addStep(
         size, Pieces::Tiles, [margin, run = std::move(function)](VipsRegion &out, VipsRegion *const *in) {
@@ -71,41 +72,140 @@ bool Neighbours::addWeighted(WorkingImage &image, std::vector<Tap> taps)
     });
 }
 
+namespace {
+
+using Sum = std::array<double, 4>;
+
+// Adds the pixels of a line to the sums of the squares in which they lie.
+void addLine(std::vector<Sum> &sums, const Pixel *line, int count, int factor)
+{
+    constexpr int most = 64; // that floats can sum up
+    for (int x = 0; x < count; x += factor) {
+        Sum &sum = sums[size_t(x / factor)];
+        const int end = std::min(x + factor, count);
+        for (int from = x; from < end; from += most) {
+            auto part = *reinterpret_cast<const Wide::Four::Floats *>(line + from);
+            for (int i = from + 1; i < std::min(from + most, end); ++i)
+                part += *reinterpret_cast<const Wide::Four::Floats *>(line + i);
+            for (size_t i = 0; i < 4; ++i)
+                sum[i] += double(part[i]);
+        }
+    }
+}
+
+// Fills pixels `top` to `bottom` with means, reading a few lines at a time.
+bool fillMeans(VipsRegion &out, VipsRegion &in, int factor)
+{
+    constexpr int most = 1 << 15; // of pixels at a time
+    const VipsRect &area = out.valid;
+    const int left = area.left * factor;
+    const int width = std::min(area.width * factor, in.im->Xsize - left);
+    const int linesAtOnce = std::max(most / width, 1);
+    std::vector<Sum> sums(size_t(area.width));
+    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+        std::fill(sums.begin(), sums.end(), Sum());
+        const int end = std::min((y + 1) * factor, in.im->Ysize);
+        for (int line = y * factor; line < end; ++line) {
+            const int last = std::min(VIPS_RECT_BOTTOM(&area) * factor, in.im->Ysize);
+            const VipsRect wanted{left, line, width, std::min(linesAtOnce, last - line)};
+            const bool isThere = in.valid.height > 0 && line < VIPS_RECT_BOTTOM(&in.valid) && line >= in.valid.top;
+            if (!(isThere && line > area.top * factor) && vips_region_prepare(&in, &wanted) != 0)
+                return false;
+            addLine(sums, pixelAt(in, left, line), width, factor);
+        }
+        Pixel *row = pixelAt(out, area.left, y);
+        for (int x = 0; x < area.width; ++x) {
+            const double share = 1.0 / (double(std::min(factor, width - x * factor)) * (end - y * factor));
+            const Sum &sum = sums[size_t(x)];
+            row[x] = {float(sum[0] * share), float(sum[1] * share), float(sum[2] * share), float(sum[3] * share)};
+        }
+    }
+    return true;
+}
+
+}
+
 bool Neighbours::addSmaller(WorkingImage &image, int factor)
 {
     const QSize full = image.size();
     const QSize size((full.width() + factor - 1) / factor, (full.height() + factor - 1) / factor);
-    if (!image.keepPieces()) // read by rows
-        return false;
-    return image.addStep(size, Pieces::Tiles, [=](VipsRegion &out, VipsRegion *const *in) {
-        const VipsRect &area = out.valid;
-        const int left = area.left * factor;
-        const int width = std::min(area.width * factor, full.width() - left);
-        std::vector<std::array<double, 4>> sums(size_t(area.width));
-        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-            std::fill(sums.begin(), sums.end(), std::array<double, 4>());
-            const int end = std::min((y + 1) * factor, full.height());
-            for (int line = y * factor; line < end; ++line) {
-                const VipsRect wanted{left, line, width, 1};
-                if (vips_region_prepare(in[0], &wanted) != 0)
-                    return false;
-                const Pixel *from = pixelAt(*in[0], left, line);
-                for (int x = 0; x < width; ++x) {
-                    auto &sum = sums[size_t(x / factor)];
-                    sum = {sum[0] + double(from[x].r), sum[1] + double(from[x].g), sum[2] + double(from[x].b),
-                           sum[3] + double(from[x].a)};
-                }
-            }
-            Pixel *row = pixelAt(out, area.left, y);
-            for (int x = 0; x < area.width; ++x) {
-                const int across = std::min(factor, width - x * factor);
-                const double count = double(across) * (end - y * factor);
-                const auto &sum = sums[size_t(x)];
-                row[x] = {float(sum[0] / count), float(sum[1] / count), float(sum[2] / count), float(sum[3] / count)};
-            }
+    return image.keepPieces(WorkingImage::Reading::Around) &&
+           image.addStep(size, Pieces::Tiles,
+                         [=](VipsRegion &out, VipsRegion *const *in) { return fillMeans(out, *in[0], factor); });
+}
+
+namespace {
+
+/// Four neighbours from `first` on, and their weights.
+struct Between
+{
+    int first;
+    std::array<float, 4> weights;
+};
+
+// What lies at pixel `place` of the larger picture.
+Between betweenAt(int place, int factor, Neighbours::Curve curve)
+{
+    const double at = (place + 0.5) / factor - 0.5;
+    const double before = std::floor(at);
+    const auto t = float(at - before);
+    const float u = 1 - t;
+    if (curve == Neighbours::Curve::Straight)
+        return {int(before) - 1, {0, u, t, 0}};
+    return {int(before) - 1,
+            {u * u * u / 6, (4 - 6 * t * t + 3 * t * t * t) / 6, (4 - 6 * u * u + 3 * u * u * u) / 6, t * t * t / 6}};
+}
+
+void fillBetween(VipsRegion &out, VipsRegion &in, int factor, Neighbours::Curve curve)
+{
+    using Floats = Wide::Four::Floats;
+    const VipsRect &area = out.valid;
+    std::vector<Between> columns;
+    for (int x = 0; x < area.width; ++x)
+        columns.push_back(betweenAt(area.left + x, factor, curve));
+    const int width = in.im->Xsize;
+    const int first = columns.front().first; // which may lie before the edge
+    const int count = columns.back().first + 4 - first;
+    std::vector<Pixel> line(static_cast<size_t>(count));
+    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+        const Between rows = betweenAt(y, factor, curve);
+        std::array<const Pixel *, 4> from;
+        for (int i = 0; i < 4; ++i)
+            from[size_t(i)] = pixelAt(in, 0, std::clamp(rows.first + i, 0, in.im->Ysize - 1));
+        for (int x = 0; x < count; ++x) {
+            const int column = std::clamp(first + x, 0, width - 1);
+            const auto four = [&](size_t i) { return *reinterpret_cast<const Floats *>(from[i] + column); };
+            *reinterpret_cast<Floats *>(&line[size_t(x)]) = rows.weights[0] * four(0) + rows.weights[1] * four(1) +
+                                                            rows.weights[2] * four(2) + rows.weights[3] * four(3);
         }
-        return true;
-    });
+        Pixel *row = pixelAt(out, area.left, y);
+        Wide::run([&]() TAMSEL_WIDE {
+            for (int x = 0; x < area.width; ++x) {
+                const Between &column = columns[size_t(x)];
+                const auto *four = reinterpret_cast<const Floats *>(line.data() + column.first - first);
+                *reinterpret_cast<Floats *>(row + x) = column.weights[0] * four[0] + column.weights[1] * four[1] +
+                                                       column.weights[2] * four[2] + column.weights[3] * four[3];
+            }
+        });
+    }
+}
+
+}
+
+bool Neighbours::addLarger(WorkingImage &image, QSize size, int factor, Curve curve)
+{
+    return image.keepPieces(WorkingImage::Reading::Around) &&
+           image.addStep(size, Pieces::Tiles, [=](VipsRegion &out, VipsRegion *const *in) {
+               const VipsRect &area = out.valid;
+               const VipsRect whole{0, 0, in[0]->im->Xsize, in[0]->im->Ysize};
+               VipsRect wanted{area.left / factor - 2, area.top / factor - 2, area.width / factor + 5,
+                               area.height / factor + 5};
+               vips_rect_intersectrect(&wanted, &whole, &wanted);
+               if (vips_region_prepare(in[0], &wanted) != 0)
+                   return false;
+               fillBetween(out, *in[0], factor, curve);
+               return true;
+           });
 }
 
 int Neighbours::reductionFor(double length, double enough)
@@ -118,32 +218,9 @@ bool Neighbours::addReduced(WorkingImage &image, int factor, const std::function
     if (factor <= 1)
         return step(image);
     const QSize full = image.size();
-    if (!image.setAlpha(Alpha::Premultiplied) || !addSmaller(image, factor) || !image.keepPieces() || !step(image) ||
-        !image.setAlpha(Alpha::Premultiplied) || !image.keepPieces())
-        return false;
-    const double small = image.size().height();
-    return Sampling::addMapped(image, full, Sampling::Edge::Clamp, [=](QPointF place) {
-        // Both pictures begin at the top.
-        return QPointF(place.x() / factor, small - (full.height() - place.y()) / factor);
-    });
-}
-
-bool Neighbours::addGaussian(WorkingImage &image, double deviation)
-{
-    constexpr double least = 0.3;
-    constexpr double enough = 6;
-    if (deviation < least)
-        return true;
-    const double sigma = std::min(deviation, double(std::max(image.size().width(), image.size().height())));
-    const int factor = reductionFor(sigma, enough);
-    // Making smaller and larger blurs as well.
-    const double rest = factor > 1 ? std::sqrt(std::max(sigma * sigma / factor / factor - 0.25, 0.01)) : sigma;
-    return addReduced(image, factor, [rest](WorkingImage &reduced) {
-        return reduced.setAlpha(Alpha::Premultiplied) && reduced.add([rest](VipsImage *in, VipsImage **out) {
-            constexpr double atThree = 0.0111; // a bell's height at three deviations
-            return vips_gaussblur(in, out, rest, "min_ampl", atThree, "precision", VIPS_PRECISION_FLOAT, nullptr);
-        });
-    });
+    return image.setAlpha(Alpha::Premultiplied) && addSmaller(image, factor) &&
+           image.keepPieces(WorkingImage::Reading::Around) && step(image) && image.setAlpha(Alpha::Premultiplied) &&
+           addLarger(image, full, factor, Curve::Straight);
 }
 
 namespace {
@@ -265,6 +342,6 @@ bool Neighbours::addLightness(WorkingImage &image, double deviation)
 {
     return image.setAlpha(Alpha::Straight) && image.addPixelStep([](Pixel &pixel) {
         pixel = PixelMath::grey(SrgbCurve::encoded(luminance(pixel)), pixel.a);
-    }) && addGaussian(image, deviation) &&
+    }) && Blurring::addGaussian(image, deviation) &&
            image.setAlpha(Alpha::Straight);
 }

@@ -17,12 +17,13 @@ struct Tap
     float weight;
 };
 
+/// Repeats the edges' pixels on all sides.
+[[nodiscard]] bool addMargin(WorkingImage &image, int margin);
+
 /// `function(out, in)` finds pixel (x, y) and those around it in `in` at (x + margin, y + margin).
 using Function = std::function<void(VipsRegion &out, VipsRegion &in)>;
 [[nodiscard]] bool addStep(WorkingImage &image, int margin, Function function);
 
-/// A bell of that standard deviation, cut at three times that.
-[[nodiscard]] bool addGaussian(WorkingImage &image, double deviation);
 /// The mean of a square with that side.
 [[nodiscard]] bool addBox(WorkingImage &image, double side);
 /// The weighted mean of taps.
@@ -43,6 +44,12 @@ enum class Extreme { Least, Most };
 [[nodiscard]] int reductionFor(double length, double enough);
 /// Makes the image smaller: the mean of squares of `factor` pixels, cut at the right and at the bottom.
 [[nodiscard]] bool addSmaller(WorkingImage &image, int factor);
+enum class Curve {
+    Straight, ///< through the pixels
+    Smooth,   ///< beside them: blurs as three means of one pixel's width do
+};
+/// Makes an image that has been made smaller by `factor` as large as it was.
+[[nodiscard]] bool addLarger(WorkingImage &image, QSize size, int factor, Curve curve);
 /// The image made smaller, `step` on that, and large again.
 [[nodiscard]] bool addReduced(WorkingImage &image, int factor, const std::function<bool(WorkingImage &)> &step);
 

@@ -50,12 +50,24 @@ template<typename Function>
 template<typename Function>
 [[nodiscard]] bool addEncodedStep(WorkingImage &image, Function function)
 {
-    return addColorStep(image, [function](Pixel &pixel) {
-        eachColor(pixel, SrgbCurve::encoded);
-        function(pixel);
-        eachColor(pixel, SrgbCurve::linear);
-    });
+    return image.setEncoded() && image.addPixelStep(function);
 }
+
+/// A linear function of colours; alpha stays.
+struct Matrix
+{
+    Pixel ofRed; ///< what red adds to the colours
+    Pixel ofGreen;
+    Pixel ofBlue;
+    Pixel more; ///< is added to all
+
+    [[nodiscard]] Pixel operator()(const Pixel &p) const
+    {
+        const auto four = [](const Pixel &pixel) { return *reinterpret_cast<const Wide::Four::Floats *>(&pixel); };
+        const Wide::Four::Floats sum = p.r * four(ofRed) + p.g * four(ofGreen) + p.b * four(ofBlue) + four(more);
+        return {sum[0], sum[1], sum[2], p.a};
+    }
+};
 
 /// One number from another, without visible relation.
 [[nodiscard]] inline quint32 scrambled(quint32 n)

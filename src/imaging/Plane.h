@@ -9,7 +9,7 @@ namespace Plane {
 
 [[nodiscard]] inline double length(QPointF vector)
 {
-    return std::hypot(vector.x(), vector.y());
+    return std::sqrt(QPointF::dotProduct(vector, vector));
 }
 
 /// Counterclockwise.

@@ -19,7 +19,9 @@ struct Fetch
 {
     VipsRect area;
     std::vector<QPointF> places; // grouped by pixel, in the order of the rows
-    std::vector<int> ends;       // where each pixel's places end
+    std::vector<int> ends;       // where each pixel's places end; empty when each has one
+
+    [[nodiscard]] size_t endOf(size_t pixel) const { return ends.empty() ? pixel + 1 : size_t(ends[pixel]); }
 };
 
 // Far outside is as good as outside, and can be computed with.
@@ -41,7 +43,42 @@ public:
         , m_manner(manner)
     {}
 
+    using Floats = Wide::Four::Floats;
+
+    [[nodiscard]] Pixel meanOf(const QPointF *from, const QPointF *to) const
+    {
+        Floats sum{};
+        for (const QPointF *place = from; place != to; ++place) {
+            const Pixel pixel = mixedAt(*place);
+            sum += *reinterpret_cast<const Floats *>(&pixel);
+        }
+        sum /= float(std::max<ptrdiff_t>(to - from, 1));
+        return {sum[0], sum[1], sum[2], sum[3]};
+    }
     [[nodiscard]] Pixel mixedAt(QPointF place) const
+    {
+        // Places begin at -2.
+        const int x = int(place.x() + 3.5) - 4;
+        const int y = int(place.y() + 3.5) - 4;
+        const bool isInside = unsigned(x) < unsigned(m_size.width() - 1) && unsigned(y) < unsigned(m_size.height() - 1);
+        if (!isInside || m_manner.between != Sampling::Between::Linear)
+            return mixedSlowly(place);
+        const auto across = float(place.x() - 0.5 - x);
+        const auto down = float(place.y() - 0.5 - y);
+        const Pixel *above = pixelAt(m_region, x, y);
+        const auto *upper = reinterpret_cast<const Floats *>(above);
+        const auto *lower = reinterpret_cast<const Floats *>(reinterpret_cast<const char *>(above) + m_region.bpl);
+        const Floats high = upper[0] + across * (upper[1] - upper[0]);
+        const Floats low = lower[0] + across * (lower[1] - lower[0]);
+        Pixel result;
+        *reinterpret_cast<Floats *>(&result) = high + down * (low - high);
+        return result;
+    }
+
+private:
+    using Weights = std::array<float, 4>;
+
+    [[nodiscard]] Pixel mixedSlowly(QPointF place) const
     {
         const double left = std::floor(place.x() - 0.5);
         const double top = std::floor(place.y() - 0.5);
@@ -55,10 +92,6 @@ public:
         }
         return sum;
     }
-
-private:
-    using Weights = std::array<float, 4>;
-
     // Of the pixels from one before to two behind.
     [[nodiscard]] Weights weights(float t) const
     {
@@ -105,9 +138,9 @@ bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, 
 {
     constexpr qint64 most = 1 << 20; // of pixels at a time
     const QSize size(in.im->Xsize, in.im->Ysize);
-    const size_t begin = from == 0 ? 0 : size_t(fetch.ends[from - 1]);
+    const size_t begin = from == 0 ? 0 : fetch.endOf(from - 1);
     const QPointF *places = fetch.places.data();
-    const VipsRect bounds = boundsOf(places + begin, places + fetch.ends[to - 1], size);
+    const VipsRect bounds = boundsOf(places + begin, places + fetch.endOf(to - 1), size);
     if (qint64(bounds.width) * bounds.height > most && to - from > 1) {
         const size_t middle = (from + to) / 2;
         return fillPart(out, in, fetch, from, middle, manner) && fillPart(out, in, fetch, middle, to, manner);
@@ -115,42 +148,42 @@ bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, 
     if (vips_region_prepare(&in, &bounds) != 0)
         return false;
     const Window window(in, size, manner);
-    size_t place = begin;
-    for (size_t i = from; i < to; ++i) {
-        Pixel sum;
-        const auto end = size_t(fetch.ends[i]);
-        const float share = 1 / float(std::max<size_t>(end - place, 1));
-        for (; place < end; ++place) {
-            const Pixel pixel = window.mixedAt(places[place]);
-            sum = {sum.r + share * pixel.r, sum.g + share * pixel.g, sum.b + share * pixel.b, sum.a + share * pixel.a};
+    const auto width = size_t(fetch.area.width);
+    for (size_t i = from; i < to;) {
+        Pixel *row = pixelAt(out, fetch.area.left, fetch.area.top + int(i / width));
+        const size_t end = std::min(to, (i / width + 1) * width);
+        if (fetch.ends.empty()) {
+            Wide::run([&]() TAMSEL_WIDE {
+                for (; i < end; ++i)
+                    row[i % width] = window.mixedAt(places[i]);
+            });
+        } else {
+            for (; i < end; ++i)
+                row[i % width] = window.meanOf(places + (i == 0 ? 0 : fetch.endOf(i - 1)), places + fetch.endOf(i));
         }
-        const int width = fetch.area.width;
-        *pixelAt(out, fetch.area.left + int(i) % width, fetch.area.top + int(i) / width) = sum;
     }
     return true;
 }
 
+/// Appends the places for a row of pixels, and where each pixel's end when they can be several.
+using FindPlaces = std::function<void(QPointF first, int count, Fetch &fetch)>;
+
 // Fills an area of the piece, small enough for its places to fit into memory and to lie together.
-bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Manner manner, const Sampling::Spread &spread)
+bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Manner manner, const FindPlaces &find)
 {
     const QSize input(in.im->Xsize, in.im->Ysize);
     Fetch fetch{area, {}, {}};
-    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-        for (int x = area.left; x < VIPS_RECT_RIGHT(&area); ++x) {
-            spread(QPointF(x + 0.5, out.im->Ysize - y - 0.5), fetch.places);
-            fetch.ends.push_back(int(fetch.places.size()));
-        }
-    }
+    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y)
+        find(QPointF(area.left + 0.5, out.im->Ysize - y - 0.5), area.width, fetch);
     for (QPointF &place : fetch.places) {
         place = inReach(QPointF(place.x(), input.height() - place.y()), input);
         if (manner.isNearest)
             place = QPointF(std::floor(place.x()) + 0.5, std::floor(place.y()) + 0.5);
     }
-    return fillPart(out, in, fetch, 0, fetch.ends.size(), manner);
+    return fillPart(out, in, fetch, 0, size_t(area.width) * size_t(area.height), manner);
 }
 
-bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Between between,
-              const Sampling::Spread &spread)
+bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Between between, const FindPlaces &find)
 {
     const Manner manner{edge, between, image.samplesNearest()};
     if (!image.setAlpha(WorkingImage::Alpha::Premultiplied) || !image.keepPieces())
@@ -164,7 +197,7 @@ bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Be
             for (int x = piece.left; x < VIPS_RECT_RIGHT(&piece); x += side) {
                 const VipsRect area{x, y, std::min(side, VIPS_RECT_RIGHT(&piece) - x),
                                     std::min(side, VIPS_RECT_BOTTOM(&piece) - y)};
-                if (!fillArea(out, *in[0], area, manner, spread))
+                if (!fillArea(out, *in[0], area, manner, find))
                     return false;
             }
         }
@@ -174,13 +207,22 @@ bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Be
 
 }
 
-bool Sampling::addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map, Between between)
+bool Sampling::addMappedRows(WorkingImage &image, QSize size, Edge edge, const MapRow &map, Between between)
 {
-    return addFetch(image, size, edge, between,
-                    [map](QPointF place, std::vector<QPointF> &from) { from.push_back(map(place)); });
+    return addFetch(image, size, edge, between, [map](QPointF first, int count, Fetch &fetch) {
+        const size_t begin = fetch.places.size();
+        for (int i = 0; i < count; ++i)
+            fetch.places.emplace_back(first.x() + i, first.y());
+        map(fetch.places.data() + begin, count);
+    });
 }
 
 bool Sampling::addSpread(WorkingImage &image, Edge edge, const Spread &spread)
 {
-    return addFetch(image, image.size(), edge, Between::Linear, spread);
+    return addFetch(image, image.size(), edge, Between::Linear, [spread](QPointF first, int count, Fetch &fetch) {
+        for (int i = 0; i < count; ++i) {
+            spread(QPointF(first.x() + i, first.y()), fetch.places);
+            fetch.ends.push_back(int(fetch.places.size()));
+        }
+    });
 }

@@ -15,12 +15,21 @@ enum class Edge {
 /// How what lies between pixels is found.
 enum class Between { Linear, Cubic };
 
-/// Where in the image before it a pixel comes from.
-using Map = std::function<QPointF(QPointF)>;
+/// Replaces places in the new image by those that its pixels come from.
+using MapRow = std::function<void(QPointF *places, int count)>;
+[[nodiscard]] bool addMappedRows(WorkingImage &image, QSize size, Edge edge, const MapRow &map,
+                                 Between between = Between::Linear);
 
-/// Adds a step that makes an image of that size.
-[[nodiscard]] bool addMapped(WorkingImage &image, QSize size, Edge edge, const Map &map,
-                             Between between = Between::Linear);
+/// Adds a step that makes an image of that size; `map(place)` tells where in the image before it a pixel comes from.
+template<typename Map>
+[[nodiscard]] bool addMapped(WorkingImage &image, QSize size, Edge edge, Map map, Between between = Between::Linear)
+{
+    const auto mapRow = [map](QPointF *places, int count) {
+        for (int i = 0; i < count; ++i)
+            places[i] = map(places[i]);
+    };
+    return addMappedRows(image, size, edge, mapRow, between);
+}
 
 /// Several places for each pixel, all of the same weight, appended to a list.
 using Spread = std::function<void(QPointF place, std::vector<QPointF> &from)>;

@@ -1,3 +1,4 @@
+#include "Blurring.h"
 #include "FilterValues.h"
 #include "Neighbours.h"
 #include "PixelMath.h"
@@ -15,7 +16,7 @@ bool sharpenLuminance(WorkingImage &image, const FilterValues &values)
     return lightness.addPixelStep([](Pixel &pixel) {
         PixelMath::eachColor(pixel, SrgbCurve::encoded);
         pixel = PixelMath::grey(luminance(pixel), pixel.a);
-    }) && Neighbours::addGaussian(lightness, values.number("inputRadius")) &&
+    }) && Blurring::addGaussian(lightness, values.number("inputRadius")) &&
            lightness.setAlpha(Alpha::Straight) && image.combineWith(lightness, [=](Pixel &own, const Pixel &mean) {
                PixelMath::eachColor(own, SrgbCurve::encoded);
                const float more = sharpness * (luminance(own) - mean.r);
@@ -26,15 +27,11 @@ bool sharpenLuminance(WorkingImage &image, const FilterValues &values)
 bool unsharpMask(WorkingImage &image, const FilterValues &values)
 {
     const auto intensity = float(values.number("inputIntensity"));
-    if (!image.setAlpha(Alpha::Premultiplied))
-        return false;
-    WorkingImage blurred = image;
-    return Neighbours::addGaussian(blurred, values.number("inputRadius")) && blurred.setAlpha(Alpha::Premultiplied) &&
-           image.combineWith(blurred, [=](Pixel &own, const Pixel &mean) {
-               const float alpha = own.a;
-               own = PixelMath::mixed(mean, own, 1 + intensity);
-               own.a = alpha;
-           });
+    return Blurring::addWithGaussian(image, values.number("inputRadius"), [=](Pixel &own, const Pixel &mean) {
+        const float alpha = own.a;
+        own = PixelMath::mixed(mean, own, 1 + intensity);
+        own.a = alpha;
+    });
 }
 
 const FilterTable kFilters{

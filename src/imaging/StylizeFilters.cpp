@@ -1,3 +1,4 @@
+#include "Blurring.h"
 #include "EdgeFilters.h"
 #include "FilterValues.h"
 #include "MosaicFilters.h"
@@ -17,15 +18,11 @@ template<typename Limit>
 bool addGlow(WorkingImage &image, const FilterValues &values, Limit limit)
 {
     const auto intensity = float(values.number("inputIntensity"));
-    if (!image.setAlpha(Alpha::Premultiplied))
-        return false;
-    WorkingImage blurred = image;
-    return Neighbours::addGaussian(blurred, values.number("inputRadius")) && blurred.setAlpha(Alpha::Premultiplied) &&
-           image.combineWith(blurred, [=](Pixel &own, const Pixel &mean) {
-               own.r += intensity * limit(mean.r - own.r);
-               own.g += intensity * limit(mean.g - own.g);
-               own.b += intensity * limit(mean.b - own.b);
-           });
+    return Blurring::addWithGaussian(image, values.number("inputRadius"), [=](Pixel &own, const Pixel &mean) {
+        own.r += intensity * limit(mean.r - own.r);
+        own.g += intensity * limit(mean.g - own.g);
+        own.b += intensity * limit(mean.b - own.b);
+    });
 }
 
 bool bloom(WorkingImage &image, const FilterValues &values)

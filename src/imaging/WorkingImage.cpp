@@ -5,7 +5,11 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <thread>
+
+#include <sys/mman.h>
 
 namespace {
 
@@ -46,70 +50,140 @@ int runSource(VipsRegion *out, void *, void *, void *step, gboolean *)
     return static_cast<AddedStep *>(step)->run(*out, nullptr) ? 0 : -1;
 }
 
-float fromByte(int byte)
+using Light = WorkingImage::Light;
+using Levels = std::array<float, 256>;
+
+Levels levelsOf(Light light)
 {
-    return SrgbCurve::linear(float(byte) / 255);
+    Levels levels;
+    for (size_t i = 0; i < levels.size(); ++i) {
+        const float encoded = float(i) / 255;
+        levels[i] = light == Light::Linear ? SrgbCurve::linear(encoded) : encoded;
+    }
+    return levels;
 }
 
-Pixel fromRgb(QRgb rgb, const std::array<float, 256> &linear)
+Pixel fromRgb(QRgb rgb, Light light, const Levels &levels)
 {
     const int alpha = qAlpha(rgb);
     if (alpha == 255)
-        return {linear[size_t(qRed(rgb))], linear[size_t(qGreen(rgb))], linear[size_t(qBlue(rgb))], 1};
+        return {levels[size_t(qRed(rgb))], levels[size_t(qGreen(rgb))], levels[size_t(qBlue(rgb))], 1};
     if (alpha == 0)
         return {};
-    const auto part = [&](int component) { return SrgbCurve::linear(float(component) / float(alpha)); };
+    const auto part = [&](int component) {
+        const float encoded = float(component) / float(alpha);
+        return light == Light::Linear ? SrgbCurve::linear(encoded) : encoded;
+    };
     return {part(qRed(rgb)), part(qGreen(rgb)), part(qBlue(rgb)), float(alpha) / 255};
 }
 
-WorkingImage::Step sourceStep(const QImage &pixels)
-{
-    std::array<float, 256> linear;
-    for (size_t i = 0; i < linear.size(); ++i)
-        linear[i] = fromByte(int(i));
-    const bool isOpaque = !pixels.hasAlphaChannel();
-    return [&pixels, linear, isOpaque](VipsRegion &out, VipsRegion *const *) {
-        const VipsRect &area = out.valid;
-        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-            const auto *from = reinterpret_cast<const QRgb *>(pixels.constScanLine(y)) + area.left;
-            Pixel *to = pixelAt(out, area.left, y);
-            for (int x = 0; x < area.width; ++x)
-                to[x] = fromRgb(isOpaque ? from[x] | 0xff000000U : from[x], linear);
-        }
-        return true;
-    };
-}
-
 // No filter makes sense of more, and sums of such values stay numbers.
-float sane(float value)
-{
-    constexpr float most = 1e6F;
-    if (value > most)
-        return most;
-    return value >= -most ? value : value < 0 ? -most : 0;
-}
-
 void makeSane(Pixel *row, int count)
 {
     float *values = &row->r;
-    for (int i = 0; i < count * kBands; ++i)
-        values[i] = sane(values[i]);
+    Wide::runFloats(count * kBands, [=](int i, auto many) TAMSEL_WIDE {
+        using Floats = typename decltype(many)::Floats;
+        const Floats most = Floats{} + 1e6F;
+        auto &value = *reinterpret_cast<Floats *>(values + i);
+        value = value == value ? value : Floats{}; // no number
+        value = value < most ? value : most;
+        value = value > -most ? value : -most;
+    });
+}
+
+constexpr int kMostAtOnce = 256; // pixels, that stay in the processor's nearest memory
+
+// Calls `finish(row, count, x, y)` for the pixels of an area behind the steps, a few at a time.
+template<typename Finish>
+void runRows(VipsRegion &in, const VipsRect &area, const std::vector<WorkingImage::RowStep> &steps, Finish finish)
+{
+    std::array<Pixel, kMostAtOnce> part;
+    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+        for (int x = area.left; x < VIPS_RECT_RIGHT(&area); x += kMostAtOnce) {
+            const int count = std::min(kMostAtOnce, VIPS_RECT_RIGHT(&area) - x);
+            const Pixel *from = pixelAt(in, x, y);
+            if (!steps.empty()) {
+                std::memcpy(part.data(), from, size_t(count) * sizeof(Pixel));
+                from = part.data();
+            }
+            for (const auto &step : steps)
+                step(part.data(), count, x, y);
+            finish(from, count, x, y);
+        }
+    }
+}
+
+/// Pixels as they come from a picture, behind the first steps.
+class Source
+{
+public:
+    Source(const QImage &pixels, Light light, std::vector<WorkingImage::RowStep> steps)
+        : m_pixels(pixels)
+        , m_light(light)
+        , m_levels(levelsOf(light))
+        , m_steps(std::move(steps))
+        , m_isOpaque(!pixels.hasAlphaChannel())
+    {}
+
+    /// Calls `finish(row, count, x, y)` as above.
+    template<typename Finish>
+    void run(const VipsRect &area, Finish finish) const
+    {
+        std::array<Pixel, kMostAtOnce> part;
+        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+            const auto *line = reinterpret_cast<const QRgb *>(m_pixels.constScanLine(y));
+            for (int x = area.left; x < VIPS_RECT_RIGHT(&area); x += kMostAtOnce) {
+                const int count = std::min(kMostAtOnce, VIPS_RECT_RIGHT(&area) - x);
+                read(part.data(), line + x, count);
+                for (const auto &step : m_steps)
+                    step(part.data(), count, x, y);
+                finish(part.data(), count, x, y);
+            }
+        }
+    }
+
+private:
+    void read(Pixel *to, const QRgb *from, int count) const
+    {
+        for (int i = 0; i < count; ++i) {
+            const QRgb rgb = from[i];
+            if (m_isOpaque)
+                to[i] = {m_levels[rgb >> 16 & 255], m_levels[rgb >> 8 & 255], m_levels[rgb & 255], 1};
+            else
+                to[i] = fromRgb(rgb, m_light, m_levels);
+        }
+    }
+
+    const QImage &m_pixels;
+    Light m_light;
+    Levels m_levels;
+    std::vector<WorkingImage::RowStep> m_steps;
+    bool m_isOpaque;
+};
+
+// Copies pixels into a piece.
+auto into(VipsRegion &out)
+{
+    return [&out](const Pixel *row, int count, int x, int y) {
+        Pixel *to = pixelAt(out, x, y);
+        std::memcpy(to, row, size_t(count) * sizeof(Pixel));
+        makeSane(to, count);
+    };
 }
 
 }
 
 WorkingImage::WorkingImage(const QImage &pixels)
-    : m_frame(pixels.size())
+    : m_source(&pixels)
+    , m_frame(pixels.size())
+    , m_mayBeClear(pixels.hasAlphaChannel())
 {
     ensureVips();
-    m_mayBeClear = pixels.hasAlphaChannel();
-    if (!addStep(std::vector<VipsImage *>(), pixels.size(), Pieces::Rows, sourceStep(pixels)))
-        m_image.reset();
 }
 
 QSize WorkingImage::size() const
 {
-    return {vips_image_get_width(m_image.get()), vips_image_get_height(m_image.get())};
+    return m_source ? m_frame : QSize(vips_image_get_width(m_image.get()), vips_image_get_height(m_image.get()));
 }
 
 bool WorkingImage::take(VipsImage *image)
@@ -138,6 +212,8 @@ bool WorkingImage::addStep(const std::vector<VipsImage *> &inputs, QSize size, P
 
 bool WorkingImage::addStep(QSize size, Pieces pieces, Step step)
 {
+    if (!addRows())
+        return false;
     m_isCostly = m_isCostly || pieces == Pieces::Tiles;
     return addStep({m_image.get()}, size, pieces, std::move(step));
 }
@@ -154,21 +230,33 @@ bool prepareSame(VipsRegion &in, const VipsRegion &out)
 
 bool WorkingImage::addRowStep(RowStep step)
 {
-    return addStep(size(), Pieces::Rows, [step = std::move(step)](VipsRegion &out, VipsRegion *const *in) {
-        if (!prepareSame(*in[0], out))
-            return false;
-        const VipsRect &area = out.valid;
-        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-            Pixel *row = pixelAt(out, area.left, y);
-            std::memcpy(row, pixelAt(*in[0], area.left, y), size_t(area.width) * sizeof(Pixel));
-            step(row, area.width, area.left, y);
-            makeSane(row, area.width);
-        }
-        return true;
-    });
+    m_rowSteps.push_back(std::move(step));
+    return true;
 }
 
-bool WorkingImage::combineWith(const WorkingImage &other, std::function<void(Pixel &, const Pixel &)> step)
+bool WorkingImage::addRows()
+{
+    if (m_source) {
+        const Source source(*std::exchange(m_source, nullptr), m_sourceLight.value_or(m_light),
+                            std::exchange(m_rowSteps, {}));
+        return addStep(std::vector<VipsImage *>(), m_frame, Pieces::Rows,
+                       [source](VipsRegion &out, VipsRegion *const *) {
+                           source.run(out.valid, into(out));
+                           return true;
+                       });
+    }
+    if (m_rowSteps.empty())
+        return true;
+    return addStep({m_image.get()}, size(), Pieces::Rows,
+                   [steps = std::exchange(m_rowSteps, {})](VipsRegion &out, VipsRegion *const *in) {
+                       if (!prepareSame(*in[0], out))
+                           return false;
+                       runRows(*in[0], out.valid, steps, into(out));
+                       return true;
+                   });
+}
+
+bool WorkingImage::combineRows(const WorkingImage &other, RowCombination step)
 {
     const auto run = [step = std::move(step)](VipsRegion &out, VipsRegion *const *in) {
         if (!prepareSame(*in[0], out) || !prepareSame(*in[1], out))
@@ -176,43 +264,56 @@ bool WorkingImage::combineWith(const WorkingImage &other, std::function<void(Pix
         const VipsRect &area = out.valid;
         for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
             Pixel *row = pixelAt(out, area.left, y);
-            const Pixel *own = pixelAt(*in[0], area.left, y);
-            const Pixel *theirs = pixelAt(*in[1], area.left, y);
-            for (int x = 0; x < area.width; ++x) {
-                row[x] = own[x];
-                step(row[x], theirs[x]);
-            }
+            std::memcpy(row, pixelAt(*in[0], area.left, y), size_t(area.width) * sizeof(Pixel));
+            step(row, pixelAt(*in[1], area.left, y), area.width);
             makeSane(row, area.width);
         }
         return true;
     };
+    WorkingImage theirs = other;
+    if (!addRows() || !theirs.addRows())
+        return false;
     m_isCostly = m_isCostly || other.m_isCostly;
-    return addStep({m_image.get(), other.m_image.get()}, size(), Pieces::Rows, run);
+    return addStep({m_image.get(), theirs.m_image.get()}, size(), Pieces::Rows, run);
 }
 
-bool WorkingImage::setAlpha(Alpha form)
+bool WorkingImage::setForm(Alpha alpha, Light light)
 {
-    if (form == m_alpha)
-        return true;
-    m_alpha = form;
-    if (!m_mayBeClear)
-        return true;
-    if (form == Alpha::Premultiplied)
-        return addPixelStep([](Pixel &p) { p = {p.r * p.a, p.g * p.a, p.b * p.a, p.a}; });
-    return addPixelStep([](Pixel &p) {
-        const float share = p.a > 0 ? 1 / p.a : 0;
-        p = {p.r * share, p.g * share, p.b * share, p.a};
-    });
+    if (m_source && !m_sourceLight)
+        m_sourceLight = m_light = light; // it can be had in either
+    const auto multiply = [this](Alpha form) {
+        if (form == std::exchange(m_alpha, form) || !m_mayBeClear)
+            return true;
+        if (form == Alpha::Premultiplied)
+            return addPixelStep([](Pixel &p) { p = {p.r * p.a, p.g * p.a, p.b * p.a, p.a}; });
+        return addPixelStep([](Pixel &p) {
+            const float share = p.a > 0 ? 1 / p.a : 0;
+            p = {p.r * share, p.g * share, p.b * share, p.a};
+        });
+    };
+    if (light == m_light)
+        return multiply(alpha);
+    if (!multiply(Alpha::Straight))
+        return false;
+    m_light = light;
+    const auto convert = [this](auto curve) {
+        return addPixelStep([curve](Pixel &p) { p = {curve(p.r), curve(p.g), curve(p.b), p.a}; });
+    };
+    const bool isConverted = light == Light::Linear ? convert([](float c) { return SrgbCurve::linear(c); })
+                                                    : convert([](float c) { return SrgbCurve::encoded(c); });
+    return isConverted && multiply(alpha);
 }
 
-bool WorkingImage::keepPieces()
+bool WorkingImage::keepPieces(Reading reading)
 {
     constexpr int side = 128;
     constexpr int most = (64 << 20) / (side * side * int(sizeof(Pixel)));
     if (!m_isCostly)
         return true;
-    const bool isKept = add([](VipsImage *in, VipsImage **out) {
-        return vips_tilecache(in, out, "tile_width", side, "tile_height", side, "max_tiles", most, "access",
+    const int bands = reading == Reading::Around ? 3 : most; // of tiles from the left to the right
+    const int kept = std::min(most, bands * (size().width() / side + 2));
+    const bool isKept = add([kept](VipsImage *in, VipsImage **out) {
+        return vips_tilecache(in, out, "tile_width", side, "tile_height", side, "max_tiles", kept, "access",
                               VIPS_ACCESS_RANDOM, "threaded", TRUE, nullptr);
     });
     m_isCostly = !isKept;
@@ -221,34 +322,83 @@ bool WorkingImage::keepPieces()
 
 namespace {
 
+/// The bytes of evenly many levels of linear light, fine enough for the darkest ones.
+class ByteTable
+{
+public:
+    static constexpr int kMost = (1 << 14) - 1;
+
+    ByteTable()
+    {
+        for (size_t i = 0; i < m_bytes.size(); ++i)
+            m_bytes[i] = uchar(SrgbCurve::encoded(float(i) / kMost) * 255 + 0.5F);
+    }
+    [[nodiscard]] QRgb operator[](int level) const { return m_bytes[size_t(level)]; }
+
+private:
+    std::array<uchar, kMost + 1> m_bytes;
+};
+
 int byteOf(float value)
 {
     return value > 0 ? int(std::min(value, 1.0F) * 255 + 0.5F) : 0;
 }
 
-QRgb rgbFrom(const Pixel &pixel)
+QRgb clearRgbFrom(const Pixel &pixel, Light light)
 {
     const float alpha = pixel.a > 0 ? std::min(pixel.a, 1.0F) : 0;
     const auto part = [&](float value) {
-        return value > 0 ? byteOf(SrgbCurve::encoded(std::min(value, 1.0F)) * alpha) : 0;
+        const float limited = value > 0 ? std::min(value, 1.0F) : 0;
+        return byteOf((light == Light::Linear ? SrgbCurve::encoded(limited) : limited) * alpha);
     };
     return qRgba(part(pixel.r), part(pixel.g), part(pixel.b), byteOf(alpha));
 }
 
-// Whether every pixel is opaque.
-bool writePiece(VipsRegion &piece, uchar *bits, qsizetype bytesPerLine)
+using AllLevels = std::array<int, kMostAtOnce * kBands>;
+
+// From 0 to `most`; 0 for no number.
+void findLevels(AllLevels &levels, const Pixel *from, int count, float last)
 {
-    const VipsRect &area = piece.valid;
-    QRgb common = 0xff000000U;
-    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-        auto *to = reinterpret_cast<QRgb *>(bits + y * bytesPerLine) + area.left;
-        const Pixel *from = pixelAt(piece, area.left, y);
-        for (int x = 0; x < area.width; ++x) {
-            to[x] = rgbFrom(from[x]);
-            common &= to[x];
-        }
+    const float *values = &from->r;
+    int *to = levels.data();
+    Wide::runFloats(count * kBands, [=](int i, auto many) TAMSEL_WIDE {
+        using Floats = typename decltype(many)::Floats;
+        using Ints = typename decltype(many)::Ints;
+        const Floats most = Floats{} + last;
+        Floats level = *reinterpret_cast<const Floats *>(values + i) * most + 0.5F;
+        level = level > 0 ? level : Floats{};
+        level = level < most ? level : most;
+        *reinterpret_cast<Ints *>(to + i) = __builtin_convertvector(level, Ints);
+    });
+}
+
+// At most kMostAtOnce pixels.
+void writeOpaque(QRgb *to, const Pixel *from, int count, Light light)
+{
+    static const ByteTable bytes;
+    AllLevels levels;
+    findLevels(levels, from, count, light == Light::Linear ? ByteTable::kMost : 255);
+    const int *level = levels.data();
+    for (int x = 0; x < count; ++x, level += kBands) {
+        if (light == Light::Linear)
+            to[x] = 0xff000000U | bytes[level[0]] << 16 | bytes[level[1]] << 8 | bytes[level[2]];
+        else
+            to[x] = 0xff000000U | QRgb(level[0]) << 16 | QRgb(level[1]) << 8 | QRgb(level[2]);
     }
-    return qAlpha(common) == 255;
+}
+
+// Whether every pixel is opaque.
+bool writeClear(QRgb *to, const Pixel *from, int count, Light light)
+{
+    writeOpaque(to, from, count, light);
+    bool isOpaque = true;
+    for (int x = 0; x < count; ++x) {
+        if (from[x].a >= 1)
+            continue;
+        to[x] = clearRgbFrom(from[x], light);
+        isOpaque = isOpaque && qAlpha(to[x]) == 255;
+    }
+    return isOpaque;
 }
 
 int visitPiece(VipsRegion *piece, void *, void *visit, void *, gboolean *)
@@ -265,13 +415,21 @@ int threadsFor(QSize size)
 
 }
 
+bool WorkingImage::sink(std::function<bool(VipsRegion &)> visit) const
+{
+    VipsImage *last = nullptr;
+    if (vips_copy(m_image.get(), &last, nullptr) != 0)
+        return false;
+    vips_image_set_int(last, VIPS_META_CONCURRENCY, threadsFor(size()));
+    const bool isDone = vips_sink(last, nullptr, visitPiece, nullptr, &visit, nullptr) == 0;
+    g_object_unref(last);
+    return isDone;
+}
+
 bool WorkingImage::visitPieces(std::function<bool(VipsRegion &)> visit) const
 {
-    WorkingImage last = *this;
-    if (!last.add([](VipsImage *in, VipsImage **out) { return vips_copy(in, out, nullptr); }))
-        return false;
-    vips_image_set_int(last.m_image.get(), VIPS_META_CONCURRENCY, threadsFor(size()));
-    return vips_sink(last.m_image.get(), nullptr, visitPiece, nullptr, &visit, nullptr) == 0;
+    WorkingImage whole = *this;
+    return whole.addRows() && whole.sink(std::move(visit));
 }
 
 // What lies outside is never computed; what is not there is clear.
@@ -288,20 +446,79 @@ bool WorkingImage::fitFrame()
     });
 }
 
+namespace {
+
+// In large pages of memory, which the kernel hands out faster than many small ones.
+QImage largeImage(QSize size, QImage::Format format)
+{
+    constexpr size_t page = 2 << 20;
+    const size_t bytes = size_t(size.width()) * size_t(size.height()) * sizeof(QRgb);
+    void *memory = bytes >= 4 * page ? std::aligned_alloc(page, (bytes + page - 1) / page * page) : nullptr;
+    if (!memory)
+        return {size, format};
+    madvise(memory, bytes, MADV_HUGEPAGE); // if the system has them
+    return {static_cast<uchar *>(memory),
+            size.width(),
+            size.height(),
+            size.width() * qsizetype(sizeof(QRgb)),
+            format,
+            std::free,
+            memory};
+}
+
+// Runs `work(rows)` for bands of rows on several threads, until one of them tells false.
+bool forBands(QSize size, const std::function<bool(const VipsRect &)> &work)
+{
+    constexpr int height = 16;
+    std::atomic<int> next = 0;
+    std::atomic<bool> isDone = true;
+    const auto run = [&] {
+        for (int top = next.fetch_add(height); top < size.height() && isDone; top = next.fetch_add(height)) {
+            if (!work({0, top, size.width(), std::min(height, size.height() - top)}))
+                isDone = false;
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 1; i < threadsFor(size); ++i)
+        threads.emplace_back(run);
+    run();
+    for (std::thread &thread : threads)
+        thread.join();
+    return isDone;
+}
+
+}
+
 QImage WorkingImage::pixels(const std::atomic<bool> *cancelled)
 {
-    QImage image(m_frame, QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull() || !setAlpha(Alpha::Straight) || !fitFrame())
+    if (!setForm(Alpha::Straight, m_light) || !fitFrame())
+        return {};
+    QImage image = largeImage(m_frame, m_mayBeClear ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    if (image.isNull())
         return {};
     uchar *bits = image.bits(); // once: the threads must not detach the image
     std::atomic<bool> isOpaque = true;
-    const bool isDone = visitPieces([&](VipsRegion &piece) {
-        if (cancelled && cancelled->load(std::memory_order_relaxed))
-            return false;
-        if (!writePiece(piece, bits, image.bytesPerLine()))
+    const auto write = [&](const Pixel *row, int count, int x, int y) {
+        auto *to = reinterpret_cast<QRgb *>(bits + y * image.bytesPerLine()) + x;
+        if (!m_mayBeClear)
+            writeOpaque(to, row, count, m_light);
+        else if (!writeClear(to, row, count, m_light))
             isOpaque = false;
-        return true;
-    });
+    };
+    const auto isCancelled = [&] { return cancelled && cancelled->load(std::memory_order_relaxed); };
+    bool isDone = false;
+    if (m_source) {
+        const Source source(*m_source, m_sourceLight.value_or(m_light), m_rowSteps);
+        isDone = forBands(m_frame, [&](const VipsRect &band) {
+            source.run(band, write);
+            return !isCancelled();
+        });
+    } else {
+        isDone = sink([&](VipsRegion &piece) {
+            runRows(piece, piece.valid, m_rowSteps, write);
+            return !isCancelled();
+        });
+    }
     if (isOpaque)
         image.reinterpretAsFormat(QImage::Format_RGB32);
     return isDone ? image : QImage();

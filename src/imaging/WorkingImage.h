@@ -1,6 +1,7 @@
 #pragma once
 
 #include "VipsSupport.h"
+#include "Wide.h"
 
 #include <QImage>
 #include <QPointF>
@@ -9,6 +10,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -27,21 +29,25 @@ class WorkingImage
 {
 public:
     enum class Alpha { Straight, Premultiplied };
+    enum class Light { Linear, Encoded };
     enum class Pieces { Rows, Tiles };
     /// Fills the valid part of `out`; false on failure. Runs on several threads at once.
     using Step = std::function<bool(VipsRegion &out, VipsRegion *const *in)>;
     using RowStep = std::function<void(Pixel *row, int count, int x, int y)>;
+    using RowCombination = std::function<void(Pixel *row, const Pixel *other, int count)>;
 
     WorkingImage() = default;
     /// `pixels` (Format_RGB32 or Format_ARGB32_Premultiplied) outlive the working image and its copies.
     explicit WorkingImage(const QImage &pixels);
 
-    [[nodiscard]] bool isNull() const { return !m_image; }
+    [[nodiscard]] bool isNull() const { return !m_image && !m_source; }
     [[nodiscard]] QSize size() const;
     /// The size of the picture at first: from the left bottom corner, what of the image is wanted in the end.
     [[nodiscard]] QSize frame() const { return m_frame; }
-    /// The form of the colours; opaque pictures take either form for nothing.
-    [[nodiscard]] bool setAlpha(Alpha form);
+    /// The form of the colours, in linear light; opaque pictures take either form for nothing.
+    [[nodiscard]] bool setAlpha(Alpha form) { return setForm(form, Light::Linear); }
+    /// Encoded colours of sRGB, alpha not multiplied in, until another form is asked for: for steps on single pixels.
+    [[nodiscard]] bool setEncoded() { return setForm(Alpha::Straight, Light::Encoded); }
     /// For steps that make opaque pixels clear.
     void setMayBeClear() { m_mayBeClear = true; }
     /// Asks the next filter to take the nearest pixel where it would find what lies between pixels.
@@ -56,12 +62,30 @@ public:
     /// Adds a step that changes pixels where they are.
     [[nodiscard]] bool addRowStep(RowStep step);
     /// The same with another image of the same size and form: `step(pixel, of the other)`.
-    [[nodiscard]] bool combineWith(const WorkingImage &other, std::function<void(Pixel &, const Pixel &)> step);
+    template<typename Function>
+    [[nodiscard]] bool combineWith(const WorkingImage &other, Function step)
+    {
+        return combineRows(other, eachOfRows(step));
+    }
+    [[nodiscard]] bool combineRows(const WorkingImage &other, RowCombination step);
+    /// Calls `function(pixel, of the other)` for rows.
+    template<typename Function>
+    [[nodiscard]] static RowCombination eachOfRows(Function function)
+    {
+        return [function](Pixel *row, const Pixel *other, int count) {
+            Wide::run([&]() TAMSEL_WIDE {
+                for (int i = 0; i < count; ++i)
+                    function(row[i], other[i]);
+            });
+        };
+    }
     /// Adds an operation `operation(in, &out)` of libvips that keeps the bands.
     template<typename Operation>
     [[nodiscard]] bool add(Operation operation)
     {
         VipsImage *out = nullptr;
+        if (!addRows())
+            return false;
         m_isCostly = true;
         return operation(m_image.get(), &out) == 0 && take(out);
     }
@@ -70,8 +94,10 @@ public:
     [[nodiscard]] bool addPixelStep(Function function)
     {
         return addRowStep([function](Pixel *row, int count, int, int) {
-            for (int i = 0; i < count; ++i)
-                function(row[i]);
+            Wide::run([&]() TAMSEL_WIDE {
+                for (int i = 0; i < count; ++i)
+                    function(row[i]);
+            });
         });
     }
     /// Adds a step `function(pixel, place)`; places count from the left bottom corner, to the middle of pixels.
@@ -83,9 +109,11 @@ public:
                 function(row[i], QPointF(x + i + 0.5, height - y - 0.5));
         });
     }
+    /// Where a next step reads.
+    enum class Reading { Around, Anywhere };
     /// Keeps what has been computed last, where that is worth while, for a next step that asks for the same pixels
     /// again and again or for a few at a time.
-    [[nodiscard]] bool keepPieces();
+    [[nodiscard]] bool keepPieces(Reading reading = Reading::Anywhere);
 
     /// Computes every piece once and hands it to `visit`, on several threads; ends early when that tells false.
     [[nodiscard]] bool visitPieces(std::function<bool(VipsRegion &)> visit) const;
@@ -93,12 +121,19 @@ public:
     [[nodiscard]] QImage pixels(const std::atomic<bool> *cancelled);
 
 private:
-    [[nodiscard]] bool take(VipsImage *image);
+    [[nodiscard]] bool setForm(Alpha alpha, Light light);
+    [[nodiscard]] bool addRows();
     [[nodiscard]] bool fitFrame();
+    [[nodiscard]] bool take(VipsImage *image);
+    [[nodiscard]] bool sink(std::function<bool(VipsRegion &)> visit) const;
     [[nodiscard]] bool addStep(const std::vector<VipsImage *> &inputs, QSize size, Pieces pieces, Step step);
 
+    const QImage *m_source = nullptr; // until a step needs more than single pixels
     std::shared_ptr<VipsImage> m_image;
+    std::vector<RowStep> m_rowSteps;    // that are to follow, together
+    std::optional<Light> m_sourceLight; // the form in which the first of them takes the source
     Alpha m_alpha = Alpha::Straight;
+    Light m_light = Light::Linear;
     QSize m_frame;
     bool m_mayBeClear = false;
     bool m_samplesNearest = false;
