@@ -1,5 +1,6 @@
 #include "Blurring.h"
 #include "FilterValues.h"
+#include "MorphologyFilters.h"
 #include "Neighbours.h"
 #include "PixelMath.h"
 #include "Sampling.h"
@@ -10,7 +11,6 @@
 
 namespace {
 
-using Neighbours::Extreme;
 using Neighbours::Tap;
 using PixelMath::smooth;
 
@@ -181,86 +181,6 @@ bool zoomBlur(WorkingImage &image, const FilterValues &values)
     });
 }
 
-// How far a disc reaches to either side, row by row.
-std::vector<int> discSpans(double radius)
-{
-    std::vector<int> spans;
-    const int reach = int(radius);
-    for (int y = -reach; y <= reach; ++y)
-        spans.push_back(int(std::sqrt(radius * radius - y * y) + 1e-9));
-    return spans;
-}
-
-bool addDiscExtreme(WorkingImage &image, double radius, Extreme extreme)
-{
-    constexpr double enough = 60;
-    const double length = within(image, radius);
-    const int factor = Neighbours::reductionFor(length, enough);
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
-        return Neighbours::addExtreme(reduced, extreme, discSpans(length / factor));
-    });
-}
-
-bool morphologyMaximum(WorkingImage &image, const FilterValues &values)
-{
-    return addDiscExtreme(image, values.number("inputRadius"), Extreme::Most);
-}
-
-bool morphologyMinimum(WorkingImage &image, const FilterValues &values)
-{
-    return addDiscExtreme(image, values.number("inputRadius"), Extreme::Least);
-}
-
-bool morphologyGradient(WorkingImage &image, const FilterValues &values)
-{
-    const double radius = values.number("inputRadius");
-    if (!image.setAlpha(WorkingImage::Alpha::Straight))
-        return false;
-    WorkingImage most = image;
-    WorkingImage least = image;
-    return addDiscExtreme(most, radius, Extreme::Most) && addDiscExtreme(least, radius, Extreme::Least) &&
-           most.setAlpha(WorkingImage::Alpha::Straight) && least.setAlpha(WorkingImage::Alpha::Straight) &&
-           most.combineWith(least,
-                            [](Pixel &m, const Pixel &l) {
-                                m = {m.r - l.r, m.g - l.g, m.b - l.b, m.a};
-                            }) &&
-           image.combineWith(most, [](Pixel &own, const Pixel &apart) {
-               own = {apart.r, apart.g, apart.b, own.a};
-           });
-}
-
-// The pixels to either side of the middle one of a stretch of `length` that is odd when not scaled.
-int halfOf(double length, double scale)
-{
-    const double odd = 2 * std::floor(length / scale / 2) + 1;
-    return int(std::round((odd * scale - 1) / 2));
-}
-
-bool addRectangleExtreme(WorkingImage &image, const FilterValues &values, Extreme extreme)
-{
-    constexpr double enough = 240;
-    const double width = within(image, values.number("inputWidth"));
-    const double height = within(image, values.number("inputHeight"));
-    const int factor = Neighbours::reductionFor(std::max(width, height), enough);
-    const double scale = values.scale() / factor;
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
-        const int across = std::max(halfOf(width / factor, scale), 0);
-        const int down = std::max(halfOf(height / factor, scale), 0);
-        return Neighbours::addExtreme(reduced, extreme, {across}) &&
-               Neighbours::addExtreme(reduced, extreme, std::vector<int>(size_t(2 * down + 1), 0));
-    });
-}
-
-bool morphologyRectangleMaximum(WorkingImage &image, const FilterValues &values)
-{
-    return addRectangleExtreme(image, values, Extreme::Most);
-}
-
-bool morphologyRectangleMinimum(WorkingImage &image, const FilterValues &values)
-{
-    return addRectangleExtreme(image, values, Extreme::Least);
-}
-
 const FilterTable kFilters{
     {"CIBoxBlur",
      QT_TRANSLATE_NOOP("FilterLibrary", "Box Blur"),
@@ -318,29 +238,29 @@ const FilterTable kFilters{
      QT_TRANSLATE_NOOP("FilterLibrary",
                        "Shows edges as the difference between the local maximum and the local minimum."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 5.0, {}, 0.0, 50.0}},
-     morphologyGradient},
+     Morphology::gradient},
     {"CIMorphologyMaximum",
      QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Maximum"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Grows light areas by taking the local maximum in a disc."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 0.0, 0.0, 0.0, 50.0}},
-     morphologyMaximum},
+     Morphology::maximum},
     {"CIMorphologyMinimum",
      QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Minimum"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Grows dark areas by taking the local minimum in a disc."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 0.0, 0.0, 0.0, 50.0}},
-     morphologyMinimum},
+     Morphology::minimum},
     {"CIMorphologyRectangleMaximum",
      QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Rectangle Maximum"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Grows light areas by taking the local maximum in a rectangle."),
      {{"inputWidth", QT_TRANSLATE_NOOP("FilterLibrary", "Width"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0},
       {"inputHeight", QT_TRANSLATE_NOOP("FilterLibrary", "Height"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0}},
-     morphologyRectangleMaximum},
+     Morphology::rectangleMaximum},
     {"CIMorphologyRectangleMinimum",
      QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Rectangle Minimum"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Grows dark areas by taking the local minimum in a rectangle."),
      {{"inputWidth", QT_TRANSLATE_NOOP("FilterLibrary", "Width"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0},
       {"inputHeight", QT_TRANSLATE_NOOP("FilterLibrary", "Height"), InputKind::Pixels, 5.0, 1.0, 1.0, 49.0}},
-     morphologyRectangleMinimum},
+     Morphology::rectangleMinimum},
 };
 
 }

@@ -37,19 +37,20 @@ double varianceOf(const std::vector<float> &weights)
 // Weighs floats with those `step` floats and its multiples to either side.
 void weigh(float *to, const float *middle, int count, ptrdiff_t step, const std::vector<float> &weights)
 {
-    const float first = weights[0];
-    const auto weighAt = [=, &weights](int i, auto many) TAMSEL_WIDE {
+    const float *weight = weights.data();
+    const size_t reach = weights.size();
+    const auto weighAt = [=](int i, auto many) TAMSEL_WIDE {
         using Floats = typename decltype(many)::Floats;
         constexpr size_t sums = sizeof(Floats) == sizeof(Wide::Eight::Floats) ? 4 : 1; // side by side, as each waits
         const auto *own = reinterpret_cast<const Floats *>(middle + i);
         Floats sum[sums];
         for (size_t n = 0; n < sums; ++n)
-            sum[n] = first * own[n];
-        for (size_t k = 1; k < weights.size(); ++k) {
+            sum[n] = weight[0] * own[n];
+        for (size_t k = 1; k < reach; ++k) {
             const auto *before = reinterpret_cast<const Floats *>(middle + i - ptrdiff_t(k) * step);
             const auto *behind = reinterpret_cast<const Floats *>(middle + i + ptrdiff_t(k) * step);
             for (size_t n = 0; n < sums; ++n)
-                sum[n] += weights[k] * (before[n] + behind[n]);
+                sum[n] += weight[k] * (before[n] + behind[n]);
         }
         for (size_t n = 0; n < sums; ++n)
             reinterpret_cast<Floats *>(to + i)[n] = sum[n];

@@ -1,5 +1,7 @@
 #include "Blurring.h"
+#include "FilmFilters.h"
 #include "FilterValues.h"
+#include "LabFilters.h"
 #include "Neighbours.h"
 #include "PixelMath.h"
 #include "SrgbCurve.h"
@@ -65,93 +67,18 @@ bool minimumComponent(WorkingImage &image, const FilterValues &)
     return addColorStep(image, [](Pixel &pixel) { pixel = grey(std::min({pixel.r, pixel.g, pixel.b}), pixel.a); });
 }
 
-float filmGrey(const Pixel &pixel)
-{
-    return 0.299F * pixel.r + 0.587F * pixel.g + 0.114F * pixel.b;
-}
-
-// Towards an S-shaped curve.
-float steeper(float x, float share)
-{
-    return x + share * (smooth(0, 1, x) - x);
-}
-
-// Adds a film look: saturation, then `curves` of the red, green and blue.
-template<typename Curves>
-bool addFilm(WorkingImage &image, float saturation, Curves curves)
-{
-    return addEncodedStep(image, [=](Pixel &pixel) {
-        pixel = curves(mixed(grey(filmGrey(pixel), pixel.a), pixel, saturation));
-        eachColor(pixel, clamped);
-    });
-}
-
-// Powers of what lies below nothing are nothing.
-float power(float x, float exponent)
-{
-    return x > 0 ? std::pow(x, exponent) : 0;
-}
-
-bool photoEffectChrome(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 1.25F, [](Pixel x) {
-        eachColor(x, [](float c) { return steeper(c, 0.35F); });
-        return x;
-    });
-}
-
-bool photoEffectFade(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 0.7F, [](Pixel x) {
-        eachColor(x, [](float c) { return 0.07F + 0.86F * c; });
-        return x;
-    });
-}
-
-bool photoEffectInstant(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 0.85F, [](const Pixel &x) {
-        return Pixel{0.04F + 0.94F * power(x.r, 0.9F), 0.03F + 0.92F * x.g, 0.10F + 0.80F * power(x.b, 1.05F), x.a};
-    });
-}
-
-bool photoEffectMono(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 0, [](const Pixel &x) { return grey(0.05F + 0.88F * x.r, x.a); });
-}
-
-bool photoEffectNoir(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 0, [](const Pixel &x) { return grey((steeper(x.r, 1) - 0.5F) * 1.1F + 0.5F, x.a); });
-}
-
-bool photoEffectProcess(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 0.9F, [](const Pixel &x) {
-        return Pixel{power(x.r, 1.1F), 0.01F + 0.98F * x.g, 0.06F + 0.94F * power(x.b, 0.92F), x.a};
-    });
-}
-
-bool photoEffectTonal(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 0, [](const Pixel &x) { return x; });
-}
-
-bool photoEffectTransfer(WorkingImage &image, const FilterValues &)
-{
-    return addFilm(image, 0.95F, [](const Pixel &x) {
-        return Pixel{0.05F + 0.95F * power(x.r, 0.92F), 0.02F + 0.95F * x.g, 0.02F + 0.88F * power(x.b, 1.08F), x.a};
-    });
-}
-
 bool sepiaTone(WorkingImage &image, const FilterValues &values)
 {
+    using Floats = Wide::Four::Floats;
     const auto intensity = float(values.number("inputIntensity"));
     constexpr PixelMath::Matrix brown{{0.393F, 0.349F, 0.272F}, {0.769F, 0.686F, 0.534F}, {0.189F, 0.168F, 0.131F}, {}};
+    const Pixel share{intensity, intensity, intensity, 0};
     return addEncodedStep(image, [=](Pixel &pixel) {
-        Pixel toned = brown(pixel);
-        eachColor(toned, clamped);
-        pixel = mixed(pixel, toned, intensity);
+        const Floats toned = brown.floats(pixel);
+        const Floats positive = toned > 0 ? toned : Floats{};
+        const Floats limited = positive < 1 ? positive : Floats{} + 1;
+        auto &own = *reinterpret_cast<Floats *>(&pixel);
+        own += *reinterpret_cast<const Floats *>(&share) * (limited - own);
     });
 }
 
@@ -227,50 +154,6 @@ bool dither(WorkingImage &image, const FilterValues &values)
                 return SrgbCurve::linear(SrgbCurve::encoded(c) + strength * noise);
             });
         }
-    });
-}
-
-// D65, of the linear colours' XYZ.
-constexpr float kWhiteX = 0.95047F;
-constexpr float kWhiteZ = 1.08883F;
-constexpr float kLabEdge = 6.0F / 29;
-
-float labRoot(float t)
-{
-    return t > kLabEdge * kLabEdge * kLabEdge ? std::cbrt(t) : t / (3 * kLabEdge * kLabEdge) + 4.0F / 29;
-}
-
-float labCube(float t)
-{
-    return t > kLabEdge ? t * t * t : 3 * kLabEdge * kLabEdge * (t - 4.0F / 29);
-}
-
-bool convertRGBtoLab(WorkingImage &image, const FilterValues &values)
-{
-    const bool isNormalized = values.number("inputNormalize") != 0;
-    return addColorStep(image, [=](Pixel &pixel) {
-        const auto [r, g, b, a] = pixel;
-        const float x = labRoot((0.4124564F * r + 0.3575761F * g + 0.1804375F * b) / kWhiteX);
-        const float y = labRoot(0.2126729F * r + 0.7151522F * g + 0.0721750F * b);
-        const float z = labRoot((0.0193339F * r + 0.1191920F * g + 0.9503041F * b) / kWhiteZ);
-        pixel = {116 * y - 16, 500 * (x - y), 200 * (y - z), a};
-        if (isNormalized)
-            pixel = {pixel.r / 100, (pixel.g + 128) / 256, (pixel.b + 128) / 256, a};
-    });
-}
-
-bool convertLabToRGB(WorkingImage &image, const FilterValues &values)
-{
-    const bool isNormalized = values.number("inputNormalize") != 0;
-    return addColorStep(image, [=](Pixel &pixel) {
-        if (isNormalized)
-            pixel = {pixel.r * 100, pixel.g * 256 - 128, pixel.b * 256 - 128, pixel.a};
-        const float middle = (pixel.r + 16) / 116;
-        const float x = kWhiteX * labCube(middle + pixel.g / 500);
-        const float y = labCube(middle);
-        const float z = kWhiteZ * labCube(middle - pixel.b / 200);
-        pixel = {3.2404542F * x - 1.5371385F * y - 0.4985314F * z, -0.9692660F * x + 1.8760108F * y + 0.0415560F * z,
-                 0.0556434F * x - 0.2040259F * y + 1.0572252F * z, pixel.a};
     });
 }
 
@@ -364,42 +247,42 @@ const FilterTable kFilters{
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Chrome"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A film look with strengthened colours."),
      {},
-     photoEffectChrome},
+     Film::chrome},
     {"CIPhotoEffectFade",
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Fade"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A film look with weakened colours."),
      {},
-     photoEffectFade},
+     Film::fade},
     {"CIPhotoEffectInstant",
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Instant"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A look of instant film with shifted colours."),
      {},
-     photoEffectInstant},
+     Film::instant},
     {"CIPhotoEffectMono",
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Mono"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A soft black-and-white film look with low contrast."),
      {},
-     photoEffectMono},
+     Film::mono},
     {"CIPhotoEffectNoir",
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Noir"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A hard black-and-white film look with high contrast."),
      {},
-     photoEffectNoir},
+     Film::noir},
     {"CIPhotoEffectProcess",
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Process"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A film look that stresses cool colours."),
      {},
-     photoEffectProcess},
+     Film::process},
     {"CIPhotoEffectTonal",
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Tonal"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A black-and-white film look with unchanged contrast."),
      {},
-     photoEffectTonal},
+     Film::tonal},
     {"CIPhotoEffectTransfer",
      QT_TRANSLATE_NOOP("FilterLibrary", "Photo Effect Transfer"),
      QT_TRANSLATE_NOOP("FilterLibrary", "A film look that stresses warm colours."),
      {},
-     photoEffectTransfer},
+     Film::transfer},
     {"CISepiaTone",
      QT_TRANSLATE_NOOP("FilterLibrary", "Sepia Tone"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Tints the picture in browns like an old print."),
@@ -443,13 +326,13 @@ const FilterTable kFilters{
      QT_TRANSLATE_NOOP("FilterLibrary", "Convert RGB to Lab"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Replaces the red, green and blue values by CIE L*, a*, b* values."),
      {{"inputNormalize", QT_TRANSLATE_NOOP("FilterLibrary", "Normalize"), InputKind::Number, 0.0, {}, 0.0, 1.0}},
-     convertRGBtoLab},
+     Lab::fromRgb},
     {"CIConvertLabToRGB",
      QT_TRANSLATE_NOOP("FilterLibrary", "Convert Lab to RGB"),
      QT_TRANSLATE_NOOP("FilterLibrary",
                        "Reads the channels as CIE L*, a*, b* and turns them into red, green and blue."),
      {{"inputNormalize", QT_TRANSLATE_NOOP("FilterLibrary", "Normalize"), InputKind::Number, 0.0, {}, 0.0, 1.0}},
-     convertLabToRGB},
+     Lab::toRgb},
     {"CIMaskToAlpha",
      QT_TRANSLATE_NOOP("FilterLibrary", "Mask to Alpha"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Turns a grey picture into a white one that is clear where it was dark."),

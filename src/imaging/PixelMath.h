@@ -61,10 +61,14 @@ struct Matrix
     Pixel ofBlue;
     Pixel more; ///< is added to all
 
-    [[nodiscard]] Pixel operator()(const Pixel &p) const
+    [[nodiscard]] Wide::Four::Floats floats(const Pixel &p) const
     {
         const auto four = [](const Pixel &pixel) { return *reinterpret_cast<const Wide::Four::Floats *>(&pixel); };
-        const Wide::Four::Floats sum = p.r * four(ofRed) + p.g * four(ofGreen) + p.b * four(ofBlue) + four(more);
+        return p.r * four(ofRed) + p.g * four(ofGreen) + p.b * four(ofBlue) + four(more);
+    }
+    [[nodiscard]] Pixel operator()(const Pixel &p) const
+    {
+        const Wide::Four::Floats sum = floats(p);
         return {sum[0], sum[1], sum[2], p.a};
     }
 };

@@ -41,6 +41,8 @@ public:
         : m_region(region)
         , m_size(size)
         , m_manner(manner)
+        , m_origin(reinterpret_cast<const char *>(pixelAt(region, 0, 0)))
+        , m_bytesPerLine(region.bpl)
     {}
 
     using Floats = Wide::Four::Floats;
@@ -55,7 +57,7 @@ public:
         sum /= float(std::max<ptrdiff_t>(to - from, 1));
         return {sum[0], sum[1], sum[2], sum[3]};
     }
-    [[nodiscard]] Pixel mixedAt(QPointF place) const
+    [[nodiscard]] __attribute__((always_inline)) Pixel mixedAt(QPointF place) const
     {
         // Places begin at -2.
         const int x = int(place.x() + 3.5) - 4;
@@ -65,9 +67,9 @@ public:
             return mixedSlowly(place);
         const auto across = float(place.x() - 0.5 - x);
         const auto down = float(place.y() - 0.5 - y);
-        const Pixel *above = pixelAt(m_region, x, y);
+        const char *above = m_origin + y * m_bytesPerLine + x * ptrdiff_t(sizeof(Pixel));
         const auto *upper = reinterpret_cast<const Floats *>(above);
-        const auto *lower = reinterpret_cast<const Floats *>(reinterpret_cast<const char *>(above) + m_region.bpl);
+        const auto *lower = reinterpret_cast<const Floats *>(above + m_bytesPerLine);
         const Floats high = upper[0] + across * (upper[1] - upper[0]);
         const Floats low = lower[0] + across * (lower[1] - lower[0]);
         Pixel result;
@@ -112,6 +114,8 @@ private:
     VipsRegion &m_region;
     QSize m_size;
     Manner m_manner;
+    const char *m_origin; ///< where the image's first pixel would be
+    ptrdiff_t m_bytesPerLine;
 };
 
 // What of the input is needed for these places.
@@ -153,10 +157,14 @@ bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, 
         Pixel *row = pixelAt(out, fetch.area.left, fetch.area.top + int(i / width));
         const size_t end = std::min(to, (i / width + 1) * width);
         if (fetch.ends.empty()) {
-            Wide::run([&]() TAMSEL_WIDE {
-                for (; i < end; ++i)
-                    row[i % width] = window.mixedAt(places[i]);
+            Pixel *first = row + i % width;
+            const QPointF *place = places + i;
+            const size_t count = end - i;
+            Wide::run([=]() TAMSEL_WIDE {
+                for (size_t n = 0; n < count; ++n)
+                    first[n] = window.mixedAt(place[n]);
             });
+            i = end;
         } else {
             for (; i < end; ++i)
                 row[i % width] = window.meanOf(places + (i == 0 ? 0 : fetch.endOf(i - 1)), places + fetch.endOf(i));

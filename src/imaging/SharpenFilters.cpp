@@ -3,6 +3,8 @@
 #include "Neighbours.h"
 #include "PixelMath.h"
 
+#include <array>
+
 namespace {
 
 using Alpha = WorkingImage::Alpha;
@@ -27,11 +29,18 @@ bool sharpenLuminance(WorkingImage &image, const FilterValues &values)
 bool unsharpMask(WorkingImage &image, const FilterValues &values)
 {
     const auto intensity = float(values.number("inputIntensity"));
-    return Blurring::addWithGaussian(image, values.number("inputRadius"), [=](Pixel &own, const Pixel &mean) {
-        const float alpha = own.a;
-        own = PixelMath::mixed(mean, own, 1 + intensity);
-        own.a = alpha;
-    });
+    const std::array<float, 8> more{intensity, intensity, intensity, 0, intensity, intensity, intensity, 0};
+    const auto sharpen = [more](Pixel *row, const Pixel *mean, int count) {
+        float *own = &row->r;
+        const float *blurred = &mean->r;
+        Wide::runFloats(4 * count, [=](int i, auto many) TAMSEL_WIDE {
+            using Floats = typename decltype(many)::Floats;
+            auto &value = *reinterpret_cast<Floats *>(own + i);
+            const Floats apart = value - *reinterpret_cast<const Floats *>(blurred + i);
+            value += *reinterpret_cast<const Floats *>(more.data()) * apart;
+        });
+    };
+    return Blurring::addRowsWithGaussian(image, values.number("inputRadius"), sharpen);
 }
 
 const FilterTable kFilters{

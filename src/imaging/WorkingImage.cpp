@@ -145,13 +145,14 @@ public:
 private:
     void read(Pixel *to, const QRgb *from, int count) const
     {
-        for (int i = 0; i < count; ++i) {
-            const QRgb rgb = from[i];
-            if (m_isOpaque)
-                to[i] = {m_levels[rgb >> 16 & 255], m_levels[rgb >> 8 & 255], m_levels[rgb & 255], 1};
-            else
-                to[i] = fromRgb(rgb, m_light, m_levels);
+        if (!m_isOpaque) {
+            std::transform(from, from + count, to, [this](QRgb rgb) { return fromRgb(rgb, m_light, m_levels); });
+            return;
         }
+        const float *levels = m_levels.data();
+        std::transform(from, from + count, to, [levels](QRgb rgb) {
+            return Pixel{levels[rgb >> 16 & 255], levels[rgb >> 8 & 255], levels[rgb & 255], 1};
+        });
     }
 
     const QImage &m_pixels;
@@ -379,12 +380,13 @@ void writeOpaque(QRgb *to, const Pixel *from, int count, Light light)
     AllLevels levels;
     findLevels(levels, from, count, light == Light::Linear ? ByteTable::kMost : 255);
     const int *level = levels.data();
-    for (int x = 0; x < count; ++x, level += kBands) {
-        if (light == Light::Linear)
-            to[x] = 0xff000000U | bytes[level[0]] << 16 | bytes[level[1]] << 8 | bytes[level[2]];
-        else
+    if (light == Light::Encoded) {
+        for (int x = 0; x < count; ++x, level += kBands)
             to[x] = 0xff000000U | QRgb(level[0]) << 16 | QRgb(level[1]) << 8 | QRgb(level[2]);
+        return;
     }
+    for (int x = 0; x < count; ++x, level += kBands)
+        to[x] = 0xff000000U | bytes[level[0]] << 16 | bytes[level[1]] << 8 | bytes[level[2]];
 }
 
 // Whether every pixel is opaque.

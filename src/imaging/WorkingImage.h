@@ -73,7 +73,7 @@ public:
     [[nodiscard]] static RowCombination eachOfRows(Function function)
     {
         return [function](Pixel *row, const Pixel *other, int count) {
-            Wide::run([&]() TAMSEL_WIDE {
+            Wide::run([row, other, count, function]() TAMSEL_WIDE {
                 for (int i = 0; i < count; ++i)
                     function(row[i], other[i]);
             });
@@ -94,7 +94,7 @@ public:
     [[nodiscard]] bool addPixelStep(Function function)
     {
         return addRowStep([function](Pixel *row, int count, int, int) {
-            Wide::run([&]() TAMSEL_WIDE {
+            Wide::run([row, count, function]() TAMSEL_WIDE {
                 for (int i = 0; i < count; ++i)
                     function(row[i]);
             });
