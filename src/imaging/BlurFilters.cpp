@@ -31,7 +31,7 @@ template<typename Weight>
 bool addDisc(WorkingImage &image, double radius, Weight weight)
 {
     constexpr double least = 0.5;
-    constexpr double enough = 8;
+    constexpr double enough = 4;
     radius = within(image, radius);
     if (radius < least)
         return true;
@@ -163,7 +163,7 @@ bool noiseReduction(WorkingImage &image, const FilterValues &values)
 
 bool zoomBlur(WorkingImage &image, const FilterValues &values)
 {
-    constexpr double enough = 64;
+    constexpr double enough = 12;
     const double diagonal = std::hypot(image.size().width(), image.size().height()) / 2;
     const double amount = std::clamp(values.number("inputAmount"), -4 * diagonal, 4 * diagonal);
     const int factor = Neighbours::reductionFor(std::abs(amount), enough);

@@ -12,14 +12,6 @@ namespace {
 using Alpha = WorkingImage::Alpha;
 using Pieces = WorkingImage::Pieces;
 
-void addTo(Pixel &sum, const Pixel &pixel, float weight)
-{
-    sum.r += pixel.r * weight;
-    sum.g += pixel.g * weight;
-    sum.b += pixel.b * weight;
-    sum.a += pixel.a * weight;
-}
-
 }
 
 bool Neighbours::addMargin(WorkingImage &image, int margin)
@@ -64,9 +56,12 @@ bool Neighbours::addWeighted(WorkingImage &image, std::vector<Tap> taps)
             Pixel *row = pixelAt(out, area.left, y);
             std::fill_n(row, area.width, Pixel());
             for (const Tap &tap : taps) {
-                const Pixel *from = pixelAt(in, area.left + margin + tap.x, y + margin + tap.y);
-                for (int x = 0; x < area.width; ++x)
-                    addTo(row[x], from[x], tap.weight);
+                const float *from = &pixelAt(in, area.left + margin + tap.x, y + margin + tap.y)->r;
+                float *to = &row->r;
+                Wide::runFloats(4 * area.width, [from, to, weight = tap.weight](int i, auto many) TAMSEL_WIDE {
+                    using Floats = typename decltype(many)::Floats;
+                    *reinterpret_cast<Floats *>(to + i) += weight * *reinterpret_cast<const Floats *>(from + i);
+                });
             }
         }
     });

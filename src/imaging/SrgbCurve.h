@@ -11,10 +11,7 @@ class SrgbCurve
 public:
     [[nodiscard]] static float encoded(float linear)
     {
-        constexpr float toe = 0.0031308F;
         const float size = std::fabs(linear);
-        if (size <= toe)
-            return 12.92F * linear;
         if (size < 1)
             return std::copysign(between(kTables.encoding, size * steps), linear);
         if (size < kMost)
