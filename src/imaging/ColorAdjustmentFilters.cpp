@@ -219,7 +219,7 @@ const FilterTable kFilters{
     {"CIHueAdjust",
      QT_TRANSLATE_NOOP("FilterLibrary", "Hue Adjust"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Turns all hues by one angle."),
-     {{"inputAngle", QT_TRANSLATE_NOOP("FilterLibrary", "Angle"), InputKind::Number, 0.0, 0.0, -kPi, kPi}},
+     {{"inputAngle", QT_TRANSLATE_NOOP("FilterLibrary", "Angle"), InputKind::Angle, 0.0, 0.0, -kPi, kPi}},
      hueAdjust},
     {"CILinearToSRGBToneCurve",
      QT_TRANSLATE_NOOP("FilterLibrary", "Linear to sRGB Tone Curve"),

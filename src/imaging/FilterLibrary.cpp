@@ -21,12 +21,23 @@ const char *classOf(InputKind kind)
         return "CIVector";
     case InputKind::Color:
         return "CIColor";
-    case InputKind::Number:
-    case InputKind::Pixels:
-    case InputKind::SignedPixels:
-        break;
+    default:
+        return "NSNumber";
     }
-    return "NSNumber";
+}
+
+NumberType numberTypeOf(InputKind kind)
+{
+    switch (kind) {
+    case InputKind::Angle:
+        return NumberType::Angle;
+    case InputKind::YesOrNo:
+        return NumberType::Boolean;
+    case InputKind::WholePixels:
+        return NumberType::Integer;
+    default:
+        return NumberType::Scalar;
+    }
 }
 
 FilterInput attributesOf(const InputRow &row)
@@ -39,6 +50,7 @@ FilterInput attributesOf(const InputRow &row)
     input.identity = row.identity;
     input.sliderMinimum = row.sliderMinimum;
     input.sliderMaximum = row.sliderMaximum;
+    input.numberType = numberTypeOf(row.kind);
     input.vectorComponents = row.kind == InputKind::FourNumbers ? 4 : 2;
     return input;
 }

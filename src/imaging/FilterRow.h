@@ -15,8 +15,11 @@ inline constexpr double kPi = std::numbers::pi;
 
 enum class InputKind {
     Number,
+    Angle,        ///< radians
+    YesOrNo,      ///< 1 or 0
     Pixels,       ///< a length in pixels of the full image; less than nothing counts as nothing
     SignedPixels, ///< the same, either way
+    WholePixels,  ///< as Pixels, in whole pixels
     Point,
     FourNumbers, ///< a vector for which there are no controls
     Color,

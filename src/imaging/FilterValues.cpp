@@ -59,7 +59,7 @@ double FilterValues::number(const char *name) const
 {
     const InputRow &row = input(name);
     const double value = within(std::get<double>(stored(row)), -kMost, kMost);
-    if (row.kind == InputKind::Pixels)
+    if (row.kind == InputKind::Pixels || row.kind == InputKind::WholePixels)
         return std::max(value, 0.0) * scale();
     return row.kind == InputKind::SignedPixels ? value * scale() : value;
 }

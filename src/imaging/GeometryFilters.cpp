@@ -79,7 +79,7 @@ const FilterTable kFilters{
     {"CIStraightenFilter",
      QT_TRANSLATE_NOOP("FilterLibrary", "Straighten"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Rotates the picture and enlarges it just enough to fill its frame."),
-     {{"inputAngle", QT_TRANSLATE_NOOP("FilterLibrary", "Angle"), InputKind::Number, 0.0, 0.0, -kPi, kPi}},
+     {{"inputAngle", QT_TRANSLATE_NOOP("FilterLibrary", "Angle"), InputKind::Angle, 0.0, 0.0, -kPi, kPi}},
      straightenFilter},
     {"CILanczosScaleTransform",
      QT_TRANSLATE_NOOP("FilterLibrary", "Lanczos Scale Transform"),
@@ -99,9 +99,9 @@ const FilterTable kFilters{
      QT_TRANSLATE_NOOP("FilterLibrary", "Perspective Rotate"),
      QT_TRANSLATE_NOOP("FilterLibrary", "Turns the picture in space as if the camera had been pointed elsewhere."),
      {{"inputFocalLength", QT_TRANSLATE_NOOP("FilterLibrary", "Focal Length"), InputKind::Number, 28.0, {}, {}, {}},
-      {"inputPitch", QT_TRANSLATE_NOOP("FilterLibrary", "Pitch"), InputKind::Number, 0.0, 0.0, {}, {}},
-      {"inputYaw", QT_TRANSLATE_NOOP("FilterLibrary", "Yaw"), InputKind::Number, 0.0, 0.0, {}, {}},
-      {"inputRoll", QT_TRANSLATE_NOOP("FilterLibrary", "Roll"), InputKind::Number, 0.0, 0.0, {}, {}}},
+      {"inputPitch", QT_TRANSLATE_NOOP("FilterLibrary", "Pitch"), InputKind::Angle, 0.0, 0.0, {}, {}},
+      {"inputYaw", QT_TRANSLATE_NOOP("FilterLibrary", "Yaw"), InputKind::Angle, 0.0, 0.0, {}, {}},
+      {"inputRoll", QT_TRANSLATE_NOOP("FilterLibrary", "Roll"), InputKind::Angle, 0.0, 0.0, {}, {}}},
      perspectiveRotate},
 };
 

@@ -69,6 +69,21 @@ QString textOf(const std::optional<double> &number)
     return number ? QString::number(*number) : QStringLiteral("-");
 }
 
+QString kindOf(const FilterInput &input)
+{
+    switch (input.numberType) {
+    case NumberType::Angle:
+        return QStringLiteral("Angle");
+    case NumberType::Integer:
+        return QStringLiteral("Integer");
+    case NumberType::Boolean:
+        return QStringLiteral("Boolean");
+    case NumberType::Scalar:
+        break;
+    }
+    return input.attributeClass;
+}
+
 /// The filter as a line of filters.txt tells it.
 QString lineOf(const QString &category, const FilterAttributes &filter)
 {
@@ -76,7 +91,7 @@ QString lineOf(const QString &category, const FilterAttributes &filter)
     for (const FilterInput &i : filter.inputs) {
         if (i.attributeClass != u"CIImage")
             words << QStringList{i.name,
-                                 i.attributeClass,
+                                 kindOf(i),
                                  textOf(i.defaultValue),
                                  textOf(i.identity),
                                  textOf(i.sliderMinimum),
