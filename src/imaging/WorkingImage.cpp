@@ -307,11 +307,11 @@ bool WorkingImage::setForm(Alpha alpha, Light light)
 
 bool WorkingImage::keepPieces(Reading reading)
 {
-    constexpr int side = 128;
+    constexpr int side = 64;
     constexpr int most = (64 << 20) / (side * side * int(sizeof(Pixel)));
     if (!m_isCostly)
         return true;
-    const int bands = reading == Reading::Around ? 3 : most; // of tiles from the left to the right
+    const int bands = reading == Reading::Around ? 4 : most; // of tiles from the left to the right
     const int kept = std::min(most, bands * (size().width() / side + 2));
     const bool isKept = add([kept](VipsImage *in, VipsImage **out) {
         return vips_tilecache(in, out, "tile_width", side, "tile_height", side, "max_tiles", kept, "access",
