@@ -63,7 +63,7 @@ PIEffectDialog::PIEffectDialog(LibraryEditor &editor, const FilterCatalogue &cat
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(sides, 1);
     layout->addWidget(makeButtons());
-    resize(980, 720);
+    resize(980, 740);
 
     m_uiManager->setIncludeTextFields(true);
     m_uiManager->setPhoto(m_session.workingPhoto());
@@ -131,7 +131,7 @@ QWidget *PIEffectDialog::makeRightSide()
     side->addWidget(m_preview);
     side->addWidget(filter);
     side->setStretchFactor(0, 1);
-    side->setSizes({440, 220});
+    side->setSizes({410, 270});
     side->setChildrenCollapsible(false);
     return side;
 }
