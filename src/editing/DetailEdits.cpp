@@ -54,13 +54,13 @@ bool DetailEdits::addKeyword(LibraryEditor &editor, const std::shared_ptr<PIPhot
     return setKeywords(editor, photo, text.isEmpty() ? keyword : text + u' ' + keyword);
 }
 
-bool DetailEdits::uncrop(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &photo)
+bool DetailEdits::setCrop(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &photo, const QRectF &crop)
 {
-    if (photo->cropRect().isEmpty())
+    if (crop == photo->cropRect())
         return true;
     if (!record(editor, UndoName::Crop, photo))
         return false;
-    photo->setCropRect({});
+    photo->setCropRect(crop);
     editor.library().pictureChanged(*photo);
     return true;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRectF>
 #include <QString>
 
 #include <memory>
@@ -16,7 +17,7 @@ bool setCaption(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &photo, co
 bool setKeywords(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &photo, const QString &text);
 /// One keyword of the library more, behind those there are.
 bool addKeyword(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &photo, const QString &keyword);
-/// Shows the whole picture again.
-bool uncrop(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &photo);
+/// Pixels of the whole picture, y downward; an empty rectangle shows the whole picture again.
+bool setCrop(LibraryEditor &editor, const std::shared_ptr<PIPhoto> &photo, const QRectF &crop);
 
 }

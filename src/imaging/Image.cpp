@@ -17,17 +17,23 @@
 
 QSize CenterRectangle(QSize image, QSize box)
 {
-    if (image.isEmpty() || box.isEmpty())
-        return {1, 1};
-    double width = image.width();
-    double height = image.height();
+    return CenterRectangle(QSizeF(image), QRectF(QPointF(), QSizeF(box))).size().toSize();
+}
+
+QRectF CenterRectangle(QSizeF size, const QRectF &box)
+{
+    if (size.isEmpty() || box.isEmpty())
+        return {box.topLeft(), QSizeF(1, 1)};
+    double width = size.width();
+    double height = size.height();
     if (width > box.width() || height > box.height()) {
-        const double fittedHeight = double(box.width()) * height / width;
+        const double fittedHeight = box.width() * height / width;
         const bool fitsAcross = fittedHeight <= box.height();
         width = fitsAcross ? box.width() : width * box.height() / height;
         height = fitsAcross ? fittedHeight : box.height();
     }
-    return QSize(int(std::floor(width)), int(std::floor(height))).expandedTo(QSize(1, 1));
+    return {std::floor(box.x() + (box.width() - width) / 2), std::floor(box.y() + (box.height() - height) / 2),
+            std::max(std::floor(width), 1.0), std::max(std::floor(height), 1.0)};
 }
 
 /// One step of what an image is made of; the steps below it are shared with other images.

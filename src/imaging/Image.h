@@ -15,6 +15,8 @@
 /// The largest size with the image's shape that fits into `box` without enlarging, both sides rounded down, at least
 /// 1 × 1: a 4000 × 3000 picture in 240 × 240 gives 240 × 180.
 [[nodiscard]] QSize CenterRectangle(QSize image, QSize box);
+/// The same, centred in the box; the origin is rounded down too.
+[[nodiscard]] QRectF CenterRectangle(QSizeF size, const QRectF &box);
 
 /// A cheap, immutable, thread-safe handle on a picture that has not been decoded: a file, or pixels in memory, with an
 /// optional crop and effect chain. Copies share one identity. Pixels are made when asked for, at the size asked for.

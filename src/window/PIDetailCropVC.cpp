@@ -47,6 +47,6 @@ void PIDetailCropVC::updateCrop()
 void PIDetailCropVC::uncrop()
 {
     const auto cropped = photo();
-    if (DetailEdits::uncrop(m_editor, cropped))
+    if (DetailEdits::setCrop(m_editor, cropped, {}))
         library().notifications().post(kSelectNotification, cropped);
 }

@@ -68,8 +68,12 @@ private Q_SLOTS:
         row("the same keywords", words(" dog, "), "a|Dog|30x40|Dog", "", {});
         row("one more", word("\"new york\""), "a|Dog \"new york\"|30x40|Dog,\"new york\"", "0/16/",
             {kKeywordsNotification, kRedrawNotification});
-        row("crop", [](Scene &s) { return DetailEdits::uncrop(s.editor, s.photo); }, "a|Dog|0x0|Dog", "0/4/",
-            {kThumbnailNotification});
+        const auto crop = [](const QRectF &rect) {
+            return [rect](Scene &s) { return DetailEdits::setCrop(s.editor, s.photo, rect); };
+        };
+        row("crop", crop({1, 2, 3, 4}), "a|Dog|3x4|Dog", "0/4/", {kThumbnailNotification});
+        row("the same crop", crop({1, 2, 30, 40}), "a|Dog|30x40|Dog", "", {});
+        row("no crop", crop({}), "a|Dog|0x0|Dog", "0/4/", {kThumbnailNotification});
     }
     void anEditIsRecordedToldAndMayBeRefused()
     {
