@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -48,11 +49,24 @@ void PhotoView::setPhoto(const std::shared_ptr<PIPhoto> &photo)
     reload();
 }
 
+void PhotoView::setExtent(Extent extent)
+{
+    if (std::exchange(m_extent, extent) == extent)
+        return;
+    m_picture = {}; // is of another part, though its shape may be the same
+    reload();
+}
+
+Image PhotoView::knownImage() const
+{
+    return m_extent == Extent::WholeFile ? m_photo->knownFileImage(m_imageCache) : m_photo->knownImage(m_imageCache);
+}
+
 void PhotoView::reload()
 {
     const bool present = m_photo && !m_photo->isFileLost();
     const Image before = m_image;
-    m_image = present ? m_photo->knownImage(m_imageCache) : Image();
+    m_image = present ? knownImage() : Image();
     if (!present)
         return showFailure();
     if (m_image.isNull())
@@ -105,10 +119,12 @@ void PhotoView::showEvent(QShowEvent *event)
         renderSharp();
 }
 
-/// What there is at once, laid where the sharp picture will be.
+/// What there is at once, laid where the sharp picture will be. A thumbnail is of the photo as it is edited.
 void PhotoView::showPreview()
 {
-    const QImage thumbnail = m_thumbnails.availableThumbnail(*m_photo);
+    const bool isEdited = !m_photo->cropRect().isEmpty() || !m_photo->filterDicts().isEmpty();
+    const bool hasThumbnail = m_extent == Extent::AsEdited || !isEdited;
+    const QImage thumbnail = hasThumbnail ? m_thumbnails.availableThumbnail(*m_photo) : QImage();
     if (!thumbnail.isNull() || !hasPictureOfSameShape())
         setPicture(thumbnail);
     setState(State::Preview);
@@ -124,6 +140,14 @@ bool PhotoView::hasPictureOfSameShape() const
            std::abs(before.width() * now.height() / (before.height() * now.width()) - 1) < kTolerance;
 }
 
+void PhotoView::setPreview(const QImage &preview)
+{
+    if (m_state != State::Preview)
+        return;
+    setPicture(preview);
+    update();
+}
+
 /// Until the file is open, the picture takes the shape that the photo and its thumbnail tell of.
 void PhotoView::openFile()
 {
@@ -134,10 +158,11 @@ void PhotoView::openFile()
     if (!m_photo->fileRef()->verify())
         return showFailure();
     cancelRendering();
-    m_renderer.run([this, recipe = m_photo->recipe(m_imageCache),
-                    needsPreview = m_picture.isNull()](const std::atomic<bool> &) -> std::function<void()> {
+    m_renderer.run([this, recipe = m_photo->recipe(m_imageCache), needsPreview = m_picture.isNull(),
+                    isWhole = m_extent == Extent::WholeFile](const std::atomic<bool> &) -> std::function<void()> {
         const OpenedPicture picture = recipe.open();
-        const QImage embedded = needsPreview ? picture.shown.embeddedThumbnail() : QImage();
+        const Image &image = isWhole ? picture.file : picture.shown;
+        const QImage embedded = needsPreview ? image.embeddedThumbnail() : QImage();
         return [this, picture, embedded] { fileOpened(picture, embedded); };
     });
 }
@@ -145,7 +170,7 @@ void PhotoView::openFile()
 void PhotoView::fileOpened(const OpenedPicture &picture, const QImage &embedded)
 {
     m_photo->takePicture(picture, m_imageCache);
-    m_image = picture.shown;
+    m_image = m_extent == Extent::WholeFile ? picture.file : picture.shown;
     if (m_image.isNull())
         return showFailure();
     if (m_picture.isNull())
@@ -168,7 +193,8 @@ void PhotoView::renderSharp()
         return;
     if (m_state == State::Sharp && m_picture.size() == size)
         return;
-    const QImage made = m_renderer.find(m_photo->guid(), m_image, size);
+    const QString key = m_photo->guid() + QLatin1String(m_extent == Extent::WholeFile ? " whole" : "");
+    const QImage made = m_renderer.find(key, m_image, size);
     if (!made.isNull()) {
         cancelRendering();
         sharpArrived(made);
@@ -178,7 +204,7 @@ void PhotoView::renderSharp()
         return;
     m_rendering = m_image;
     m_renderingSize = size;
-    m_renderer.render(m_photo->guid(), m_image, size, [this](const auto &pixels) { sharpArrived(pixels); });
+    m_renderer.render(key, m_image, size, [this](const auto &pixels) { sharpArrived(pixels); });
 }
 
 void PhotoView::sharpArrived(const std::optional<QImage> &pixels)
@@ -258,7 +284,7 @@ QSize PhotoView::pictureSize() const
 {
     if (!m_image.isNull() || !m_photo || m_picture.isNull())
         return m_image.size();
-    if (!m_photo->cropRect().isEmpty())
+    if (m_extent == Extent::AsEdited && !m_photo->cropRect().isEmpty())
         return m_photo->cropRect().toRect().size();
     const QSizeF known = m_photo->fileRef() ? m_photo->fileRef()->knownPhotoSize() : QSizeF();
     if (!known.isEmpty())
@@ -270,7 +296,9 @@ QSize PhotoView::pictureSize() const
 
 QRect PhotoView::deviceRect() const
 {
-    return fittedDeviceRect(pictureSize(), size(), devicePixelRatioF());
+    const QRect area = pictureArea();
+    return fittedDeviceRect(pictureSize(), area.size(), devicePixelRatioF())
+        .translated((QPointF(area.topLeft()) * devicePixelRatioF()).toPoint());
 }
 
 QString PhotoView::message() const

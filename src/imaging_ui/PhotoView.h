@@ -51,11 +51,26 @@ Q_SIGNALS:
     void stateChanged();
 
 protected:
+    enum class Extent {
+        AsEdited, ///< with the photo's crop and effects
+        WholeFile ///< the file as it is
+    };
+    void setExtent(Extent extent);
+    /// What is shown; null while the file is being opened, and when it cannot be.
+    [[nodiscard]] const Image &image() const { return m_image; }
+    /// What stands in the view at this moment, blurred or sharp; null when there is nothing.
+    [[nodiscard]] const QPixmap &picture() const { return m_picture; }
+    /// Stands in for the sharp picture while that is being made.
+    void setPreview(const QImage &preview);
+    /// Where the picture has room; the whole view.
+    [[nodiscard]] virtual QRect pictureArea() const { return rect(); }
+
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
 
 private:
+    [[nodiscard]] Image knownImage() const;
     void showPreview();
     void openFile();
     void fileOpened(const OpenedPicture &picture, const QImage &embedded);
@@ -80,5 +95,6 @@ private:
     QSize m_renderingSize;
     QPixmap m_picture; // thumbnail or sharp picture
     State m_state = State::Empty;
+    Extent m_extent = Extent::AsEdited;
     QTimer m_resizeTimer;
 };

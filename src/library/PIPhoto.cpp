@@ -304,21 +304,28 @@ Image PIPhoto::renderedImage(ImageCache &cache)
     return knownImage(cache); // of the handle that the reference has stored
 }
 
+bool PIPhoto::holds(const Image &image) const
+{
+    return image.isCurrent() && (image.path().isEmpty() || !m_fileRef || image.path() == m_fileRef->path());
+}
+
 Image PIPhoto::knownImage(ImageCache &cache) const
 {
-    // A handle on the file's former place, or on what it was before it changed, would yield no pixels any more.
-    const auto holds = [this](const Image &image) {
-        return image.isCurrent() && (image.path().isEmpty() || !m_fileRef || image.path() == m_fileRef->path());
-    };
     const Image cached = cache.imageForGuid(m_guid);
     if (holds(cached))
         return cached;
-    const Image file = m_fileRef ? cache.imageForGuid(m_fileRef->guid()) : Image();
-    if (!holds(file))
+    const Image file = knownFileImage(cache);
+    if (file.isNull())
         return {};
     const Image shown = PictureRecipe::renderedFrom(file, m_cropRect, m_filterDicts);
     cache.storeImage(shown, m_guid);
     return shown;
+}
+
+Image PIPhoto::knownFileImage(const ImageCache &cache) const
+{
+    const Image file = m_fileRef ? cache.imageForGuid(m_fileRef->guid()) : Image();
+    return holds(file) ? file : Image();
 }
 
 PictureRecipe PIPhoto::recipe(const ImageCache &cache) const

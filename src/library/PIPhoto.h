@@ -113,6 +113,8 @@ public:
     [[nodiscard]] Image renderedImage(ImageCache &cache);
     /// The same if a handle is at hand that still holds, else null. Never opens the file.
     [[nodiscard]] Image knownImage(ImageCache &cache) const;
+    /// Of the file as it is, without crop and effects, on the same terms.
+    [[nodiscard]] Image knownFileImage(const ImageCache &cache) const;
     [[nodiscard]] PictureRecipe recipe(const ImageCache &cache) const;
     /// Keeps what a job opened from the photo's present recipe. Handles that still hold stay.
     void takePicture(const OpenedPicture &picture, ImageCache &cache);
@@ -136,6 +138,8 @@ private:
     }
     /// Finds the reference that the element names; nothing when it names one that cannot be.
     using RefResolver = std::function<std::optional<std::shared_ptr<PIFileRef>>(const QVXmlDecoder &)>;
+    /// Not one on the file's former place, or on what it was before it changed: those yield no pixels any more.
+    [[nodiscard]] bool holds(const Image &image) const;
     [[nodiscard]] static std::shared_ptr<PIPhoto> readArchive(QVXmlDecoder &decoder, const RefResolver &resolve);
     [[nodiscard]] bool readChild(QVXmlDecoder &decoder);
     [[nodiscard]] bool appendKeyword(quint64 index);

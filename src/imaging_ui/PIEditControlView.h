@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QIcon>
+#include <QList>
+#include <QString>
+#include <QWidget>
+
+/// A strip of a few controls that floats over a picture.
+class PIEditControlView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    struct Control
+    {
+        int code;
+        QIcon icon;
+        QString toolTip;
+    };
+
+    PIEditControlView(const QList<Control> &controls, QWidget *parent);
+
+Q_SIGNALS:
+    void controlClicked(int code);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+};
