@@ -36,7 +36,7 @@ QString tr(const char *text)
 
 }
 
-void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &effectSets)
+void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &cropSizes, QMenu &effectSets)
 {
     QMenuBar &bar = *window.menuBar();
     addCommands(*bar.addMenu(tr("&File")), actions,
@@ -45,10 +45,13 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &effectSe
                  Command::PrintSelected, Command::PrintFolder, std::nullopt, Command::Quit});
     addCommands(*bar.addMenu(tr("&Edit")), actions,
                 {Command::Undo, Command::Redo, std::nullopt, Command::Cut, Command::Copy, Command::Paste,
-                 Command::Delete, std::nullopt, Command::SelectAll, Command::SelectMarked, std::nullopt,
-                 Command::Rename, Command::MoveUp, Command::MoveDown});
-    addCommands(*bar.addMenu(tr("&Photo")), actions,
-                {Command::ToggleMark, Command::ClearCrop, std::nullopt, Command::MoveToFolder, Command::ExtractFolder,
+                 Command::Delete, std::nullopt, Command::SelectAll, Command::SelectMarked, Command::SelectUncropped,
+                 std::nullopt, Command::Rename, Command::MoveUp, Command::MoveDown});
+    QMenu *photo = bar.addMenu(tr("&Photo"));
+    addCommands(*photo, actions, {Command::ToggleMark, std::nullopt, Command::Crop});
+    photo->addMenu(&cropSizes);
+    addCommands(*photo, actions,
+                {Command::ClearCrop, std::nullopt, Command::MoveToFolder, Command::ExtractFolder,
                  Command::CopyToNewFolder, std::nullopt, Command::SortByName, Command::SortByDate,
                  Command::SortAtRandom, std::nullopt, Command::Reveal, Command::EditImage, std::nullopt,
                  Command::Trash});

@@ -24,6 +24,7 @@
 #include "TerminationSignals.h"
 #include "ThumbnailFolder.h"
 #include "Toolkit.h"
+#include "WindowPreferences.h"
 
 #include <QFileOpenEvent>
 #include <QGuiApplication>
@@ -34,7 +35,6 @@
 namespace {
 
 constexpr Preference<bool> kHasRun{"hmphoto.run", false};
-constexpr Preference<int> kCropSize{"hmphoto.cropSize", 0};
 constexpr QSize kPlaceholderSize(240, 180);
 
 }
@@ -122,7 +122,7 @@ PIAppController::Launch PIAppController::claimLibrary(const QStringList &files)
 
 void PIAppController::readPreferences()
 {
-    const int cropSize = m_defaults->value(kCropSize);
+    const int cropSize = m_defaults->value(WindowPreferences::kCropSize);
     g_cropSizeIndex = cropSize > 0 && cropSize < static_cast<int>(kCropSizes.size()) ? cropSize : 0;
     g_cropMarks = m_defaults->value(kCropMarks);
     g_printLayout = m_defaults->value(kPrintLayout);
@@ -159,7 +159,8 @@ void PIAppController::showLibrary(const QStringList &files)
 {
     m_windowController = std::make_unique<PIWindowController>(*m_library, *m_defaults, m_paths.databasePath);
     qApp->installEventFilter(this);
-    buildMainMenu(m_windowController->window(), m_windowController->actions(), m_windowController->effectSetsMenu());
+    buildMainMenu(m_windowController->window(), m_windowController->actions(), m_windowController->cropSizesMenu(),
+                  m_windowController->effectSetsMenu());
     connect(&m_windowController->window(), &LibraryWindow::closed, qApp, &QCoreApplication::quit);
     m_windowController->showWindow(/*zoomed=*/!m_hasRunBefore);
     m_windowController->resetList(nullptr);

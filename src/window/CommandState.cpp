@@ -29,6 +29,10 @@ bool CommandState::isEnabled(EnabledWhen when) const
         return photosAreSelected;
     case EnabledWhen::PhotoIsCurrent:
         return isPhotoCurrent;
+    case EnabledWhen::CanCrop:
+        return selectedPhotos == 1 && canCropPhoto;
+    case EnabledWhen::CropSizeIsChosen:
+        return isFolderShown && isCropSizeChosen;
     case EnabledWhen::PhotoHasEffects:
         return hasPhotoEffects;
     case EnabledWhen::ThereAreEffectSets:
@@ -64,4 +68,9 @@ QString CommandState::deleteTitle() const
     if (!isItemMeant)
         return tr("Delete Photo");
     return isItemFolder || !isItemSelected ? tr("Delete Folder") : tr("Delete Group");
+}
+
+QString CommandState::cropTitle() const
+{
+    return isCropping ? tr("Cancel Crop") : tr("Crop");
 }

@@ -9,6 +9,9 @@ struct CommandState
 {
     int selectedPhotos = 0;
     bool isPhotoCurrent = false;
+    bool canCropPhoto = false; ///< the current one, whose file can be shown
+    bool isCropping = false;
+    bool isCropSizeChosen = false;
     bool hasPhotoEffects = false; ///< the current one
     bool hasEffectSets = false;
     bool isFolderShown = false;
@@ -31,4 +34,6 @@ struct CommandState
     [[nodiscard]] bool isEnabled(EnabledWhen when) const;
     /// What the delete command removes now.
     [[nodiscard]] QString deleteTitle() const;
+    /// What the crop command does now.
+    [[nodiscard]] QString cropTitle() const;
 };

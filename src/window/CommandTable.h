@@ -29,6 +29,7 @@ enum class Command {
     Trash,
     SelectAll,
     SelectMarked,
+    SelectUncropped,
     Rename,
     ToggleMark,
     ExtractFolder,
@@ -36,6 +37,7 @@ enum class Command {
     MoveToFolder,
     MoveUp,
     MoveDown,
+    Crop,
     ClearCrop,
     EditEffects,
     ClearEffects,
@@ -69,7 +71,9 @@ enum class EnabledWhen {
     CanRedo,
     PhotosAreSelected,
     PhotoIsCurrent,
-    PhotoHasEffects, ///< the current one
+    CanCrop,
+    CropSizeIsChosen, ///< and a folder is shown
+    PhotoHasEffects,  ///< the current one
     ThereAreEffectSets,
     CanPaste,
     FolderIsShown,

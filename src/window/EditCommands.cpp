@@ -1,14 +1,17 @@
 #include "EditCommands.h"
 
 #include "LibraryActions.h"
+#include "LibraryEditor.h"
+#include "LibraryNotifications.h"
 #include "NavigatorCommands.h"
 #include "PIDetailController.h"
 #include "PIDetailWordsVC.h"
 #include "PIFolder.h"
+#include "PIImageView.h"
 #include "PIOutlineView.h"
 #include "PhotoCommands.h"
+#include "PhotoLibrary.h"
 #include "PhotoStep.h"
-#include "PhotoView.h"
 #include "QVUndoManager.h"
 #include "ThumbnailGridView.h"
 
@@ -17,6 +20,7 @@
 EditCommands::EditCommands(LibraryEditor &editor, QVUndoManager &undo, LibraryActions &actions, const Panes &panes,
                            QWidget &window)
     : QObject(&window)
+    , m_editor(editor)
     , m_undo(undo)
     , m_actions(actions)
     , m_panes(panes)
@@ -38,21 +42,22 @@ void EditCommands::addContextMenus()
                               Command::MoveToFolder, Command::MoveUp, Command::MoveDown, std::nullopt, Command::Paste,
                               std::nullopt, Command::Delete});
     m_actions.addContextMenu(m_panes.grid,
-                             {Command::ToggleMark,    Command::ClearCrop, Command::EditEffects, std::nullopt,
-                              Command::Reveal,        Command::EditImage, std::nullopt,         Command::Cut,
-                              Command::Copy,          Command::Paste,     std::nullopt,         Command::MoveToFolder,
-                              Command::ExtractFolder, std::nullopt,       Command::Delete,      Command::Trash,
-                              std::nullopt,           Command::SelectAll, Command::AddFiles,    Command::AddFolder});
+                             {Command::ToggleMark,   Command::Crop,          Command::ClearCrop, Command::EditEffects,
+                              std::nullopt,          Command::Reveal,        Command::EditImage, std::nullopt,
+                              Command::Cut,          Command::Copy,          Command::Paste,     std::nullopt,
+                              Command::MoveToFolder, Command::ExtractFolder, std::nullopt,       Command::Delete,
+                              Command::Trash,        std::nullopt,           Command::SelectAll, Command::AddFiles,
+                              Command::AddFolder});
     m_actions.addContextMenu(m_panes.detail.photoView(),
-                             {Command::PreviousPhoto, Command::NextPhoto, std::nullopt, Command::EditEffects,
-                              std::nullopt, Command::Delete, Command::Trash});
+                             {Command::PreviousPhoto, Command::NextPhoto, std::nullopt, Command::Crop,
+                              Command::ClearCrop, Command::EditEffects, std::nullopt, Command::Delete, Command::Trash});
 }
 
 void EditCommands::bind()
 {
     m_photoCommands->bind(m_actions);
-    m_actions.bind(Command::Undo, [this](bool) { m_undo.undo(); });
-    m_actions.bind(Command::Redo, [this](bool) { m_undo.redo(); });
+    m_actions.bind(Command::Undo, [this](bool) { undoOrRedo(&QVUndoManager::undo); });
+    m_actions.bind(Command::Redo, [this](bool) { undoOrRedo(&QVUndoManager::redo); });
     m_actions.bind(Command::Delete, [this](bool) { deleteTarget(); });
     m_actions.bind(Command::Trash, [this](bool) { m_photoCommands->trash(targetPhotos()); });
     m_actions.bind(Command::MoveToFolder, [this](bool) { moveTargetToFolder(); });
@@ -61,6 +66,13 @@ void EditCommands::bind()
     m_actions.bind(Command::NextPhoto, [this](bool) { step(StepDirection::Next); });
     m_actions.bind(Command::PreviousPhoto, [this](bool) { step(StepDirection::Previous); });
     m_panes.detail.addStepControl(*m_actions.action(Command::PreviousPhoto), *m_actions.action(Command::NextPhoto));
+}
+
+/// What is being drawn becomes the newest step first.
+void EditCommands::undoOrRedo(void (QVUndoManager::*exchange)())
+{
+    m_editor.library().notifications().post(kNormalizeNotification);
+    (m_undo.*exchange)();
 }
 
 /// Who goes through the photos typing their words goes on typing.

@@ -57,11 +57,13 @@ private:
     [[nodiscard]] Target target() const;
     [[nodiscard]] QList<std::shared_ptr<PIPhoto>> targetPhotos() const;
     [[nodiscard]] bool canMoveBy(int places) const;
+    void undoOrRedo(void (QVUndoManager::*exchange)());
     void deleteTarget();
     void moveTargetBy(int places);
     void moveTargetToFolder();
     void step(StepDirection direction);
 
+    LibraryEditor &m_editor;
     QVUndoManager &m_undo;
     LibraryActions &m_actions;
     Panes m_panes;

@@ -10,9 +10,9 @@
 #include "PIDetailFileVC.h"
 #include "PIDetailWordsVC.h"
 #include "PIFolder.h"
+#include "PIImageView.h"
 #include "PhotoLibrary.h"
 #include "PhotoStep.h"
-#include "PhotoView.h"
 #include "StepControl.h"
 #include "UserDefaults.h"
 
@@ -32,7 +32,7 @@ PIDetailController::PIDetailController(LibraryEditor &editor, QVUndoManager &und
     , m_defaults(defaults)
     , m_openSections(defaults.dictionary(kDetailOpenKey))
     , m_photoSide(new QWidget)
-    , m_photoView(new PhotoView(m_library.thumbnails(), m_library.imageCache(), m_library.thumbnails().pixelPool()))
+    , m_photoView(new PIImageView(editor))
     , m_view(new DetailPane(m_photoSide, makeSections(undo, catalogue), parent))
 {
     auto *layout = new QVBoxLayout(m_photoSide);
@@ -73,7 +73,8 @@ QWidget *PIDetailController::makeSections(QVUndoManager &undo, const FilterCatal
     addSection(QStringLiteral("DetailWords"), tr("Caption and Keywords"), m_wordController, *layout);
     addSection(QStringLiteral("DetailFile"), tr("File"), new PIDetailFileVC(m_library, *this, shownFolder, sections),
                *layout);
-    addSection(QStringLiteral("DetailCrop"), tr("Crop"), new PIDetailCropVC(m_editor, *this, sections), *layout);
+    m_cropController = new PIDetailCropVC(m_editor, *this, *m_photoView, sections);
+    addSection(QStringLiteral("DetailCrop"), tr("Crop"), m_cropController, *layout);
     m_effectController = new PIDetailEffectVC(m_editor, undo, catalogue, *this, sections);
     addSection(QStringLiteral("DetailEffects"), tr("Effects"), m_effectController, *layout);
     layout->addStretch();
@@ -102,7 +103,7 @@ void PIDetailController::photoWasSelected(const NotificationObject &object)
 {
     PIPhoto *photo = object.as<PIPhoto>();
     m_photo = photo ? photo->shared_from_this() : nullptr;
-    m_photoView->setPhoto(m_photo);
+    m_photoView->photoWasSelected(m_photo);
     showCurrentPhoto();
 }
 

@@ -10,11 +10,12 @@
 class DetailPane;
 class FilterCatalogue;
 class LibraryEditor;
+class PIDetailCropVC;
 class PIDetailEffectVC;
 class PIDetailWordsVC;
+class PIImageView;
 class PIPhoto;
 class PhotoLibrary;
-class PhotoView;
 class QAction;
 class QBoxLayout;
 class QVUndoManager;
@@ -38,9 +39,11 @@ public:
     [[nodiscard]] const std::shared_ptr<PIPhoto> &photo() const { return m_photo; }
     /// Owned by its parent widget.
     [[nodiscard]] QWidget *view() const;
-    [[nodiscard]] PhotoView &photoView() const { return *m_photoView; }
+    [[nodiscard]] PIImageView &photoView() const { return *m_photoView; }
     /// The section of caption and keywords.
     [[nodiscard]] PIDetailWordsVC &wordController() const { return *m_wordController; }
+    /// The section of the crop.
+    [[nodiscard]] PIDetailCropVC &cropController() const { return *m_cropController; }
     /// The section of effects.
     [[nodiscard]] PIDetailEffectVC &effectController() const { return *m_effectController; }
     /// Puts buttons for these commands under the photo, usable when there is another photo to go to.
@@ -60,9 +63,10 @@ private:
     std::shared_ptr<PIPhoto> m_photo;
     QVariantMap m_openSections; ///< by layout name
     QWidget *m_photoSide;       ///< the photo and what belongs to it
-    PhotoView *m_photoView;
+    PIImageView *m_photoView;
     StepControl *m_stepControl = nullptr; ///< null until there are commands for it
     PIDetailWordsVC *m_wordController = nullptr;
+    PIDetailCropVC *m_cropController = nullptr;
     PIDetailEffectVC *m_effectController = nullptr;
     DetailPane *m_view;
     NotificationCenter::Observer m_selectObserver;

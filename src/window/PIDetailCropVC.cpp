@@ -3,17 +3,23 @@
 #include "DetailEdits.h"
 #include "LibraryEditor.h"
 #include "LibraryNotifications.h"
+#include "PIImageView.h"
 #include "PhotoLibrary.h"
 
 #include <QBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
+#include <QToolButton>
 
-PIDetailCropVC::PIDetailCropVC(LibraryEditor &editor, const PIDetailController &controller, QWidget *parent)
+PIDetailCropVC::PIDetailCropVC(LibraryEditor &editor, const PIDetailController &controller, const PIImageView &view,
+                               QWidget *parent)
     : PIDetailBaseVC(editor.library(), controller, parent)
     , m_editor(editor)
+    , m_view(view)
     , m_cropSizeField(new QLabel(this))
     , m_uncropButton(new QPushButton(tr("Uncrop"), this))
+    , m_buttons(new QHBoxLayout)
 {
     m_cropSizeField->setToolTip(tr("Width and height of the crop in pixels"));
     m_cropSizeField->setAccessibleName(tr("Crop size"));
@@ -22,9 +28,24 @@ PIDetailCropVC::PIDetailCropVC(LibraryEditor &editor, const PIDetailController &
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 4, 12, 10);
     layout->addWidget(m_cropSizeField, 1);
+    layout->addLayout(m_buttons);
     layout->addWidget(m_uncropButton);
+    connect(&view, &PIImageView::cropChanged, this, &PIDetailCropVC::selectionChanged);
     connect(m_uncropButton, &QPushButton::clicked, this, &PIDetailCropVC::uncrop);
     selectionChanged();
+}
+
+void PIDetailCropVC::addCommands(QAction &crop, QMenu &cropSizes)
+{
+    auto *button = new QToolButton(this);
+    button->setDefaultAction(&crop);
+    button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    auto *sizes = new QToolButton(this);
+    sizes->setDefaultAction(cropSizes.menuAction());
+    sizes->setToolTip(tr("Hold the crop to a shape"));
+    sizes->setPopupMode(QToolButton::InstantPopup);
+    m_buttons->addWidget(button);
+    m_buttons->addWidget(sizes);
 }
 
 void PIDetailCropVC::selectionChanged()
@@ -37,11 +58,12 @@ void PIDetailCropVC::selectionChanged()
 
 void PIDetailCropVC::updateCrop()
 {
-    const QRectF &crop = photo()->cropRect();
+    const bool isCropping = m_view.isCropping();
+    const QRectF &crop = isCropping ? m_view.cropRect() : photo()->cropRect();
     m_cropSizeField->setText(
         crop.isEmpty() ? tr("None")
                        : tr("%1 x %2").arg(static_cast<int>(crop.width())).arg(static_cast<int>(crop.height())));
-    m_uncropButton->setEnabled(!crop.isEmpty());
+    m_uncropButton->setEnabled(!isCropping && !crop.isEmpty());
 }
 
 void PIDetailCropVC::uncrop()

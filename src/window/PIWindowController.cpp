@@ -1,6 +1,7 @@
 #include "PIWindowController.h"
 
 #include "CommandState.h"
+#include "CropCommands.h"
 #include "EditCommands.h"
 #include "EffectCommands.h"
 #include "EffectSetMenu.h"
@@ -90,6 +91,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
                                       {*m_outline, *m_thumbnailView, *m_detailController}, *m_window))
     , m_effectCommands(
           new EffectCommands(m_editor, defaults, m_filterCatalogue, *m_actions, *m_detailController, *m_window))
+    , m_cropCommands(new CropCommands(m_editor, defaults, *m_actions, *m_thumbnailView, *m_detailController, *m_window))
     , m_printCommands(new PrintCommands(m_editor, defaults, *m_actions, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
@@ -149,10 +151,9 @@ void PIWindowController::observe()
     connect(m_navigatorModel, &NavigatorModel::renamed, this, &PIWindowController::photoWasSelected);
     connect(m_thumbnailView, &ThumbnailGridView::selectedPhotosChanged, this,
             &PIWindowController::gridSelectionDidChange);
-    connect(m_thumbnailView, &ThumbnailGridView::photoActivated, this, [this] {
-        m_actions->setChecked(Command::ShowDetail, true);
-        toggleDetail(true);
-    });
+    connect(m_thumbnailView, &ThumbnailGridView::photoActivated, this, &PIWindowController::showDetail);
+    connect(m_cropCommands, &CropCommands::largePhotoWanted, this, &PIWindowController::showDetail);
+    connect(m_cropCommands, &CropCommands::changed, this, &PIWindowController::enableCommands);
     connect(m_thumbnailView, &ThumbnailGridView::columnsLaidOut, this, &PIWindowController::enableCommands);
     connect(m_window.get(), &LibraryWindow::didResignKey, this, &PIWindowController::windowDidResignKey);
     connect(m_window.get(), &LibraryWindow::fullScreenChanged, this,
@@ -265,6 +266,11 @@ void PIWindowController::importFolder(const QString &path, UndoName undoName, If
 bool PIWindowController::isImporting() const
 {
     return m_importRunner->isRunning();
+}
+
+QMenu &PIWindowController::cropSizesMenu() const
+{
+    return m_cropCommands->sizesMenu();
 }
 
 QMenu &PIWindowController::effectSetsMenu() const
@@ -460,6 +466,7 @@ void PIWindowController::enableCommands()
     CommandState state;
     m_editCommands->describe(state);
     m_effectCommands->describe(state);
+    m_cropCommands->describe(state);
     state.isDirty = m_library.isDirty();
     state.isImporting = isImporting();
     state.canGoBack = m_history.canGoBack();
@@ -470,6 +477,7 @@ void PIWindowController::enableCommands()
         m_actions->setEnabled(info.command, state.isEnabled(info.enabledWhen));
     m_editCommands->showTitles(state);
     m_effectCommands->enable(state);
+    m_cropCommands->showTitle(state);
 }
 
 void PIWindowController::showSummary()
@@ -490,6 +498,12 @@ void PIWindowController::showSummary()
 void PIWindowController::toggleDetail(bool shown)
 {
     m_paneSplitter->setDetailShown(shown);
+}
+
+void PIWindowController::showDetail()
+{
+    m_actions->setChecked(Command::ShowDetail, true);
+    toggleDetail(true);
 }
 
 LibraryFile::WindowState PIWindowController::saveState() const

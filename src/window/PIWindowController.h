@@ -16,6 +16,7 @@
 #include <functional>
 #include <memory>
 
+class CropCommands;
 class EditCommands;
 class EffectCommands;
 class Housekeeping;
@@ -48,6 +49,8 @@ public:
     [[nodiscard]] LibraryActions &actions() const { return *m_actions; }
     [[nodiscard]] PIDetailController &detailController() const { return *m_detailController; }
     [[nodiscard]] ThumbnailGridView &thumbnailView() const { return *m_thumbnailView; }
+    /// The sizes that crops may be held to, for the menu bar.
+    [[nodiscard]] QMenu &cropSizesMenu() const;
     /// The library's effect sets, for the menu bar.
     [[nodiscard]] QMenu &effectSetsMenu() const;
     [[nodiscard]] LibraryEditor &editor() { return m_editor; }
@@ -119,6 +122,7 @@ private:
     void enableCommands();
     void showSummary();
     void toggleDetail(bool shown);
+    void showDetail();
     [[nodiscard]] LibraryFile::WindowState saveState() const;
 
     PhotoLibrary &m_library;
@@ -140,6 +144,7 @@ private:
     Housekeeping *m_housekeeping;
     EditCommands *m_editCommands;
     EffectCommands *m_effectCommands;
+    CropCommands *m_cropCommands;
     PrintCommands *m_printCommands;
     DropCommands m_drops;
     FolderHistory m_history;

@@ -49,7 +49,6 @@ void PhotoCommands::bind(LibraryActions &actions)
     bindTo(Command::ToggleMark, [](Self &self) { static_cast<void>(self.m_edits.toggleMark()); });
     bindTo(Command::ExtractFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Move); });
     bindTo(Command::CopyToNewFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Copy); });
-    bindTo(Command::ClearCrop, [](Self &self) { self.clearCrop(); });
     bindTo(Command::SortByName, [](Self &self) { self.sortFolder(PhotoEdits::Order::Name); });
     bindTo(Command::SortByDate, [](Self &self) { self.sortByDate(); });
     bindTo(Command::SortAtRandom, [](Self &self) { self.sortFolder(PhotoEdits::Order::Random); });
@@ -124,12 +123,6 @@ void PhotoCommands::selectMarked()
     m_grid.selectIndexes(marked);
     m_grid.scrollToSelection();
     if (marked.isEmpty())
-        Beep();
-}
-
-void PhotoCommands::clearCrop()
-{
-    if (!m_edits.clearCrop())
         Beep();
 }
 

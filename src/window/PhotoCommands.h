@@ -59,7 +59,6 @@ Q_SIGNALS:
 
 private:
     void selectMarked();
-    void clearCrop();
     void sortFolder(PhotoEdits::Order order);
     void sortByDate();
     void extractFolder(PhotoEdits::Transfer transfer);

@@ -13,6 +13,7 @@ inline constexpr Preference<bool> kShowCaptions{"hmphoto.showCaptions", false};
 inline constexpr Preference<bool> kShowDates{"hmphoto.showDates", false};
 inline constexpr Preference<bool> kShowFileNames{"hmphoto.showFileNames", true};
 inline constexpr Preference<int> kColumnCount{"hmphoto.columnCount", 3};
+inline constexpr Preference<int> kCropSize{"hmphoto.cropSize", 0}; ///< position among the crop sizes
 inline constexpr char kGeometry[] = "hmphoto.windowGeometry";
 inline constexpr Preference<const char *> kLastFolder{"hmphoto.lastAddFolder", ""};
 

@@ -9,7 +9,7 @@
 #include "PIDetailController.h"
 #include "PIDetailFileVC.h"
 #include "PIFolder.h"
-#include "PhotoView.h"
+#include "PIImageView.h"
 #include "ThumbnailGridView.h"
 
 #include <QApplication>
