@@ -28,7 +28,14 @@ PIEditControlView::PIEditControlView(const QList<Control> &controls, QWidget *pa
         button->setFocusPolicy(Qt::NoFocus); // the picture goes on taking the keys
         connect(button, &QToolButton::clicked, this, [this, code = control.code] { Q_EMIT controlClicked(code); });
         layout->addWidget(button);
+        m_buttons.insert(control.code, button);
     }
+}
+
+void PIEditControlView::setControlEnabled(int code, bool enabled)
+{
+    if (QToolButton *button = m_buttons.value(code))
+        button->setEnabled(enabled);
 }
 
 void PIEditControlView::paintEvent(QPaintEvent *)

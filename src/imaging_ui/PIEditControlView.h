@@ -1,9 +1,12 @@
 #pragma once
 
+#include <QHash>
 #include <QIcon>
 #include <QList>
 #include <QString>
 #include <QWidget>
+
+class QToolButton;
 
 /// A strip of a few controls that floats over a picture.
 class PIEditControlView final : public QWidget
@@ -20,9 +23,14 @@ public:
 
     PIEditControlView(const QList<Control> &controls, QWidget *parent);
 
+    void setControlEnabled(int code, bool enabled);
+
 Q_SIGNALS:
     void controlClicked(int code);
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+
+private:
+    QHash<int, QToolButton *> m_buttons; ///< by control code
 };

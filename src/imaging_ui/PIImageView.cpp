@@ -91,6 +91,7 @@ void PIImageView::startCrop()
     showWhole();
     takeUpFile();
     placeControls();
+    m_controlView->setControlEnabled(Flip, g_cropSizeIndex != 0);
     m_controlView->setVisible(m_cropping);
     cropWasChanged();
 }
