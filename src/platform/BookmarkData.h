@@ -7,6 +7,8 @@
 
 #include <optional>
 
+class BookmarkView;
+
 /// What a bookmark holds about its file. Paths are bytes as the kernel takes them.
 struct BookmarkData
 {
@@ -19,10 +21,7 @@ struct BookmarkData
     bool operator==(const BookmarkData &) const = default;
 
     [[nodiscard]] QByteArray encode() const;
-    /// Nothing when the bytes are not exactly one bookmark of a known version. Shares its volume and mount point with
-    /// `neighbour` where they are the same.
-    [[nodiscard]] static std::optional<BookmarkData> decode(const QByteArray &bytes,
-                                                            const BookmarkData *neighbour = nullptr);
-    /// The same into data that holds nothing yet, and nothing of use when this answers false.
-    [[nodiscard]] bool read(const QByteArray &bytes, const BookmarkData *neighbour = nullptr);
+    /// Nothing when the bytes are not exactly one bookmark of a known version.
+    [[nodiscard]] static std::optional<BookmarkData> decode(const QByteArray &bytes);
+    [[nodiscard]] static BookmarkData of(const BookmarkView &view);
 };

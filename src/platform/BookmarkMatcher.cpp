@@ -6,17 +6,19 @@
 #include <algorithm>
 
 BookmarkMatcher::BookmarkMatcher(const QList<QByteArray> &bookmarks, std::shared_ptr<const Volumes> volumes)
-    : m_volumes(volumes ? std::move(volumes) : Volumes::current())
+    : m_bookmarks(bookmarks)
+    , m_volumes(volumes ? std::move(volumes) : Volumes::current())
 {
     m_lost.reserve(static_cast<std::size_t>(bookmarks.size()));
     for (qsizetype index = 0; index < bookmarks.size(); ++index) {
-        auto data = BookmarkData::decode(bookmarks[index], m_lost.empty() ? nullptr : &m_lost.back().data);
-        if (!data || data->file.kind != FileKind::File)
+        const auto view = BookmarkView::of(bookmarks[index]);
+        if (!view || view->kind() != FileKind::File)
             continue;
-        m_lost.push_back({.index = index, .data = *std::move(data)});
-        LostFile &lost = m_lost.back();
-        lost.volume = m_volumes->withIdentity(lost.data.volume);
-        m_byInode.insert(lost.data.file.inode, &lost);
+        m_lost.push_back({.index = index,
+                          .stored = *view,
+                          .inode = view->inode(),
+                          .volume = m_volumes->withIdentity(view->volume().toByteArray())});
+        m_byInode.insert(view->inode(), &m_lost.back());
     }
 }
 
@@ -43,7 +45,7 @@ void BookmarkMatcher::findByIdentity(Candidate candidate)
     bool isKnown = false;
     for (LostFile *lost : m_byInode.values(place.file.identity.inode)) {
         if (!lost->isOpen || lost->volume != place.volume ||
-            !isStoredFile(lost->data, place.file, kNoFolder, place.path.constData(), trust))
+            !isStoredFile(lost->stored, place.file, kNoFolder, place.path.constData(), trust))
             continue;
         lost->isOpen = false;
         isKnown = true;

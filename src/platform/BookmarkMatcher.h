@@ -44,6 +44,7 @@ private:
     void findByIdentity(Candidate candidate);
     void findByContent(const std::stop_token &stop);
 
+    const QList<QByteArray> m_bookmarks; ///< into which m_lost looks
     std::shared_ptr<const Volumes> m_volumes;
     std::vector<LostFile> m_lost;
     QMultiHash<quint64, LostFile *> m_byInode;

@@ -1,5 +1,6 @@
 #include "BookmarkResolver.h"
 
+#include "BookmarkData.h"
 #include "NativePath.h"
 #include "PosixSupport.h"
 #include "VolumeMounter.h"
@@ -9,31 +10,41 @@
 using namespace std::chrono_literals;
 
 BookmarkResolver::BookmarkResolver(const QList<QByteArray> &bookmarks, const BookmarkOptions &options)
-    : m_options(options)
+    : m_bookmarks(bookmarks)
+    , m_options(options)
     , m_limits{options.stop, Clock::now() + options.timeLimit}
     , m_volumes(options.volumes ? options.volumes : Volumes::current())
     , m_wanted(options.copyExtensions)
 {
     m_progress.total = bookmarks.size();
-    decode(bookmarks);
+    m_lost.reserve(static_cast<std::size_t>(bookmarks.size()));
+    m_taken.reserve(m_lost.capacity());
+    for (qsizetype index = 0; index < bookmarks.size(); ++index)
+        if (const auto view = BookmarkView::of(bookmarks[index]))
+            addLost(index, *view);
+        else
+            add({index, Status::Missing});
 }
 
-void BookmarkResolver::decode(const QList<QByteArray> &bookmarks)
+namespace {
+
+/// Neighbours in a library nearly always did.
+bool stoodInOneFolder(const BookmarkView &left, const BookmarkView &right)
 {
-    m_lost.reserve(static_cast<std::size_t>(bookmarks.size()));
-    const BookmarkData *neighbour = nullptr;
-    for (qsizetype index = 0; index < bookmarks.size(); ++index) {
-        LostFile &lost = m_lost.emplace_back();
-        lost.index = index;
-        if (!lost.data.read(bookmarks[index], neighbour)) {
-            m_lost.pop_back();
-            add({index, Status::Missing});
-            continue;
-        }
-        if (lost.data.fingerprint && acceptsCopies(index))
-            m_wanted.addWantedName(NativePath::fileName(lost.data.volumePath));
-        neighbour = &lost.data;
-    }
+    return left.kind() == FileKind::File && right.kind() == FileKind::File && left.volume() == right.volume() &&
+           left.mountPoint() == right.mountPoint() &&
+           NativePath::parentView(left.volumePath()) == NativePath::parentView(right.volumePath());
+}
+
+}
+
+void BookmarkResolver::addLost(qsizetype index, const BookmarkView &stored)
+{
+    if (m_places.empty() || !stoodInOneFolder(m_lost.back().stored, stored))
+        m_places.push_back({.example = stored});
+    m_lost.push_back({.index = index, .stored = stored, .inode = stored.inode(), .place = &m_places.back()});
+    if (stored.fingerprint() && acceptsCopies(index))
+        m_wanted.addWantedName(NativePath::fileName(stored.volumePath()));
 }
 
 void BookmarkResolver::run()
@@ -60,8 +71,8 @@ std::shared_ptr<const Volumes> mountBySystem(const QByteArray &volume)
 void BookmarkResolver::mountVolumes()
 {
     QSet<QByteArray> tried;
-    for (const LostFile &lost : m_lost) {
-        const QByteArray &volume = lost.data.volume;
+    for (const OldPlace &place : m_places) {
+        const QByteArray volume = place.example.volume().toByteArray();
         if (m_options.stop.stop_requested() || m_volumes->withIdentity(volume) || tried.contains(volume))
             continue;
         tried.insert(volume);
@@ -73,33 +84,25 @@ void BookmarkResolver::mountVolumes()
 /// Closes those whose volume is away: nothing is searched for them.
 void BookmarkResolver::placeOnVolumes()
 {
-    const LostFile *neighbour = nullptr;
+    for (OldPlace &place : m_places)
+        findVolume(place);
     for (LostFile &lost : m_lost) {
-        if (placeOnVolume(lost, neighbour))
+        lost.volume = lost.place->volume;
+        if (lost.place->mount)
             searchOf(*lost.volume).add(lost);
         else
             close(lost, Status::VolumeAway);
-        neighbour = &lost;
     }
 }
 
-/// Takes over from the bookmark before it what is the same, which in a library is nearly everything.
-bool BookmarkResolver::placeOnVolume(LostFile &lost, const LostFile *neighbour) const
+void BookmarkResolver::findVolume(OldPlace &place) const
 {
-    const BookmarkData &data = lost.data;
-    if (neighbour && neighbour->data.volume == data.volume && neighbour->data.mountPoint == data.mountPoint &&
-        NativePath::parentView(neighbour->data.volumePath) == NativePath::parentView(data.volumePath)) {
-        lost.volume = neighbour->volume;
-        lost.mount = neighbour->mount;
-        lost.oldFolder = neighbour->oldFolder;
-        return lost.mount;
-    }
-    lost.volume = m_volumes->withIdentity(data.volume);
-    lost.mount = lost.volume ? lost.volume->mountFor(data.volumePath, data.mountPoint) : nullptr;
-    const auto path = lost.mount ? lost.mount->pathFor(data.volumePath) : std::nullopt;
+    const QByteArray volumePath = place.example.volumePath().toByteArray();
+    place.volume = m_volumes->withIdentity(place.example.volume().toByteArray());
+    place.mount = place.volume ? place.volume->mountFor(volumePath, place.example.mountPoint().toByteArray()) : nullptr;
+    const auto path = place.mount ? place.mount->pathFor(volumePath) : std::nullopt;
     if (path)
-        lost.oldFolder = *path == lost.mount->point ? *path : NativePath::parent(*path);
-    return lost.mount;
+        place.folder = *path == place.mount->point ? *path : NativePath::parent(*path);
 }
 
 VolumeSearch &BookmarkResolver::searchOf(const Volume &volume)
@@ -187,16 +190,21 @@ void BookmarkResolver::found(LostFile &lost, const FoundPlace &place)
 {
     lost.isOpen = false;
     m_taken.emplace_back(place.file.device, place.file.identity.inode);
-    const QByteArray seen = m_links.asSeenFrom(lost.data.givenPath, place.path);
+    const QByteArrayView given = lost.stored.givenPath();
+    QByteArray linked;
+    if (!given.isEmpty())
+        linked = m_links.asSeenFrom(given.toByteArray(), place.path);
+    const QByteArray &seen = given.isEmpty() ? place.path : linked;
     if (!QByteArrayView(seen).isValidUtf8()) {
         add({lost.index, Status::Unnameable});
         return;
     }
-    BookmarkResolution resolution{lost.index, Status::Found, QString::fromUtf8(seen)};
-    resolution.stale = refresh(lost, place, seen);
-    if (resolution.stale)
-        resolution.fresh = lost.data.encode();
-    add(std::move(resolution));
+    BookmarkResolution &resolution = m_ready.emplaceBack();
+    resolution.index = lost.index;
+    resolution.status = Status::Found;
+    resolution.path = QString::fromUtf8(seen);
+    resolution.stale = renew(resolution.fresh, lost, place, seen);
+    noteAdded();
 }
 
 namespace {
@@ -211,6 +219,12 @@ bool update(T &stored, const T &present)
     return true;
 }
 
+bool isUnchanged(const BookmarkView &stored, const FileIdentity &seen)
+{
+    return seen.inode == stored.inode() && seen.birth == stored.birth() && seen.size == stored.size() &&
+           seen.modified == stored.modified() && seen.kind == stored.kind();
+}
+
 /// Takes over what is new of the file itself.
 bool updateFile(BookmarkData &data, const FoundPlace &place, bool isSameVolume)
 {
@@ -218,8 +232,6 @@ bool updateFile(BookmarkData &data, const FoundPlace &place, bool isSameVolume)
     const FileIdentity &seen = place.file.identity;
     const bool isSameObject = isSameVolume && seen.inode == stored.inode && seen.birth == stored.birth;
     const bool isSameContent = seen.size == stored.size && seen.modified == stored.modified;
-    if (isSameObject && isSameContent && seen.kind == stored.kind)
-        return false;
     FileIdentity present = seen;
     const char *path = place.path.constData();
     present.handle = isSameObject ? stored.handle : readHandle(kNoFolder, path);
@@ -231,14 +243,29 @@ bool updateFile(BookmarkData &data, const FoundPlace &place, bool isSameVolume)
 }
 
 /// Makes the bookmark what it would be if made now, with as few questions as possible; whether that changed it.
-bool BookmarkResolver::refresh(LostFile &lost, const FoundPlace &place, const QByteArray &seen)
+bool BookmarkResolver::renew(QByteArray &fresh, const LostFile &lost, const FoundPlace &place, const QByteArray &seen)
 {
+    const BookmarkView &stored = lost.stored;
     const Mount &mount = *place.volume->mountHolding(place.path);
-    bool isStale = updateFile(lost.data, place, place.volume == lost.volume);
-    isStale |= update(lost.data.volume, place.volume->identity);
-    isStale |= update(lost.data.volumePath, mount.volumePathFor(place.path));
-    isStale |= update(lost.data.mountPoint, mount.point);
-    isStale |= update(lost.data.givenPath, seen == place.path ? QByteArray() : seen);
+    const bool isWhole = mount.root == mount.point;
+    const QByteArray other = isWhole ? QByteArray() : mount.volumePathFor(place.path);
+    const QByteArrayView volumePath = isWhole ? place.path : other;
+    const QByteArrayView given = seen == place.path ? QByteArrayView() : QByteArrayView(seen);
+    const bool isMoved =
+        stored.volumePath() != volumePath || stored.mountPoint() != mount.point || stored.givenPath() != given;
+    if (place.volume == lost.volume && isUnchanged(stored, place.file.identity)) {
+        if (isMoved)
+            fresh = stored.movedTo(volumePath, mount.point, given);
+        return isMoved;
+    }
+    BookmarkData data = BookmarkData::of(stored);
+    bool isStale = updateFile(data, place, place.volume == lost.volume) || isMoved;
+    isStale |= update(data.volume, place.volume->identity);
+    data.volumePath = volumePath.toByteArray();
+    data.mountPoint = mount.point;
+    data.givenPath = given.toByteArray();
+    if (isStale)
+        fresh = data.encode();
     return isStale;
 }
 
@@ -257,9 +284,14 @@ void BookmarkResolver::closeAllOpen(Status status)
 
 void BookmarkResolver::add(BookmarkResolution resolution)
 {
+    m_ready.append(std::move(resolution));
+    noteAdded();
+}
+
+void BookmarkResolver::noteAdded()
+{
     constexpr qsizetype kBatch = 500;
     ++m_progress.resolved;
-    m_ready.append(std::move(resolution));
     if (m_ready.size() >= kBatch)
         flush();
 }

@@ -7,6 +7,7 @@
 #include "VolumeSearch.h"
 
 #include <chrono>
+#include <deque>
 #include <memory>
 #include <vector>
 
@@ -25,10 +26,10 @@ private:
     using Clock = std::chrono::steady_clock;
     using Status = BookmarkResolution::Status;
 
-    void decode(const QList<QByteArray> &bookmarks);
+    void addLost(qsizetype index, const BookmarkView &stored);
     void mountVolumes();
     void placeOnVolumes();
-    [[nodiscard]] bool placeOnVolume(LostFile &lost, const LostFile *neighbour) const;
+    void findVolume(OldPlace &place) const;
     VolumeSearch &searchOf(const Volume &volume);
     [[nodiscard]] bool mayWalk(const Volume &volume) const;
     [[nodiscard]] bool acceptsCopies(qsizetype index) const;
@@ -38,18 +39,22 @@ private:
     [[nodiscard]] bool examineCandidates(ContentSearch &search);
 
     void found(LostFile &lost, const FoundPlace &place);
-    [[nodiscard]] static bool refresh(LostFile &lost, const FoundPlace &place, const QByteArray &seen);
+    [[nodiscard]] static bool renew(QByteArray &fresh, const LostFile &lost, const FoundPlace &place,
+                                    const QByteArray &seen);
     void close(LostFile &lost, Status status);
     void closeAllOpen(Status status);
     void add(BookmarkResolution resolution);
+    void noteAdded();
     void flush();
     void tick();
     void report();
 
+    const QList<QByteArray> m_bookmarks; ///< into which m_lost looks
     const BookmarkOptions m_options;
     const DirectoryWalk::Limits m_limits;
     std::shared_ptr<const Volumes> m_volumes;
     std::vector<LostFile> m_lost;
+    std::deque<OldPlace> m_places;
     ContentCandidates m_wanted; ///< by the names of the lost files; every search begins with a copy of it
     std::vector<std::unique_ptr<VolumeSearch>> m_searches;
     std::vector<ContentSearch::Object> m_taken; ///< what was found to be one of the lost files

@@ -16,9 +16,9 @@ ContentSearch::ContentSearch(QSet<Object> taken, QSet<QByteArray> pathsInUse)
 
 void ContentSearch::add(LostFile &lost)
 {
-    if (!lost.data.fingerprint || lost.data.file.size == 0)
+    if (!lost.stored.fingerprint() || lost.stored.size() == 0)
         return;
-    m_bySize[lost.data.file.size].append(m_claims.size());
+    m_bySize[lost.stored.size()].append(m_claims.size());
     m_claims.push_back({&lost, {}, 0, false});
 }
 
@@ -66,7 +66,7 @@ void ContentSearch::examineCandidate(const FoundPlace &place, int folder, const 
     if (!fingerprint)
         return;
     for (const std::size_t at : m_bySize.value(file.size))
-        if (m_claims[at].lost->data.fingerprint == fingerprint)
+        if (m_claims[at].lost->stored.fingerprint() == fingerprint)
             claim(m_claims[at], place);
 }
 
@@ -80,9 +80,9 @@ ContentSearch::Object objectOf(const FoundPlace &place)
 /// Where inode numbers are made up, a file with the same content and time of birth on the same volume is no copy.
 bool isTheFileItself(const LostFile &lost, const FoundPlace &place)
 {
-    const FileIdentity &stored = lost.data.file;
-    return place.volume == lost.volume && place.volume->inodeTrust() == InodeTrust::MadeUp && stored.birth &&
-           stored.birth == place.file.identity.birth;
+    const auto birth = lost.stored.birth();
+    return place.volume == lost.volume && place.volume->inodeTrust() == InodeTrust::MadeUp && birth &&
+           birth == place.file.identity.birth;
 }
 
 }
@@ -102,10 +102,10 @@ void ContentSearch::claim(Claim &claim, const FoundPlace &place)
 namespace {
 
 /// Whether two bookmarks are of one file.
-bool isSameFile(const BookmarkData &left, const BookmarkData &right)
+bool isSameFile(const BookmarkView &left, const BookmarkView &right)
 {
-    return left.volume == right.volume && left.file.inode == right.file.inode && left.file.birth == right.file.birth &&
-           left.file.handle == right.file.handle;
+    return left.volume() == right.volume() && left.inode() == right.inode() && left.birth() == right.birth() &&
+           left.handle() == right.handle();
 }
 
 }
@@ -119,14 +119,10 @@ void ContentSearch::conclude(const Found &found, const Ambiguous &ambiguous) con
     const auto isUndisputed = [&](const Claim &claim) {
         const auto rivals = claimants.value(objectOf(claim.place));
         return claim.copies == 1 && std::all_of(rivals.cbegin(), rivals.cend(), [&](const Claim *other) {
-                   return isSameFile(claim.lost->data, other->lost->data);
+                   return isSameFile(claim.lost->stored, other->lost->stored);
                });
     };
-    // All is judged before anything is told: what is told may change the bookmarks that are compared.
-    std::vector<std::pair<const Claim *, bool>> verdicts;
     for (const Claim &claim : m_claims)
         if (claim.copies > 0)
-            verdicts.emplace_back(&claim, isUndisputed(claim));
-    for (const auto &[claim, undisputed] : verdicts)
-        undisputed ? found(*claim->lost, claim->place) : ambiguous(*claim->lost);
+            isUndisputed(claim) ? found(*claim.lost, claim.place) : ambiguous(*claim.lost);
 }

@@ -2,6 +2,7 @@
 
 #include "BookmarkData.h"
 #include "BookmarkResolver.h"
+#include "BookmarkView.h"
 #include "NativePath.h"
 #include "OpenFile.h"
 #include "PosixSupport.h"
@@ -97,9 +98,9 @@ Holding holdingOf(const FileIdentity &stored, const FileIdentity &present)
     return stored.inode == present.inode ? Holding::All : Holding::AllButNumber;
 }
 
-bool hasMadeUpNumbers(const BookmarkData &data, const Volumes &volumes)
+bool hasMadeUpNumbers(const BookmarkView &stored, const Volumes &volumes)
 {
-    const Volume *volume = volumes.withIdentity(data.volume);
+    const Volume *volume = volumes.withIdentity(stored.volume().toByteArray());
     return volume && volume->inodeTrust() == InodeTrust::MadeUp;
 }
 
@@ -107,37 +108,37 @@ bool hasMadeUpNumbers(const BookmarkData &data, const Volumes &volumes)
 
 bool FileBookmark::isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *volumes)
 {
-    const auto data = BookmarkData::decode(bookmark);
-    const Holding holding = data ? holdingOf(data->file, present) : Holding::No;
+    const auto stored = BookmarkView::of(bookmark);
+    const Holding holding = stored ? holdingOf(stored->file(), present) : Holding::No;
     if (holding != Holding::AllButNumber)
         return holding == Holding::All;
-    return hasMadeUpNumbers(*data, volumes ? *volumes : *Volumes::current());
+    return hasMadeUpNumbers(*stored, volumes ? *volumes : *Volumes::current());
 }
 
 bool FileBookmark::isOlderThan(const QByteArray &bookmark, const FileIdentity &present)
 {
-    const auto data = BookmarkData::decode(bookmark);
-    return data && data->file.modified < present.modified;
+    const auto stored = BookmarkView::of(bookmark);
+    return stored && stored->modified() < present.modified;
 }
 
 quint64 FileBookmark::fileSize(const QByteArray &bookmark)
 {
-    const auto data = BookmarkData::decode(bookmark);
-    return data ? data->file.size : 0;
+    const auto stored = BookmarkView::of(bookmark);
+    return stored ? stored->size() : 0;
 }
 
 bool FileBookmark::haveSameContent(const QByteArray &left, const QByteArray &right)
 {
-    const auto one = BookmarkData::decode(left);
-    const auto other = BookmarkData::decode(right);
-    return one && other && one->fingerprint && one->file.size == other->file.size &&
-           one->fingerprint == other->fingerprint;
+    const auto one = BookmarkView::of(left);
+    const auto other = BookmarkView::of(right);
+    return one && other && one->fingerprint() && one->size() == other->size() &&
+           one->fingerprint() == other->fingerprint();
 }
 
 QString FileBookmark::mountPoint(const QByteArray &bookmark)
 {
-    const auto data = BookmarkData::decode(bookmark);
-    return data ? QString::fromUtf8(data->mountPoint) : QString();
+    const auto stored = BookmarkView::of(bookmark);
+    return stored ? QString::fromUtf8(stored->mountPoint()) : QString();
 }
 
 BookmarkResolution FileBookmark::resolve(const QByteArray &bookmark, const BookmarkOptions &options)

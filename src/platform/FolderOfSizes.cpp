@@ -17,9 +17,9 @@ FolderOfSizes::FolderOfSizes(const QByteArray &folder, const Volume &volume)
     walk.readFolder(folder);
 }
 
-std::optional<FoundPlace> FolderOfSizes::placeOf(const BookmarkData &stored) const
+std::optional<FoundPlace> FolderOfSizes::placeOf(const BookmarkView &stored) const
 {
-    const auto [first, last] = m_places.equal_range(stored.file.size);
+    const auto [first, last] = m_places.equal_range(stored.size());
     for (auto place = first; place != last; ++place) {
         PresentFile file = place->file;
         if (isStoredFile(stored, file, kNoFolder, place->path.constData(), InodeTrust::MadeUp))

@@ -14,7 +14,7 @@ public:
     FolderOfSizes(const QByteArray &folder, const Volume &volume);
 
     /// Where the file stands with the content and time of birth that it had. Nothing when it does not.
-    [[nodiscard]] std::optional<FoundPlace> placeOf(const BookmarkData &stored) const;
+    [[nodiscard]] std::optional<FoundPlace> placeOf(const BookmarkView &stored) const;
 
 private:
     QMultiHash<quint64, FoundPlace> m_places;

@@ -35,9 +35,13 @@ public:
         return any;
     }
 
-    [[nodiscard]] bool contains(quint64 inode) const
+    /// A value with this number; null when there is none.
+    [[nodiscard]] T *first(quint64 inode) const
     {
-        return visit(inode, [](const T &) { return true; });
+        for (std::size_t at = slotOf(inode); m_slots[at].value; at = next(at))
+            if (m_slots[at].inode == inode)
+                return m_slots[at].value;
+        return nullptr;
     }
 
 private:

@@ -9,36 +9,43 @@
 /// Absolute paths as bytes, without a trailing slash except for "/" itself.
 namespace NativePath {
 
-[[nodiscard]] inline QByteArray join(const QByteArray &folder, QByteArrayView name)
+/// Into a path that keeps its memory from one call to the next.
+inline void join(QByteArray &path, QByteArrayView folder, QByteArrayView name)
 {
     const bool needsSlash = !folder.endsWith('/');
-    QByteArray path(folder.size() + (needsSlash ? 1 : 0) + name.size(), Qt::Uninitialized);
-    char *at = std::copy_n(folder.constData(), folder.size(), path.data());
+    path.resize(folder.size() + (needsSlash ? 1 : 0) + name.size());
+    char *at = std::copy_n(folder.data(), folder.size(), path.data());
     if (needsSlash)
         *at++ = '/';
     std::copy_n(name.data(), name.size(), at);
+}
+
+[[nodiscard]] inline QByteArray join(QByteArrayView folder, QByteArrayView name)
+{
+    QByteArray path;
+    join(path, folder, name);
     return path;
 }
 
 /// Where the last slash stands; every absolute path has one.
-[[nodiscard]] inline qsizetype lastSlash(const QByteArray &path)
+[[nodiscard]] inline qsizetype lastSlash(QByteArrayView path)
 {
-    return static_cast<qsizetype>(std::string_view(path.constData(), static_cast<std::size_t>(path.size())).rfind('/'));
+    return static_cast<qsizetype>(std::string_view(path.data(), static_cast<std::size_t>(path.size())).rfind('/'));
 }
 
 /// "/" is its own parent.
-[[nodiscard]] inline QByteArrayView parentView(const QByteArray &path)
+[[nodiscard]] inline QByteArrayView parentView(QByteArrayView path)
 {
-    return QByteArrayView(path).first(std::max<qsizetype>(lastSlash(path), 1));
+    return path.first(std::max<qsizetype>(lastSlash(path), 1));
 }
-[[nodiscard]] inline QByteArray parent(const QByteArray &path)
+[[nodiscard]] inline QByteArray parent(QByteArrayView path)
 {
     return parentView(path).toByteArray();
 }
 
-[[nodiscard]] inline QByteArrayView fileName(const QByteArray &path)
+[[nodiscard]] inline QByteArrayView fileName(QByteArrayView path)
 {
-    return QByteArrayView(path).sliced(lastSlash(path) + 1);
+    return path.sliced(lastSlash(path) + 1);
 }
 
 /// Whether `path` is `folder` or stands somewhere beneath it.

@@ -1,14 +1,16 @@
 #include "StoredFile.h"
 
-bool isStoredFile(const BookmarkData &stored, PresentFile &present, int folder, const char *name, InodeTrust trust)
+bool isStoredFile(const BookmarkView &view, PresentFile &present, int folder, const char *name, InodeTrust trust)
 {
-    Sameness sameness = compareFiles(stored.file, present.identity, trust);
+    const FileIdentity stored = view.file();
+    Sameness sameness = compareFiles(stored, present.identity, trust);
     if (sameness == Sameness::AskHandle) {
         present.identity.handle = readHandle(folder, name);
-        sameness = compareHandles(stored.file, present.identity);
+        sameness = compareHandles(stored, present.identity);
     }
     if (sameness != Sameness::AskContent)
         return sameness == Sameness::Same;
-    return stored.fingerprint && stored.file.size == present.identity.size &&
-           readFingerprintAt(folder, name, stored.file.size) == stored.fingerprint;
+    const auto fingerprint = view.fingerprint();
+    return fingerprint && stored.size == present.identity.size &&
+           readFingerprintAt(folder, name, stored.size) == fingerprint;
 }

@@ -19,14 +19,13 @@ VolumeSearch::VolumeSearch(const Volume &volume, ContentCandidates candidates, D
 void VolumeSearch::add(LostFile &lost)
 {
     ++m_openCount;
-    // Neighbours in a library often share their folder, and then its bytes.
-    const bool isSameFolder =
-        !m_oldFolders.empty() && m_oldFolders.back().path.constData() == lost.oldFolder.constData();
-    const std::size_t at =
-        isSameFolder ? m_oldFolders.size() - 1 : m_oldFolderAt.value(lost.oldFolder, m_oldFolders.size());
+    // Neighbours in a library often share their folder.
+    const bool isSameFolder = !m_oldFolders.empty() && m_oldFolders.back().place == lost.place;
+    const QByteArray &folder = lost.place->folder;
+    const std::size_t at = isSameFolder ? m_oldFolders.size() - 1 : m_oldFolderAt.value(folder, m_oldFolders.size());
     if (at == m_oldFolders.size()) {
-        m_oldFolderAt.insert(lost.oldFolder, at);
-        m_oldFolders.push_back({lost.oldFolder, {}});
+        m_oldFolderAt.insert(folder, at);
+        m_oldFolders.push_back({folder, lost.place, {}});
     }
     m_oldFolders[at].files.push_back(&lost);
 }
@@ -106,9 +105,10 @@ namespace {
 
 /// Where inode numbers are made up, a file that was born when the stored one was and stands where it stood may be that
 /// file, changed in place; or one of the same moment, as cameras make them, that was given its name.
-bool mayBeChangedInPlace(const FileIdentity &stored, const FileIdentity &present, InodeTrust trust)
+bool mayBeChangedInPlace(const BookmarkView &stored, const FileIdentity &present, InodeTrust trust)
 {
-    return trust == InodeTrust::MadeUp && stored.kind == present.kind && stored.birth && stored.birth == present.birth;
+    return trust == InodeTrust::MadeUp && stored.kind() == present.kind && stored.birth() &&
+           stored.birth() == present.birth;
 }
 
 }
@@ -125,19 +125,19 @@ void VolumeSearch::tryOldPaths(const OldFolder &folder)
         return;
     const FolderOfSizes neighbours(folder.path, m_volume);
     for (const auto &[lost, place] : changed)
-        take(*lost, neighbours.placeOf(lost->data).value_or(place));
+        take(*lost, neighbours.placeOf(lost->stored).value_or(place));
 }
 
 /// Takes the file that was meant. Tells what may be that file, changed in place.
 std::optional<FoundPlace> VolumeSearch::tryOldPath(LostFile &lost)
 {
-    const auto path = lost.mount->pathFor(lost.data.volumePath);
+    const auto path = lost.place->mount->pathFor(lost.stored.volumePath().toByteArray());
     auto present = path ? examineFile(kNoFolder, path->constData()) : std::nullopt;
     if (!present || !isHere(*present))
         return {};
-    if (isStoredFile(lost.data, *present, kNoFolder, path->constData(), m_trust))
+    if (isStoredFile(lost.stored, *present, kNoFolder, path->constData(), m_trust))
         take(lost, {*path, *present, &m_volume});
-    else if (mayBeChangedInPlace(lost.data.file, present->identity, m_trust))
+    else if (mayBeChangedInPlace(lost.stored, present->identity, m_trust))
         return FoundPlace{*path, *present, &m_volume};
     return {};
 }
@@ -148,7 +148,7 @@ void VolumeSearch::prepareWalk()
     for (const OldFolder &folder : m_oldFolders)
         for (LostFile *lost : folder.files)
             if (lost->isOpen)
-                m_wanted.add(lost->data.file.inode, lost);
+                m_wanted.add(lost->inode, lost);
 }
 
 void VolumeSearch::readOldFolder(const OldFolder &folder)
@@ -221,9 +221,10 @@ bool VolumeSearch::holdsAny(const QByteArray &path, const OldFolder &folder) con
     return std::any_of(folder.files.cbegin(), folder.files.cend(), [&](const LostFile *lost) {
         if (!lost->isOpen || ++tried > kFilesToTry)
             return false;
-        const QByteArray file = NativePath::join(path, NativePath::fileName(lost->data.volumePath));
+        const QByteArray file = NativePath::join(path, NativePath::fileName(lost->stored.volumePath()));
         auto present = examineFile(kNoFolder, file.constData());
-        return present && isHere(*present) && isStoredFile(lost->data, *present, kNoFolder, file.constData(), m_trust);
+        return present && isHere(*present) &&
+               isStoredFile(lost->stored, *present, kNoFolder, file.constData(), m_trust);
     });
 }
 
@@ -250,16 +251,19 @@ DirectoryWalk::Visit VolumeSearch::visit(const DirectoryWalk::Folder &folder,
     m_hits.clear();
     const bool mayHoldCopies = !m_trash.hold(folder.path);
     for (const DirectoryWalk::Entry &entry : entries)
-        if (m_wanted.contains(entry.inode))
-            m_hits.push_back(&entry);
-        else if (mayHoldCopies)
+        if (const LostFile *lost = m_wanted.first(entry.inode)) {
+            __builtin_prefetch(lost);
+            m_hits.push_back({&entry, lost});
+        } else if (mayHoldCopies)
             m_candidates.consider(folder, entry);
     // In the order in which they lie on the disk and in the kernel's memory; folders give them in that of a hash.
     std::sort(m_hits.begin(), m_hits.end(),
-              [](const auto *left, const auto *right) { return left->inode < right->inode; });
-    for (const DirectoryWalk::Entry *hit : m_hits)
-        if (!checkEntry(folder, *hit) && mayHoldCopies)
-            m_candidates.consider(folder, *hit);
+              [](const Hit &left, const Hit &right) { return left.entry->inode < right.entry->inode; });
+    for (const Hit &hit : m_hits) {
+        hit.lost->stored.prefetch(); // needed after the kernel was asked
+        if (!checkEntry(folder, *hit.entry) && mayHoldCopies)
+            m_candidates.consider(folder, *hit.entry);
+    }
     m_tick();
     const bool isDone = m_goal == Goal::LostFiles && m_openCount == 0;
     return isDone ? DirectoryWalk::Visit::Stop : DirectoryWalk::Visit::Continue;
@@ -276,11 +280,20 @@ bool VolumeSearch::checkEntry(const DirectoryWalk::Folder &folder, const Directo
     return m_wanted.visit(entry.inode, [&](LostFile &lost) {
         if (lost.isOpen && present->names > 1)
             (void)tryOldPath(lost); // of several names, the one that is known
-        if (!lost.isOpen || !isStoredFile(lost.data, *present, folder.descriptor, entry.name, m_trust))
+        if (!lost.isOpen || !isStoredFile(lost.stored, *present, folder.descriptor, entry.name, m_trust))
             return false;
-        take(lost, {NativePath::join(folder.path, entry.name), *present, &m_volume});
+        takeEntry(lost, folder, entry.name, *present);
         return true;
     });
+}
+
+void VolumeSearch::takeEntry(LostFile &lost, const DirectoryWalk::Folder &folder, const char *name,
+                             const PresentFile &file)
+{
+    NativePath::join(m_place.path, folder.path, name);
+    m_place.file = file;
+    m_place.volume = &m_volume;
+    take(lost, m_place);
 }
 
 void VolumeSearch::take(LostFile &lost, const FoundPlace &place)

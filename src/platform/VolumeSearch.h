@@ -46,6 +46,7 @@ private:
     struct OldFolder
     {
         QByteArray path;
+        const OldPlace *place = nullptr; ///< that of the files added first
         std::vector<LostFile *> files;
     };
     static bool hasOpen(const OldFolder &folder);
@@ -64,6 +65,7 @@ private:
     bool checkEntry(const DirectoryWalk::Folder &folder, const DirectoryWalk::Entry &entry);
     void walkEverywhere();
     void take(LostFile &lost, const FoundPlace &place);
+    void takeEntry(LostFile &lost, const DirectoryWalk::Folder &folder, const char *name, const PresentFile &file);
 
     enum class Goal { LostFiles, Candidates };
 
@@ -79,6 +81,12 @@ private:
     QHash<QByteArray, bool> m_folderExists;
     const TrashFolders m_trash;
     ContentCandidates m_candidates; ///< none in a trash
-    std::vector<const DirectoryWalk::Entry *> m_hits;
+    struct Hit
+    {
+        const DirectoryWalk::Entry *entry;
+        const LostFile *lost; ///< the first with that inode number
+    };
+    std::vector<Hit> m_hits;
+    FoundPlace m_place; ///< whose path keeps its memory from file to file
     DirectoryWalk m_walk;
 };

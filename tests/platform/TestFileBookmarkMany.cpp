@@ -267,7 +267,7 @@ void TestFileBookmarkMany::endsBetweenTwoFilesOfAFolder()
     const DirectoryWalk::Folder where{scene.nativeAt("Pictures/2023")};
     for (const char *name : {"photo.jpg", "other.jpg"})
         candidates.consider(where, {name, 0, EntryType::File});
-    LostFile lost{.data = BookmarkData::decode(scene.photo).value_or(BookmarkData())};
+    LostFile lost{.stored = BookmarkView::of(scene.photo).value()};
     ContentSearch search({}, {});
     search.add(lost);
     int asked = 0;
