@@ -301,7 +301,5 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(EffectValue)
-
 REGISTER_TEST(TestEffectEdits)
 #include "TestEffectEdits.moc"

@@ -295,7 +295,5 @@ private Q_SLOTS:
     }
 };
 
-Q_DECLARE_METATYPE(FilterInput)
-
 REGISTER_TEST(TestEffectControls)
 #include "TestEffectControls.moc"

@@ -19,8 +19,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-Q_DECLARE_METATYPE(PrintRun::Outcome)
-
 namespace {
 
 constexpr QSizeF kPortrait(540, 720);
