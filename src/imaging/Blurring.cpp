@@ -15,7 +15,7 @@ std::vector<float> bell(double deviation)
 {
     std::vector<double> heights;
     for (int i = 0; i <= int(3 * deviation); ++i)
-        heights.push_back(std::exp(-i * i / (2 * deviation * deviation)));
+        heights.push_back(std::exp(-double(i) * i / (2 * deviation * deviation)));
     double sum = heights.front();
     for (size_t i = 1; i < heights.size(); ++i)
         sum += 2 * heights[i];
@@ -122,6 +122,8 @@ bool addAny(WorkingImage &image, double deviation, const Combine &combine)
         return addDirectly(image, sigma < least ? 0.01 : sigma, combine);
     if (!combine)
         return addReduced(image, sigma, factor);
+    if (!image.keepPieces(WorkingImage::Reading::Around))
+        return false;
     WorkingImage blurred = image;
     return addReduced(blurred, sigma, factor) && blurred.setAlpha(Alpha::Premultiplied) &&
            image.combineRows(blurred, combine);

@@ -173,7 +173,7 @@ bool addPaper(WorkingImage &image)
 bool documentEnhancer(WorkingImage &image, const FilterValues &values)
 {
     const auto amount = float(values.number("inputAmount", 0, 10));
-    if (!image.setAlpha(WorkingImage::Alpha::Straight))
+    if (!image.setAlpha(WorkingImage::Alpha::Straight) || !image.keepPieces(WorkingImage::Reading::Around))
         return false;
     WorkingImage paper = image;
     return addPaper(paper) && image.combineWith(paper, [=](Pixel &own, const Pixel &light) {

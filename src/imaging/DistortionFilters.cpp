@@ -87,7 +87,7 @@ bool holeDistortion(WorkingImage &image, const FilterValues &values)
     const double radius = values.number("inputRadius");
     return addAround(image, values.point("inputCenter"), Edge::Clear, [=](QPointF apart) {
         const double distance = length(apart);
-        const double share = distance > 0 ? radius / distance : 0;
+        const double share = distance > 0 ? radius / distance : radius > 0 ? 2 : 0;
         return share > 1 ? Plane::nowhere() : apart * (1 - share * share);
     });
 }
@@ -138,6 +138,8 @@ bool vortexDistortion(WorkingImage &image, const FilterValues &values)
     const double angle = values.number("inputAngle");
     const double radius = values.number("inputRadius");
     const QPointF center = values.point("inputCenter");
+    if (radius <= 0)
+        return true;
     const auto from = [=](QPointF place) {
         const double rest = std::max(1 - length(place - center) / radius, 0.0);
         return center + turned(place - center, -angle * rest * rest * rest * rest);

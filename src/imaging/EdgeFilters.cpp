@@ -113,7 +113,7 @@ bool Edges::gaborGradients(WorkingImage &image, const FilterValues &)
 bool Edges::edgeWork(WorkingImage &image, const FilterValues &values)
 {
     const double radius = values.number("inputRadius");
-    if (!image.setAlpha(Alpha::Straight))
+    if (!image.setAlpha(Alpha::Straight) || !image.keepPieces(WorkingImage::Reading::Around))
         return false;
     WorkingImage spot = image;
     WorkingImage around = image;
@@ -164,7 +164,7 @@ void flatten(Pixel &pixel)
 
 bool Edges::comicEffect(WorkingImage &image, const FilterValues &values)
 {
-    if (!image.setAlpha(Alpha::Straight))
+    if (!image.setAlpha(Alpha::Straight) || !image.keepPieces(WorkingImage::Reading::Around))
         return false;
     WorkingImage outlines = image;
     WorkingImage dots = image;

@@ -39,7 +39,7 @@ bool addDiscExtreme(WorkingImage &image, double radius, Extreme extreme)
 // The pixels to either side of the middle one of a stretch of `length` that is odd when not scaled.
 int halfOf(double length, double scale)
 {
-    const double odd = 2 * std::floor(length / scale / 2) + 1;
+    const double odd = 2 * std::floor(length / scale / 2 + 1e-6) + 1;
     return int(std::round((odd * scale - 1) / 2));
 }
 
@@ -75,7 +75,7 @@ bool Morphology::gradient(WorkingImage &image, const FilterValues &values)
     // Small renderings of it are not to become black.
     const double given = values.number("inputRadius");
     const double radius = std::max(given, std::min(given / values.scale(), 1.0));
-    if (!image.setAlpha(WorkingImage::Alpha::Straight))
+    if (!image.setAlpha(WorkingImage::Alpha::Straight) || !image.keepPieces(WorkingImage::Reading::Around))
         return false;
     WorkingImage most = image;
     WorkingImage least = image;

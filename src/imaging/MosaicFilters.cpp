@@ -100,11 +100,21 @@ void paintDiscs(const Seeds::Run &run, float radius)
 
 }
 
+namespace {
+
+/// Cells that nobody would see; a grid of them would be endless.
+bool isTooSmall(double side, const FilterValues &values)
+{
+    return side <= std::max(values.scale(), 0.5);
+}
+
+}
+
 bool Mosaic::crystallize(WorkingImage &image, const FilterValues &values)
 {
     const double side = values.number("inputRadius");
     const QPointF center = values.point("inputCenter");
-    if (side <= values.scale())
+    if (isTooSmall(side, values))
         return true;
     return Seeds::addPainted(image, {center, side, side, 2}, paintNearest);
 }
@@ -113,7 +123,7 @@ bool Mosaic::pointillize(WorkingImage &image, const FilterValues &values)
 {
     const double radius = values.number("inputRadius");
     const QPointF center = values.point("inputCenter");
-    if (radius <= values.scale())
+    if (isTooSmall(radius, values))
         return true;
     return Seeds::addPainted(image, {center, 1.5 * radius, radius, 1},
                              [=](const Seeds::Run &run) { paintDiscs(run, float(radius)); });

@@ -193,8 +193,8 @@ bool Neighbours::addLarger(WorkingImage &image, QSize size, int factor, Curve cu
            image.addStep(size, Pieces::Tiles, [=](VipsRegion &out, VipsRegion *const *in) {
                const VipsRect &area = out.valid;
                const VipsRect whole{0, 0, in[0]->im->Xsize, in[0]->im->Ysize};
-               VipsRect wanted{area.left / factor - 2, area.top / factor - 2, area.width / factor + 5,
-                               area.height / factor + 5};
+               VipsRect wanted{area.left / factor - 2, area.top / factor - 2, area.width / factor + 6,
+                               area.height / factor + 6};
                vips_rect_intersectrect(&wanted, &whole, &wanted);
                if (vips_region_prepare(in[0], &wanted) != 0)
                    return false;

@@ -12,7 +12,7 @@ using Alpha = WorkingImage::Alpha;
 bool sharpenLuminance(WorkingImage &image, const FilterValues &values)
 {
     const auto sharpness = float(values.number("inputSharpness"));
-    if (!image.setAlpha(Alpha::Straight))
+    if (!image.setAlpha(Alpha::Straight) || !image.keepPieces(WorkingImage::Reading::Around))
         return false;
     WorkingImage lightness = image;
     return lightness.addPixelStep([](Pixel &pixel) {

@@ -39,7 +39,7 @@ bool highlightShadowAdjust(WorkingImage &image, const FilterValues &values)
 {
     const auto highlight = float(1 - values.number("inputHighlightAmount", 0, 10));
     const auto shadow = float(values.number("inputShadowAmount", -10, 10));
-    if (!image.setAlpha(Alpha::Straight))
+    if (!image.setAlpha(Alpha::Straight) || !image.keepPieces(WorkingImage::Reading::Around))
         return false;
     WorkingImage lightness = image;
     return Neighbours::addLightness(lightness, values.number("inputRadius")) &&

@@ -40,14 +40,25 @@ struct AddedStep
     }
 };
 
+/// libvips is C: nothing may be thrown through it.
+template<typename Run>
+int guarded(Run run)
+{
+    try {
+        return run() ? 0 : -1;
+    } catch (const std::exception &) {
+        return -1; // memory is short
+    }
+}
+
 int runStep(VipsRegion *out, void *regions, void *, void *step, gboolean *)
 {
-    return static_cast<AddedStep *>(step)->run(*out, static_cast<VipsRegion **>(regions)) ? 0 : -1;
+    return guarded([&] { return static_cast<AddedStep *>(step)->run(*out, static_cast<VipsRegion **>(regions)); });
 }
 
 int runSource(VipsRegion *out, void *, void *, void *step, gboolean *)
 {
-    return static_cast<AddedStep *>(step)->run(*out, nullptr) ? 0 : -1;
+    return guarded([&] { return static_cast<AddedStep *>(step)->run(*out, nullptr); });
 }
 
 using Light = WorkingImage::Light;
@@ -405,7 +416,7 @@ bool writeClear(QRgb *to, const Pixel *from, int count, Light light)
 
 int visitPiece(VipsRegion *piece, void *, void *visit, void *, gboolean *)
 {
-    return (*static_cast<std::function<bool(VipsRegion &)> *>(visit))(*piece) ? 0 : -1;
+    return guarded([&] { return (*static_cast<std::function<bool(VipsRegion &)> *>(visit))(*piece); });
 }
 
 // Small pictures are made side by side; a large one is waited for.
