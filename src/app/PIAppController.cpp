@@ -202,6 +202,7 @@ void PIAppController::commitData(QSessionManager &session)
         QTimer::singleShot(kSessionEndsWithin, m_windowController.get(), &PIWindowController::keepDiscardedChanges);
     } else {
         static_cast<void>(m_windowController->finishWork(PIWindowController::IfImporting::Stop));
+        m_notifications.post(kNormalizeNotification);
         m_fileFinder->save();
         if (m_library->isDirty() && !m_windowController->SaveLibrary())
             LogString("The session ends and the library could not be saved");

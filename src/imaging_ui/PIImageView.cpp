@@ -12,6 +12,8 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <utility>
+
 namespace {
 
 /// Around the picture while it is cropped: room for the band that takes hold of the crop's edges.
@@ -85,10 +87,11 @@ void PIImageView::startCrop()
     if (!canCrop())
         return;
     m_crop = {};
-    m_cropping = true;
+    const bool wasCropping = std::exchange(m_cropping, true);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
-    showWhole();
+    if (!wasCropping)
+        showWhole();
     takeUpFile();
     placeControls();
     m_controlView->setControlEnabled(Flip, g_cropSizeIndex != 0);
@@ -260,6 +263,8 @@ void PIImageView::mouseMoveEvent(QMouseEvent *event)
 {
     if (!isReady() || pictureRect().isEmpty())
         return PhotoView::mouseMoveEvent(event);
+    if (!(event->buttons() & Qt::LeftButton))
+        static_cast<void>(m_crop.mouseUp()); // let go where it was not seen
     if (m_crop.mouseDragged(event->position(), frame()))
         cropWasChanged();
     showCursor(event->position());

@@ -36,6 +36,13 @@ PIPrintOptionVC::PIPrintOptionVC(UserDefaults &defaults, QWidget *parent)
     connect(m_cropMarks, &QCheckBox::clicked, this, &PIPrintOptionVC::changeCropMarks);
 }
 
+void PIPrintOptionVC::refresh()
+{
+    if (QAbstractButton *chosen = m_layouts->button(g_printLayout))
+        chosen->setChecked(true);
+    m_cropMarks->setChecked(g_cropMarks);
+}
+
 QString PIPrintOptionVC::layoutName(int layout)
 {
     if (layout == PrintLayout::kProof)

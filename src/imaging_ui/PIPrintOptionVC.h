@@ -16,6 +16,8 @@ public:
     /// `defaults` outlives it.
     explicit PIPrintOptionVC(UserDefaults &defaults, QWidget *parent = nullptr);
 
+    /// Shows what was chosen elsewhere.
+    void refresh();
     /// What the chosen layout is called.
     [[nodiscard]] static QString layoutName(int layout);
 

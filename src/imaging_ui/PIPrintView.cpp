@@ -8,7 +8,11 @@
 
 namespace {
 
-constexpr int kFontSize = 8; ///< points
+constexpr int kFontSize = 8;      ///< points
+constexpr double kMarkLength = 6; ///< points
+constexpr double kMarkGap = 2;
+/// Per inch: what a printer resolves; more costs memory and shows nothing.
+constexpr double kMostPixels = 600;
 constexpr QRgb kQuietGrey = qRgb(120, 120, 120);
 
 double fittingScale(QSizeF picture, QSizeF room)
@@ -16,11 +20,11 @@ double fittingScale(QSizeF picture, QSizeF room)
     return std::min(room.width() / picture.width(), room.height() / picture.height());
 }
 
-/// Painter units to pixels of what is painted on.
+/// Pixels of what is painted on per unit of the painter, as far as they are worth rendering.
 double pixelsPerPoint(const QPainter &painter)
 {
     const QTransform device = painter.deviceTransform();
-    return std::hypot(device.m11(), device.m12());
+    return std::min(std::hypot(device.m11(), device.m12()), kMostPixels / 72);
 }
 
 void drawText(QPainter &painter, const QString &text, const QRectF &area)
@@ -36,8 +40,8 @@ void drawText(QPainter &painter, const QString &text, const QRectF &area)
 /// Short lines beside the corners, where the paper is to be cut.
 void drawMarks(QPainter &painter, const QRectF &picture)
 {
-    constexpr double kGap = 2;
-    constexpr double kLength = 6;
+    constexpr double kGap = kMarkGap;
+    constexpr double kLength = kMarkLength;
     painter.setPen(QPen(Qt::black, 0.3));
     for (const double x : {picture.left(), picture.right()}) {
         painter.drawLine(QPointF(x, picture.top() - kGap), QPointF(x, picture.top() - kGap - kLength));
@@ -104,7 +108,10 @@ bool PIPrintView::drawPage(QPainter &painter, int page, const std::atomic<bool> 
 bool PIPrintView::drawPhoto(QPainter &painter, const PrintedPhoto &photo, int place,
                             const std::atomic<bool> &cancelled) const
 {
-    const QRectF room = m_layout.photoArea(place);
+    constexpr double kMarks = kMarkGap + kMarkLength;
+    const bool needsRoom = m_cropMarks && m_layout.print.isEmpty();
+    const QRectF room =
+        needsRoom ? m_layout.photoArea(place).adjusted(kMarks, kMarks, -kMarks, -kMarks) : m_layout.photoArea(place);
     const Image image = photo.recipe.open().shown;
     std::optional<QImage> pixels;
     Placed position;

@@ -93,12 +93,19 @@ QRectF PrintLayout::cell(int place) const
     return {start + QPointF(position.x() * pitch.width(), position.y() * pitch.height()), print};
 }
 
+/// On small cells text has no more than a quarter of them.
+double PrintLayout::textHeight(const QRectF &cell) const
+{
+    return hasText ? std::min(kTextHeight, cell.height() / 4) : 0;
+}
+
 QRectF PrintLayout::photoArea(int place) const
 {
     const QRectF whole = cell(place);
     if (!print.isEmpty() || photosPerPage == 1)
         return whole;
-    return whole.adjusted(kMargin, kMargin, -kMargin, hasText ? -kMargin - kTextHeight : -kMargin);
+    const double margin = std::min({kMargin, whole.width() / 8, whole.height() / 8});
+    return whole.adjusted(margin, margin, -margin, -margin - textHeight(whole));
 }
 
 QRectF PrintLayout::textArea(int place) const
@@ -106,5 +113,5 @@ QRectF PrintLayout::textArea(int place) const
     if (!hasText)
         return {};
     const QRectF photo = photoArea(place);
-    return {photo.left(), photo.bottom() + 1, photo.width(), kTextHeight};
+    return {photo.left(), photo.bottom() + 1, photo.width(), textHeight(cell(place))};
 }

@@ -31,6 +31,7 @@ struct PrintLayout
     bool hasText = false;
 
 private:
+    [[nodiscard]] double textHeight(const QRectF &cell) const;
     void fillWithPrints(QSizeF preset);
     void fillWithProofs();
     void fillWithSome(int photos);

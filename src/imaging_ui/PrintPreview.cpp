@@ -50,7 +50,10 @@ void PrintPreview::setPages(const PIPrintView &view, QSizeF paper, QPointF print
 
 void PrintPreview::showPage(int page)
 {
-    m_page = std::clamp(page, 1, std::max(totalPages(), 1));
+    const int wanted = std::clamp(page, 1, std::max(totalPages(), 1));
+    if (wanted == m_page)
+        return;
+    m_page = wanted;
     m_picture = {};
     update();
     render();
@@ -101,6 +104,10 @@ void PrintPreview::resizeEvent(QResizeEvent *event)
 
 void PrintPreview::wheelEvent(QWheelEvent *event)
 {
-    if (event->angleDelta().y() != 0)
-        showPage(m_page + (event->angleDelta().y() < 0 ? 1 : -1));
+    constexpr int kNotch = 120;
+    m_wheel += event->angleDelta().y(); // a touchpad sends small parts of a notch
+    const int pages = m_wheel / kNotch;
+    m_wheel -= pages * kNotch;
+    if (pages != 0)
+        showPage(m_page - pages);
 }

@@ -39,6 +39,7 @@ private:
     QSizeF m_paper;
     QPointF m_origin;
     int m_page = 1;
+    int m_wheel = 0; ///< turned, but not yet by a notch
     QImage m_picture;
     ImageRenderer m_renderer;
 };

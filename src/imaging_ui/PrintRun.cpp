@@ -1,5 +1,7 @@
 #include "PrintRun.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QPainter>
 #include <QPrinter>
 
@@ -7,13 +9,22 @@ namespace {
 
 constexpr double kPointsPerInch = 72;
 
+/// A full disk is not told of by the printer.
+bool isWhole(const QString &path)
+{
+    constexpr qint64 kTail = 64;
+    QFile file(path);
+    return file.open(QFile::ReadOnly) && (file.size() <= kTail || file.seek(file.size() - kTail)) &&
+           file.readAll().contains("%%EOF");
+}
+
 /// On the worker. `begun` is told of each page with its place among all.
 PrintRun::Outcome print(QPrinter &printer, const PIPrintView &view, const QList<int> &pages,
                         const std::atomic<bool> &cancelled, const std::function<void(int)> &begun)
 {
     PrintRun::Outcome outcome;
     QPainter painter;
-    if (!painter.begin(&printer))
+    if (pages.isEmpty() || !painter.begin(&printer))
         return outcome;
     const double scale = printer.resolution() / kPointsPerInch;
     for (qsizetype i = 0; i < pages.size() && !cancelled; ++i) {
@@ -31,6 +42,12 @@ PrintRun::Outcome print(QPrinter &printer, const PIPrintView &view, const QList<
     if (outcome.isCancelled)
         printer.abort();
     outcome.isPrinted = painter.end() && !outcome.isCancelled && printer.printerState() != QPrinter::Error;
+    const QString path = printer.outputFileName();
+    if (path.isEmpty())
+        return outcome;
+    outcome.isPrinted = outcome.isPrinted && isWhole(path);
+    if (!outcome.isPrinted && QFileInfo(path).isFile())
+        static_cast<void>(QFile::remove(path)); // a part of a print is none
     return outcome;
 }
 

@@ -112,6 +112,7 @@ void PrintSheet::choosePrinter()
     dialog.setWindowModality(Qt::WindowModal);
     auto *options = new PIPrintOptionVC(m_defaults, &dialog);
     connect(options, &PIPrintOptionVC::changed, this, &PrintSheet::updatePages);
+    connect(options, &PIPrintOptionVC::changed, m_options, &PIPrintOptionVC::refresh);
     dialog.setOptionTabs({options});
     if (dialog.exec() != QDialog::Accepted)
         return;

@@ -17,6 +17,7 @@
 #include "NavigatorPane.h"
 #include "PIDetailController.h"
 #include "PIFolder.h"
+#include "PIImageView.h"
 #include "PIOutlineView.h"
 #include "PaneSplitter.h"
 #include "PhotoLibrary.h"
@@ -393,6 +394,7 @@ void PIWindowController::newFolder()
 
 void PIWindowController::saveDocument()
 {
+    m_library.notifications().post(kNormalizeNotification); // a crop that is being drawn is saved too
     m_library.fileFinder().save(); // a crash after it costs nothing: files that the library does not name are let go
     static_cast<void>(saveOrTell());
     m_window->setWindowModified(m_library.isDirty());
@@ -426,8 +428,8 @@ void PIWindowController::gridSelectionDidChange()
 void PIWindowController::windowDidResignKey()
 {
     QWidget *field = m_window->focusWidget();
-    if (!m_detailController->view()->isAncestorOf(field))
-        return;
+    if (!m_detailController->view()->isAncestorOf(field) || field == &m_detailController->photoView())
+        return; // cropping keeps its keys
     m_thumbnailView->setFocus();
     if (QApplication::activeModalWidget())
         return; // perhaps the alert about this very field

@@ -65,8 +65,8 @@ public:
     /// Whether the window may close: asks about unsaved changes and saves when told to.
     [[nodiscard]] bool windowShouldClose();
     enum class IfImporting { Ask, Stop };
-    /// Ends a running import and waits a while for files on their way to the trash. False when the user, asked, would
-    /// rather go on importing.
+    /// Ends a running import or print and waits a while for files on their way to the trash. False when the user,
+    /// asked, would rather go on with it. A crop that is being drawn is not part of it.
     [[nodiscard]] bool finishWork(IfImporting ifImporting);
     /// The program goes on although it was to end: changes that the user then did not want to save are unsaved again.
     void keepDiscardedChanges();

@@ -17,6 +17,12 @@
 
 #include <utility>
 
+namespace {
+
+constexpr int kProgressDelayMilliseconds = 500;
+
+}
+
 PrintCommands::PrintCommands(LibraryEditor &editor, UserDefaults &defaults, LibraryActions &actions, QWidget &window)
     : QObject(&window)
     , m_editor(editor)
@@ -65,14 +71,17 @@ void PrintCommands::start(std::unique_ptr<QPrinter> printer, const QList<Printed
     const PIPrintView view = PrintSheet::viewFor(photos, printer->pageLayout());
     m_run = std::make_unique<PrintRun>();
     m_progress = std::make_unique<QProgressDialog>(tr("Printing…"), tr("Cancel"), 0, view.totalPages(), &m_window);
-    m_progress->setWindowModality(Qt::WindowModal);
+    m_progress->setWindowModality(Qt::NonModal); // copies are printed: work can go on
+    m_progress->setMinimumDuration(kProgressDelayMilliseconds);
     m_progress->setAutoClose(false);
     m_progress->setAutoReset(false);
     connect(m_progress.get(), &QProgressDialog::canceled, m_run.get(), &PrintRun::cancel);
     connect(m_run.get(), &PrintRun::pageBegun, m_progress.get(), [this](int number, int ofPages) {
+        if (m_progress->wasCanceled())
+            return;
         m_progress->setMaximum(ofPages);
-        m_progress->setValue(number);
         m_progress->setLabelText(tr("Printing page %1 of %2").arg(number + 1).arg(ofPages));
+        m_progress->setValue(number);
     });
     connect(m_run.get(), &PrintRun::finished, this, [this](const PrintRun::Outcome &outcome) {
         printOperationFinished(outcome.isPrinted, outcome.isCancelled, outcome.incompletePages);
@@ -80,9 +89,16 @@ void PrintCommands::start(std::unique_ptr<QPrinter> printer, const QList<Printed
     m_run->start(std::move(printer), view);
 }
 
+void PrintCommands::cancel()
+{
+    if (m_run)
+        m_run->cancel();
+}
+
 void PrintCommands::printOperationFinished(bool isPrinted, bool isCancelled, int incompletePages)
 {
-    m_progress.reset();
+    m_progress->hide();
+    m_progress.release()->deleteLater();
     m_run.release()->deleteLater(); // the sender
     if (!isPrinted && !isCancelled)
         GiveAlert(tr("Printing failed."), tr("The printer could not be used, or the file could not be written."));

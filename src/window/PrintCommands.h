@@ -27,6 +27,8 @@ public:
     /// Shows the sheet for these photos, and prints when it is accepted.
     void printPhotos(const PIGroup::PhotoList &photos);
     [[nodiscard]] bool isPrinting() const { return m_run != nullptr; }
+    /// Ends a print soon.
+    void cancel();
 
 private:
     [[nodiscard]] QList<PrintedPhoto> printed(const PIGroup::PhotoList &photos) const;

@@ -4,9 +4,11 @@
 #include "FileFinder.h"
 #include "GiveAlert.h"
 #include "ImportRunner.h"
+#include "LibraryNotifications.h"
 #include "LibraryWindow.h"
 #include "PIWindowController.h"
 #include "PhotoLibrary.h"
+#include "PrintCommands.h"
 #include "ThumbnailGridView.h"
 #include "UserDefaults.h"
 #include "WindowPreferences.h"
@@ -32,11 +34,16 @@ bool PIWindowController::finishWork(IfImporting ifImporting)
         GiveAlert(tr("Stop adding photos?"), tr("The photos found so far stay in the library."),
                   {tr("Stop"), tr("Cancel")}, /*escapeButton=*/1) != 0)
         return false;
+    if (m_printCommands->isPrinting() && ifImporting == IfImporting::Ask &&
+        GiveAlert(tr("Stop printing?"), tr("The photos are not printed yet."), {tr("Stop"), tr("Cancel")},
+                  /*escapeButton=*/1) != 0)
+        return false;
     m_importRunner->cancelAll();
+    m_printCommands->cancel();
     constexpr int kPatience = 5000; // milliseconds, should a disk not answer
     constexpr int kTurn = 20;
     const QDeadlineTimer deadline(kPatience);
-    while ((isImporting() || m_editCommands->isBusy()) && !deadline.hasExpired()) {
+    while ((isImporting() || m_printCommands->isPrinting() || m_editCommands->isBusy()) && !deadline.hasExpired()) {
         QEventLoop turn;
         QTimer::singleShot(kTurn, &turn, &QEventLoop::quit);
         turn.exec(QEventLoop::ExcludeUserInputEvents);
@@ -54,7 +61,8 @@ bool PIWindowController::windowShouldClose()
 {
     if (!finishWork(IfImporting::Ask))
         return false;
-    m_thumbnailView->setFocus(); // ends text editing elsewhere, which may change the library
+    m_thumbnailView->setFocus();                            // ends text editing elsewhere, which may change the library
+    m_library.notifications().post(kNormalizeNotification); // so does a crop that is being drawn
     m_library.fileFinder().save();
     m_defaults.setData(QLatin1String(WindowPreferences::kGeometry), m_window->saveGeometry());
     if (!m_library.isDirty())
