@@ -5,6 +5,7 @@
 #include "ImportRunner.h"
 #include "InBackground.h"
 #include "LibraryEditor.h"
+#include "MakeProgressDialog.h"
 #include "PIFolder.h"
 #include "PIOrphanDialog.h"
 #include "PhotoLibrary.h"
@@ -18,7 +19,6 @@
 
 namespace {
 
-constexpr int kProgressDelayMilliseconds = 500;
 constexpr int kProgressMilliseconds = 100;
 
 }
@@ -52,13 +52,8 @@ void Housekeeping::findOrphansCore(const QString &folder)
     if (folder.isEmpty() || m_search)
         return;
     m_search = std::make_shared<Search>();
-    m_progress = std::make_unique<QProgressDialog>(&m_window);
+    m_progress = makeProgressDialog(tr("Find Orphan Files"), tr("Looking for photo files…"), m_window);
     m_progress->setWindowModality(Qt::WindowModal);
-    m_progress->setMinimumDuration(kProgressDelayMilliseconds);
-    m_progress->setRange(0, 0);
-    m_progress->setWindowTitle(tr("Find Orphan Files"));
-    m_progress->setLabelText(tr("Looking for photo files…"));
-    m_progress->setValue(0);
     connect(m_progress.get(), &QProgressDialog::canceled, this, [search = m_search] { search->stop.request_stop(); });
     m_progressTimer.start();
 

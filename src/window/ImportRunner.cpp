@@ -1,16 +1,11 @@
 #include "ImportRunner.h"
 
 #include "GiveAlert.h"
+#include "MakeProgressDialog.h"
 #include "TextForPeople.h"
 
 #include <QProgressDialog>
 #include <QWidget>
-
-namespace {
-
-constexpr int kProgressDelayMilliseconds = 500;
-
-}
 
 ImportRunner::ImportRunner(LibraryEditor &editor, QWidget &window)
     : QObject(&window)
@@ -41,13 +36,8 @@ void ImportRunner::startNext()
     Job job = std::move(m_waiting.front());
     m_waiting.pop_front();
 
-    m_progress = std::make_unique<QProgressDialog>(&m_window);
+    m_progress = makeProgressDialog(tr("Add Photos"), tr("Looking for photos…"), m_window);
     m_progress->setWindowModality(Qt::WindowModal);
-    m_progress->setMinimumDuration(kProgressDelayMilliseconds);
-    m_progress->setRange(0, 0);
-    m_progress->setWindowTitle(tr("Add Photos"));
-    m_progress->setLabelText(tr("Looking for photos…"));
-    m_progress->setValue(0);
     connect(m_progress.get(), &QProgressDialog::canceled, this, &ImportRunner::cancelAll);
 
     m_import = std::make_unique<PhotoImport>(m_editor, m_workers, std::move(job.request));

@@ -5,6 +5,7 @@
 #include "LibraryEditor.h"
 #include "LibraryNotifications.h"
 #include "LibraryView.h"
+#include "MakeProgressDialog.h"
 #include "PhotoEdits.h"
 #include "PhotoLibrary.h"
 #include "PrintRun.h"
@@ -16,12 +17,6 @@
 #include <QProgressDialog>
 
 #include <utility>
-
-namespace {
-
-constexpr int kProgressDelayMilliseconds = 500;
-
-}
 
 PrintCommands::PrintCommands(LibraryEditor &editor, UserDefaults &defaults, LibraryActions &actions, QWidget &window)
     : QObject(&window)
@@ -70,11 +65,7 @@ void PrintCommands::start(std::unique_ptr<QPrinter> printer, const QList<Printed
         return;
     const PIPrintView view = PrintSheet::viewFor(photos, printer->pageLayout());
     m_run = std::make_unique<PrintRun>();
-    m_progress = std::make_unique<QProgressDialog>(tr("Printing…"), tr("Cancel"), 0, view.totalPages(), &m_window);
-    m_progress->setWindowModality(Qt::NonModal); // copies are printed: work can go on
-    m_progress->setMinimumDuration(kProgressDelayMilliseconds);
-    m_progress->setAutoClose(false);
-    m_progress->setAutoReset(false);
+    m_progress = makeProgressDialog(tr("Print"), tr("Printing…"), m_window);
     connect(m_progress.get(), &QProgressDialog::canceled, m_run.get(), &PrintRun::cancel);
     connect(m_run.get(), &PrintRun::pageBegun, m_progress.get(), [this](int number, int ofPages) {
         if (m_progress->wasCanceled())

@@ -10,6 +10,7 @@
 class LibraryActions;
 class LibraryEditor;
 class PrintRun;
+class QPrinter;
 class QProgressDialog;
 class QWidget;
 class UserDefaults;
@@ -32,7 +33,7 @@ public:
 
 private:
     [[nodiscard]] QList<PrintedPhoto> printed(const PIGroup::PhotoList &photos) const;
-    void start(std::unique_ptr<class QPrinter> printer, const QList<PrintedPhoto> &photos);
+    void start(std::unique_ptr<QPrinter> printer, const QList<PrintedPhoto> &photos);
     void printOperationFinished(bool isPrinted, bool isCancelled, int incompletePages);
 
     LibraryEditor &m_editor;

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+#include <memory>
+
+class QProgressDialog;
+class QWidget;
+
+/// A dialog with a Cancel button for work of unknown length, which shows itself when the work takes more than a moment.
+/// It stays until its owner ends it. `window` becomes its parent; it lets the user go on there unless made modal.
+[[nodiscard]] std::unique_ptr<QProgressDialog> makeProgressDialog(const QString &title, const QString &text,
+                                                                  QWidget &window);
