@@ -25,7 +25,7 @@ bool isInside(const QRectF &rect, QPointF point)
 /// Edges between pixels can come closer than one.
 bool hasPixel(const QRectF &rect)
 {
-    return std::max(rect.width(), rect.height()) >= 1;
+    return std::min(rect.width(), rect.height()) >= 1;
 }
 
 }
