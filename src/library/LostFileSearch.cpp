@@ -1,7 +1,6 @@
 #include "LostFileSearch.h"
 
 #include "FileBookmark.h"
-#include "KeptOriginal.h"
 #include "LibraryNotifications.h"
 #include "PhotoLibrary.h"
 
@@ -84,8 +83,8 @@ void LostFileSearch::run(Stage &stage, const Files &files)
     options.progress = [toHere, which](const BookmarkProgress &walk) {
         toHere([which, walk](LostFileSearch &search) { search.takeProgress(search.*which, walk); });
     };
-    stage.queue.async([toHere, which, files, options, run = ++stage.run] {
-        searchUnsettled(files, options, [toHere, which](const QList<SearchedFile> &searched) {
+    stage.queue.async([toHere, which, files, options, lastStored = m_finder.lastStored(), run = ++stage.run] {
+        searchUnsettled(files, lastStored, options, [toHere, which](const QList<SearchedFile> &searched) {
             toHere([which, searched](LostFileSearch &search) { search.take(search.*which, searched); });
         });
         toHere([which, run](LostFileSearch &search) { search.end(search.*which, run); });
@@ -111,9 +110,9 @@ void LostFileSearch::giveUp(Stage &stage)
 namespace {
 
 /// Whether there is nothing more to ask about a file.
-bool isTold(const BookmarkResolution &resolution)
+bool isTold(Status status)
 {
-    return resolution.status == Status::Found || resolution.status == Status::VolumeAway;
+    return status == Status::Found || status == Status::VolumeAway;
 }
 
 }
@@ -122,12 +121,12 @@ void LostFileSearch::take(Stage &stage, const QList<SearchedFile> &files)
 {
     Files rest;
     for (const SearchedFile &searched : files) {
-        if (isTold(searched.resolution))
+        if (isTold(searched.status))
             continue;
-        const bool isToBeWalkedFor = &stage == &m_near && searched.file.isNew;
+        const bool isToBeWalkedFor = &stage == &m_near && searched.file.isNew && searched.status != Status::Missing;
         if (isToBeWalkedFor)
             rest.append(searched.file);
-        else if (searched.resolution.status == Status::Unsearched)
+        else if (searched.status == Status::Unsearched)
             m_announced.remove(searched.file.guid); // nothing more becomes known of it
         if (&stage == &m_far)
             m_summary.missing += searched.file.doubt != Doubt::Changed;
@@ -135,22 +134,10 @@ void LostFileSearch::take(Stage &stage, const QList<SearchedFile> &files)
     m_rest += rest;
     announceAtOnce(rest);
     QList<SearchedFile> settled = files;
-    settled.removeIf([](const SearchedFile &file) { return file.resolution.status == Status::Unsearched; });
+    settled.removeIf([](const SearchedFile &file) { return file.status == Status::Unsearched; });
     const qsizetype found = follow(settled);
     stage.found += found;
     m_summary.found += found;
-}
-
-namespace {
-
-/// A program that sets the original aside when it saves means the photo to be what it saved.
-BookmarkResolution unlessSetAside(const SearchedFile &searched)
-{
-    const bool isSetAside = searched.file.doubt == Doubt::Changed && searched.resolution.status == Status::Found &&
-                            isKeptOriginal(searched.resolution.path, searched.file.locator.path());
-    return isSetAside ? BookmarkResolution{searched.resolution.index, Status::Missing} : searched.resolution;
-}
-
 }
 
 /// Tells how many files are elsewhere.
@@ -162,8 +149,7 @@ qsizetype LostFileSearch::follow(const QList<SearchedFile> &files)
         if (!ref)
             continue;
         const FoundFile before{!ref->isFileLost(), ref->path(), ref->isVolumeAway()};
-        const BookmarkResolution resolution = unlessSetAside(searched);
-        const FoundFile place = m_finder.settle(searched.file, resolution);
+        const FoundFile place = m_finder.settle(searched);
         ref->take(place);
         const bool isElsewhere = ref->path() != before.path;
         const bool isAnnounced = m_announced.remove(searched.file.guid);

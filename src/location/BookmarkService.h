@@ -31,9 +31,15 @@ public:
 class FileBookmarkService final : public BookmarkService
 {
 public:
+    /// What is mounted, for who asks much; without, the system is asked each time.
+    explicit FileBookmarkService(std::shared_ptr<const Volumes> volumes = {});
+
     std::optional<QByteArray> create(const QString &path, QString &reason) override;
     bool isCurrent(const QByteArray &bookmark, const FileIdentity &present, const Volumes *volumes) override;
     BookmarkResolution resolve(const QByteArray &bookmark, const BookmarkOptions &options) override;
+
+private:
+    std::shared_ptr<const Volumes> m_volumes;
 };
 
 /// The same options for photos: a copy may have the extension of any picture.

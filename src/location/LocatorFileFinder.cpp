@@ -3,6 +3,7 @@
 #include "BookmarkService.h"
 #include "FileBookmark.h"
 #include "FileIdentity.h"
+#include "KeptOriginal.h"
 #include "LocatorCheck.h"
 #include "PILocatorManager.h"
 #include "TrashFolders.h"
@@ -55,12 +56,54 @@ BookmarkOptions::Copies copiesFor(Doubt doubt)
     return doubt == Doubt::Changed ? BookmarkOptions::Copies::Refused : BookmarkOptions::Copies::Accepted;
 }
 
-/// Who puts a photo away and another file in its place means the photo to be that file.
-BookmarkResolution unlessPutAway(BookmarkResolution resolution, Doubt doubt)
+/// Who puts a photo away and another file in its place means the photo to be that file. So does a program that sets
+/// the original aside when it saves.
+BookmarkResolution unlessPutAside(BookmarkResolution resolution, const LocatorFileFinder::Unsettled &file)
 {
-    const bool isPutAway = doubt == Doubt::Changed && resolution.status == Status::Found &&
-                           TrashFolders().hold(QFile::encodeName(resolution.path));
-    return isPutAway ? BookmarkResolution{resolution.index, Status::Missing} : std::move(resolution);
+    const bool isPutAside = file.doubt == Doubt::Changed && resolution.status == Status::Found &&
+                            (TrashFolders().hold(QFile::encodeName(resolution.path)) ||
+                             isKeptOriginal(resolution.path, file.locator.path()));
+    return isPutAside ? BookmarkResolution{resolution.index, Status::Missing} : std::move(resolution);
+}
+
+/// Whether the file that was meant is no more, as far as can be told: nothing is known of where else it could be.
+bool isReplaced(const QVFileLocator &locator, Status status, std::optional<FileTime> lastStored)
+{
+    if (status != Status::Unreached || !lastStored)
+        return status == Status::Missing && lastStored;
+    const auto present = examineLinkedFile(QFile::encodeName(locator.path()).constData());
+    return present && *lastStored < present->identity.modified &&
+           FileBookmark::isOlderThan(locator.bookmark(), present->identity);
+}
+
+/// What a file's resolution makes of its locator. Looks at files.
+SearchedFile takeUp(const LocatorFileFinder::Unsettled &file, const BookmarkResolution &resolution,
+                    BookmarkService &bookmarks, std::optional<FileTime> lastStored)
+{
+    SearchedFile taken{file, resolution.status, file.locator, false, {false, file.locator.path()}};
+    QVFileLocator &locator = taken.locator;
+    const bool isChanged = file.doubt == Doubt::Changed;
+    // Nothing is where the file was, and nothing else is known: no bookmark can be made, and there is nothing to tell.
+    const bool isNowhere = resolution.status != Status::Found && resolution.status != Status::VolumeAway &&
+                           file.doubt == Doubt::Lost && !locator.verifyPath(bookmarks);
+    if (isNowhere)
+        return taken;
+    // A folder that took the place of a photo is not what its locator is to follow.
+    if (resolution.status == Status::Found || file.doubt == Doubt::Lost) {
+        const auto result = locator.follow(resolution, bookmarks);
+        const bool isElsewhere = locator.path() != file.locator.path();
+        taken.isToBeStored = result.changed || isElsewhere;
+        taken.place = {result.found, locator.path(), result.volumeAway,
+                       isChanged && !isElsewhere && taken.isToBeStored};
+    } else if (resolution.status == Status::VolumeAway || file.doubt == Doubt::Occupied) {
+        // What stands at the path then is of another volume that is mounted there.
+        taken.place.volumeAway = resolution.status == Status::VolumeAway;
+    } else {
+        taken.isToBeStored =
+            isReplaced(locator, resolution.status, lastStored) && locator.setBookmarkFromPath(bookmarks);
+        taken.place = {true, locator.path(), false, taken.isToBeStored};
+    }
+    return taken;
 }
 
 }
@@ -81,7 +124,8 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
     options.copies = copiesFor(*doubt);
     const QByteArray bookmark = locator->bookmark();
     auto resolution = bookmark.isEmpty() ? BookmarkResolution{} : m_bookmarks.resolve(bookmark, options);
-    return settle({guid, *std::move(locator), *doubt}, unlessPutAway(std::move(resolution), *doubt));
+    const Unsettled file{guid, *std::move(locator), *doubt};
+    return settle(takeUp(file, unlessPutAside(std::move(resolution), file), m_bookmarks, lastStored()));
 }
 
 FoundFile LocatorFileFinder::takeDoubt(const QString &guid, const QString &path, std::optional<Doubt> doubt)
@@ -212,55 +256,25 @@ QList<LocatorFileFinder::Unsettled> LocatorFileFinder::takeUnsettled()
     return files;
 }
 
-FoundFile LocatorFileFinder::settle(const Unsettled &file, const BookmarkResolution &resolution)
+std::optional<FileTime> LocatorFileFinder::lastStored()
 {
-    const auto present = manager() ? m_manager->locatorForGuid(file.guid) : std::nullopt;
-    if (present && (present->path() != file.locator.path() || present->bookmark() != file.locator.bookmark()))
-        return locate(file.guid, present->path());
-    const FoundFile result = takeUp(file, resolution);
-    if (resolution.status == Status::Found || resolution.status == Status::VolumeAway)
-        noteFound(file.guid);
+    return manager() ? std::optional(m_manager->lastStored()) : std::nullopt;
+}
+
+FoundFile LocatorFileFinder::settle(const SearchedFile &searched)
+{
+    const auto &[guid, before, doubt, isNew] = searched.file;
+    const auto present = manager() ? m_manager->locatorForGuid(guid) : std::nullopt;
+    if (present && (present->path() != before.path() || present->bookmark() != before.bookmark()))
+        return locate(guid, present->path());
+    FoundFile result = searched.place;
+    const bool isStored = searched.isToBeStored && store(guid, searched.locator);
+    result.contentChanged = result.contentChanged && isStored;
+    if (searched.status == Status::Found || searched.status == Status::VolumeAway)
+        noteFound(guid);
     if (result.volumeAway)
-        m_away.insert(file.guid);
+        m_away.insert(guid);
     return result;
-}
-
-namespace {
-
-/// Whether the file that was meant is no more, as far as can be told: nothing is known of where else it could be.
-bool isReplaced(const QVFileLocator &locator, Status status, const FileTime &lastStored)
-{
-    if (status != Status::Unreached)
-        return status == Status::Missing;
-    const auto present = examineLinkedFile(QFile::encodeName(locator.path()).constData());
-    return present && lastStored < present->identity.modified &&
-           FileBookmark::isOlderThan(locator.bookmark(), present->identity);
-}
-
-}
-
-FoundFile LocatorFileFinder::takeUp(const Unsettled &file, const BookmarkResolution &resolution)
-{
-    QVFileLocator locator = file.locator;
-    const bool isChanged = file.doubt == Doubt::Changed;
-    // Nothing is where the file was, and nothing else is known: no bookmark can be made, and there is nothing to tell.
-    const bool isNowhere = resolution.status != Status::Found && resolution.status != Status::VolumeAway &&
-                           file.doubt == Doubt::Lost && !locator.verifyPath(m_bookmarks);
-    if (isNowhere)
-        return {false, locator.path()};
-    // A folder that took the place of a photo is not what its locator is to follow.
-    if (resolution.status == Status::Found || file.doubt == Doubt::Lost) {
-        const auto result = locator.follow(resolution, m_bookmarks);
-        const bool isElsewhere = locator.path() != file.locator.path();
-        const bool isStored = (result.changed || isElsewhere) && store(file.guid, locator);
-        return {result.found, locator.path(), result.volumeAway, isChanged && !isElsewhere && isStored};
-    }
-    // What stands at the path then is of another volume that is mounted there.
-    if (resolution.status == Status::VolumeAway || file.doubt == Doubt::Occupied)
-        return {false, locator.path(), resolution.status == Status::VolumeAway};
-    const bool isRenewed = m_manager && isReplaced(locator, resolution.status, m_manager->lastStored()) &&
-                           locator.setBookmarkFromPath(m_bookmarks);
-    return {true, locator.path(), false, isRenewed && store(file.guid, locator)};
 }
 
 bool LocatorFileFinder::store(const QString &guid, const QVFileLocator &locator)
@@ -268,8 +282,8 @@ bool LocatorFileFinder::store(const QString &guid, const QVFileLocator &locator)
     return manager() && m_manager->setLocator(locator, guid);
 }
 
-void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const BookmarkOptions &options,
-                     const std::function<void(const QList<SearchedFile> &)> &searched)
+void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, std::optional<FileTime> lastStored,
+                     const BookmarkOptions &options, const std::function<void(const QList<SearchedFile> &)> &searched)
 {
     if (files.isEmpty())
         return;
@@ -280,10 +294,16 @@ void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const Boo
             wanted.originalsOnly.insert(bookmarks.size());
         bookmarks.append(file.locator.bookmark());
     }
+    FileBookmarkService service(options.volumes);
     wanted.resolved = [&](const QList<BookmarkResolution> &resolutions) {
         QList<SearchedFile> batch;
-        for (const BookmarkResolution &resolution : resolutions)
-            batch.append({files.at(resolution.index), unlessPutAway(resolution, files.at(resolution.index).doubt)});
+        for (const BookmarkResolution &resolution : resolutions) {
+            const auto &file = files.at(resolution.index);
+            if (resolution.status == Status::Unsearched)
+                batch.append({file, resolution.status, file.locator, false, {false, file.locator.path()}});
+            else
+                batch.append(takeUp(file, unlessPutAside(resolution, file), service, lastStored));
+        }
         searched(batch);
     };
     FileBookmark::resolveMany(bookmarks, wanted);

@@ -2,6 +2,7 @@
 
 #include "BookmarkResolution.h"
 #include "FileFinder.h"
+#include "FileIdentity.h"
 #include "QVFileLocator.h"
 
 #include <QHash>
@@ -15,6 +16,7 @@ class BookmarkService;
 class LocatorCheck;
 class PILocatorManager;
 struct CheckedFile;
+struct SearchedFile;
 
 /// A file that is to be looked at.
 struct PostponedFile
@@ -81,15 +83,16 @@ public:
     [[nodiscard]] bool hasUnsettled() const { return !m_unsettled.isEmpty(); }
     /// The files noted since the last call, for searchUnsettled().
     [[nodiscard]] QList<Unsettled> takeUnsettled();
-    /// Takes up what the search told about a file, stores it, and tells where the file is. A file that was given
-    /// another place since it was noted is left there.
-    FoundFile settle(const Unsettled &file, const BookmarkResolution &resolution);
+    /// For searchUnsettled(): when what is stored was last on disk before it was opened; nothing when nothing is kept.
+    [[nodiscard]] std::optional<FileTime> lastStored();
+    /// Stores what the search told about a file, and tells where the file is, without a look at it. A file that was
+    /// given another place since it was noted is left there.
+    FoundFile settle(const SearchedFile &searched);
 
 private:
     [[nodiscard]] FoundFile takeDoubt(const QString &guid, const QString &path, std::optional<Doubt> doubt);
     void note(const QString &guid, Doubt doubt);
     void noteFound(const QString &guid);
-    [[nodiscard]] FoundFile takeUp(const Unsettled &file, const BookmarkResolution &resolution);
     bool store(const QString &guid, const QVFileLocator &locator);
 
     struct Noted
@@ -134,10 +137,13 @@ struct CheckedFile
 struct SearchedFile
 {
     LocatorFileFinder::Unsettled file;
-    BookmarkResolution resolution;
+    BookmarkResolution::Status status = BookmarkResolution::Status::Unsearched;
+    QVFileLocator locator; ///< as it is to be from now on
+    bool isToBeStored = false;
+    FoundFile place;
 };
 
 /// Looks for all the files on the calling thread, which is not the main one, with one walk, and hands them to
-/// `searched`, some at a time. `options` tells how far to go.
-void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, const BookmarkOptions &options,
-                     const std::function<void(const QList<SearchedFile> &)> &searched);
+/// `searched`, some at a time. `options` tells how far to go; `lastStored` is the finder's.
+void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, std::optional<FileTime> lastStored,
+                     const BookmarkOptions &options, const std::function<void(const QList<SearchedFile> &)> &searched);

@@ -103,9 +103,9 @@ class TestLocatorFileFinder : public QObject
             places.insert(guid, finder.locate(guid, QStringLiteral("/nowhere")));
         BookmarkOptions options;
         options.volumes = m_bookmarks.volumes;
-        searchUnsettled(finder.takeUnsettled(), options, [&](const QList<SearchedFile> &files) {
+        searchUnsettled(finder.takeUnsettled(), finder.lastStored(), options, [&](const QList<SearchedFile> &files) {
             for (const SearchedFile &searched : files)
-                places.insert(searched.file.guid, finder.settle(searched.file, searched.resolution));
+                places.insert(searched.file.guid, finder.settle(searched));
         });
         const auto text = [](const FoundFile &file) { return file.found ? file.path : QString(); };
         return {text(places.value(kA)), text(places.value(kB))};
