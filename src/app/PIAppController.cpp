@@ -201,7 +201,7 @@ void PIAppController::commitData(QSessionManager &session)
         constexpr int kSessionEndsWithin = 30000; // milliseconds
         QTimer::singleShot(kSessionEndsWithin, m_windowController.get(), &PIWindowController::keepDiscardedChanges);
     } else {
-        static_cast<void>(m_windowController->finishWork(PIWindowController::IfImporting::Stop));
+        static_cast<void>(m_windowController->finishWork(PIWindowController::IfBusy::Stop));
         m_notifications.post(kNormalizeNotification);
         m_fileFinder->save();
         if (m_library->isDirty() && !m_windowController->SaveLibrary())

@@ -59,6 +59,13 @@ const FilterAttributes *FilterCatalogue::description(const QString &filterName) 
     return found == m_descriptions.cend() ? nullptr : &*found;
 }
 
+QString FilterCatalogue::displayName(const QString &filterName) const
+{
+    if (const FilterAttributes *filter = description(filterName))
+        return filter->displayName;
+    return filterName.isEmpty() ? QCoreApplication::translate("FilterCatalogue", "Unknown effect") : filterName;
+}
+
 int FilterCatalogue::tagForFilter(const QString &filterName) const
 {
     for (qsizetype i = 0; i < m_categories.size(); ++i) {

@@ -22,6 +22,8 @@ public:
     [[nodiscard]] const QList<Category> &categories() const { return m_categories; }
     /// Null when the filter was not admitted.
     [[nodiscard]] const FilterAttributes *description(const QString &filterName) const;
+    /// What people call the filter; its own name when it is not offered, and never empty.
+    [[nodiscard]] QString displayName(const QString &filterName) const;
     /// A number that leads to the filter: 1000 times its first category plus its place there; -1 when it is not
     /// offered.
     [[nodiscard]] int tagForFilter(const QString &filterName) const;

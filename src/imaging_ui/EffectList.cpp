@@ -58,9 +58,7 @@ void EffectList::addCategory(const QString &key, const QString &title, const QSt
 QTreeWidgetItem *EffectList::filterItem(const QString &filterName) const
 {
     const FilterAttributes *filter = m_catalogue.description(filterName);
-    auto *item = new QTreeWidgetItem({filter                 ? filter->displayName
-                                      : filterName.isEmpty() ? tr("Unknown effect")
-                                                             : filterName});
+    auto *item = new QTreeWidgetItem({m_catalogue.displayName(filterName)});
     item->setData(0, kFilterRole, filterName);
     if (filter)
         item->setToolTip(0, filter->description);

@@ -5,6 +5,7 @@
 #include <QDoubleSpinBox>
 #include <QWidget>
 
+class QCheckBox;
 class QSlider;
 
 /// A field for a number that takes what was typed when Enter is pressed, and gives back what it had when Escape is;
@@ -61,5 +62,5 @@ private:
     bool m_isInteger = false;
     QSlider *m_slider = nullptr;    ///< null for a number without a range
     NumberField *m_field = nullptr; ///< null when there is none
-    class QCheckBox *m_check = nullptr;
+    QCheckBox *m_check = nullptr;   ///< only for a yes or no
 };

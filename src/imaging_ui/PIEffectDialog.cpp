@@ -262,8 +262,7 @@ void PIEffectDialog::showFilter()
 
 void PIEffectDialog::showName()
 {
-    const FilterAttributes *filter = m_catalogue.description(m_session.currentFilter());
-    const QString name = filter ? filter->displayName : m_session.currentFilter();
+    const QString name = m_catalogue.displayName(m_session.currentFilter());
     QPalette colors = palette();
     if (m_session.isProvisionalAdd()) {
         const bool isDark = colors.color(QPalette::Window).lightness() < 128;

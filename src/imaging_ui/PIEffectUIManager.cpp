@@ -100,7 +100,7 @@ void PIEffectUIManager::addCommonControls(const EffectEntry &entry, QFormLayout 
     const FilterAttributes *filter = m_catalogue.description(name);
     auto *title = new QLabel(m_body);
     title->setTextFormat(Qt::PlainText);
-    title->setText(filter ? filter->displayName : name.isEmpty() ? tr("Unknown effect") : name);
+    title->setText(m_catalogue.displayName(name));
     title->setWordWrap(true);
     auto *row = new QHBoxLayout;
     row->addWidget(title, 1);

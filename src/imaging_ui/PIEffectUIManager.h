@@ -29,6 +29,8 @@ public:
     void setIncludeTextFields(bool include) { m_includeTextFields = include; }
     /// What coordinate pickers show.
     void setPicture(const QImage &picture);
+    /// Whether a control on show is a coordinate picker.
+    [[nodiscard]] bool hasPickers() const { return !m_pickers.isEmpty(); }
     [[nodiscard]] EffectEdits &edits() { return m_edits; }
 
     void removeControls();

@@ -6,7 +6,6 @@
 #include "LibraryActions.h"
 #include "PIDetailController.h"
 #include "PIDetailCropVC.h"
-#include "PIFolder.h"
 #include "PIImageView.h"
 #include "PIPhoto.h"
 #include "ThumbnailGridView.h"
@@ -103,14 +102,7 @@ void CropCommands::clearCrop()
 
 void CropCommands::selectUncropped()
 {
-    IndexSet uncropped;
-    const std::shared_ptr<const PIFolder> folder = m_grid.folder();
-    for (qsizetype i = 0; folder && i < folder->photos().size(); ++i) {
-        if (folder->photos().at(i)->cropRect().isEmpty())
-            uncropped.add(i);
-    }
-    m_grid.selectIndexes(uncropped);
-    m_grid.scrollToSelection();
+    m_grid.selectWhere([](const PIPhoto &photo) { return photo.cropRect().isEmpty(); });
 }
 
 /// Drags change nothing for the commands. After the end the grid has the keys again.

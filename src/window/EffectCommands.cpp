@@ -71,5 +71,5 @@ void EffectCommands::saveEffectSet()
 
 void EffectCommands::manageEffectSets()
 {
-    EffectSetsDialog(m_editor, &m_window).exec();
+    EffectSetsDialog(m_editor, m_catalogue, &m_window).exec();
 }

@@ -1,7 +1,7 @@
 #include "EffectSetsDialog.h"
 
 #include "EffectSetEdits.h"
-#include "FilterBackEnd.h"
+#include "FilterCatalogue.h"
 #include "FormatMessage.h"
 #include "GiveAlert.h"
 #include "LibraryEditor.h"
@@ -21,13 +21,11 @@
 
 namespace {
 
-QString effectNames(const EffectChain &chain)
+QString effectNames(const EffectChain &chain, const FilterCatalogue &catalogue)
 {
     QStringList names;
-    for (const EffectEntry &entry : chain) {
-        const FilterAttributes *filter = filterBackEnd().attributes(entry.filterName());
-        names << (filter ? filter->displayName : entry.filterName());
-    }
+    for (const EffectEntry &entry : chain)
+        names << catalogue.displayName(entry.filterName());
     return names.join(QLatin1String(", "));
 }
 
@@ -43,9 +41,10 @@ void tellWhy(EffectSetEdits::Outcome outcome, const QString &name)
 
 }
 
-EffectSetsDialog::EffectSetsDialog(LibraryEditor &editor, QWidget *parent)
+EffectSetsDialog::EffectSetsDialog(LibraryEditor &editor, const FilterCatalogue &catalogue, QWidget *parent)
     : QDialog(parent)
     , m_editor(editor)
+    , m_catalogue(catalogue)
     , m_list(new QListWidget(this))
     , m_rename(new QPushButton(tr("&Rename"), this))
     , m_delete(new QPushButton(tr("&Delete"), this))
@@ -85,7 +84,7 @@ void EffectSetsDialog::showSets(const QString &selected)
         auto *item = new QListWidgetItem(name, m_list);
         item->setFlags(item->flags() | Qt::ItemIsEditable);
         item->setData(Qt::UserRole, name);
-        item->setToolTip(plainText(effectNames(sets.value(name))));
+        item->setToolTip(plainText(effectNames(sets.value(name), m_catalogue)));
         if (name == selected)
             m_list->setCurrentItem(item);
     }

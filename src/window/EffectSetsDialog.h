@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <QString>
 
+class FilterCatalogue;
 class LibraryEditor;
 class QListWidget;
 class QListWidgetItem;
@@ -14,8 +15,8 @@ class EffectSetsDialog final : public QDialog
     Q_OBJECT
 
 public:
-    /// `editor` outlives it.
-    EffectSetsDialog(LibraryEditor &editor, QWidget *parent);
+    /// Both outlive it.
+    EffectSetsDialog(LibraryEditor &editor, const FilterCatalogue &catalogue, QWidget *parent);
 
 private:
     void showSets(const QString &selected);
@@ -24,6 +25,7 @@ private:
     void enableButtons();
 
     LibraryEditor &m_editor;
+    const FilterCatalogue &m_catalogue;
     QListWidget *m_list;
     QPushButton *m_rename;
     QPushButton *m_delete;

@@ -87,7 +87,7 @@ void PIDetailEffectVC::selectionChanged()
 /// Pickers show the photo without its effects, which may move what is in it.
 void PIDetailEffectVC::preparePickerPicture()
 {
-    const bool isWanted = havePhoto() && !missingFile() && !photo()->filterDicts().isEmpty();
+    const bool isWanted = havePhoto() && !missingFile() && m_uiManager->hasPickers();
     const QString key = isWanted ? photo()->guid() + textFromRect(photo()->cropRect()) : QString();
     if (key == m_pictureOf)
         return;

@@ -64,10 +64,10 @@ public:
     [[nodiscard]] bool SaveLibrary();
     /// Whether the window may close: asks about unsaved changes and saves when told to.
     [[nodiscard]] bool windowShouldClose();
-    enum class IfImporting { Ask, Stop };
+    enum class IfBusy { Ask, Stop };
     /// Ends a running import or print and waits a while for files on their way to the trash. False when the user,
     /// asked, would rather go on with it. A crop that is being drawn is not part of it.
-    [[nodiscard]] bool finishWork(IfImporting ifImporting);
+    [[nodiscard]] bool finishWork(IfBusy ifBusy);
     /// The program goes on although it was to end: changes that the user then did not want to save are unsaved again.
     void keepDiscardedChanges();
 

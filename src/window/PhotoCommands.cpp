@@ -114,15 +114,8 @@ void PhotoCommands::moveBy(int places)
 
 void PhotoCommands::selectMarked()
 {
-    IndexSet marked;
-    const auto folder = m_grid.folder();
-    for (qsizetype i = 0; folder && i < folder->photos().size(); ++i) {
-        if (std::as_const(*folder).photos().at(i)->isMarked())
-            marked.add(i);
-    }
-    m_grid.selectIndexes(marked);
-    m_grid.scrollToSelection();
-    if (marked.isEmpty())
+    m_grid.selectWhere([](const PIPhoto &photo) { return photo.isMarked(); });
+    if (m_grid.selectedPositions().isEmpty())
         Beep();
 }
 

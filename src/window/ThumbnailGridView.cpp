@@ -106,6 +106,18 @@ void ThumbnailGridView::selectIndexes(const IndexSet &indexes)
         Q_EMIT selectedPhotosChanged();
 }
 
+void ThumbnailGridView::selectWhere(const std::function<bool(const PIPhoto &)> &isWanted)
+{
+    IndexSet wanted;
+    const std::shared_ptr<const PIFolder> shown = folder();
+    for (qsizetype i = 0; shown && i < shown->photos().size(); ++i) {
+        if (isWanted(*shown->photos().at(i)))
+            wanted.add(i);
+    }
+    selectIndexes(wanted);
+    scrollToSelection();
+}
+
 /// As much of the selection as fits, from its first photo on.
 void ThumbnailGridView::scrollToSelection()
 {

@@ -43,6 +43,8 @@ public:
     /// Selects exactly these; positions beyond the last photo are dropped. The first becomes current.
     void selectIndexes(const IndexSet &indexes);
     void scrollToSelection();
+    /// Selects the photos that are like that, and shows them.
+    void selectWhere(const std::function<bool(const PIPhoto &)> &isWanted);
     /// The photo with the keyboard cursor; null when there is none.
     [[nodiscard]] std::shared_ptr<PIPhoto> currentPhoto() const;
     /// Of the selected photos the one with the keyboard cursor, else the nearest to it; null when none is selected.

@@ -28,13 +28,13 @@ bool PIWindowController::saveOrTell()
     return false;
 }
 
-bool PIWindowController::finishWork(IfImporting ifImporting)
+bool PIWindowController::finishWork(IfBusy ifBusy)
 {
-    if (isImporting() && ifImporting == IfImporting::Ask &&
+    if (isImporting() && ifBusy == IfBusy::Ask &&
         GiveAlert(tr("Stop adding photos?"), tr("The photos found so far stay in the library."),
                   {tr("Stop"), tr("Cancel")}, /*escapeButton=*/1) != 0)
         return false;
-    if (m_printCommands->isPrinting() && ifImporting == IfImporting::Ask &&
+    if (m_printCommands->isPrinting() && ifBusy == IfBusy::Ask &&
         GiveAlert(tr("Stop printing?"), tr("The photos are not printed yet."), {tr("Stop"), tr("Cancel")},
                   /*escapeButton=*/1) != 0)
         return false;
@@ -59,7 +59,7 @@ void PIWindowController::keepDiscardedChanges()
 
 bool PIWindowController::windowShouldClose()
 {
-    if (!finishWork(IfImporting::Ask))
+    if (!finishWork(IfBusy::Ask))
         return false;
     m_thumbnailView->setFocus();                            // ends text editing elsewhere, which may change the library
     m_library.notifications().post(kNormalizeNotification); // so does a crop that is being drawn

@@ -3,6 +3,7 @@
 #include "EffectSetEdits.h"
 #include "EffectSetsDialog.h"
 #include "FakeAlerts.h"
+#include "FilterCatalogue.h"
 #include "FilterLibrary.h"
 #include "LibraryNotifications.h"
 #include "PIDetailController.h"
@@ -165,7 +166,8 @@ private Q_SLOTS:
         FakeAlerts alerts;
         for (const char *name : {"a", "b", "c"})
             gallery.save(name, chainOf("CISepiaTone"));
-        EffectSetsDialog dialog(gallery.desk->controller->editor(), nullptr);
+        const FilterCatalogue catalogue(filterBackEnd());
+        EffectSetsDialog dialog(gallery.desk->controller->editor(), catalogue, nullptr);
         dialog.show();
         auto &list = *dialog.findChild<QListWidget *>();
         const auto names = [&] { return QStringList(gallery.desk->library.effectSets().keys()).join(u' '); };
