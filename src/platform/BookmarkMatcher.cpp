@@ -14,10 +14,11 @@ BookmarkMatcher::BookmarkMatcher(const QList<QByteArray> &bookmarks, std::shared
         const auto view = BookmarkView::of(bookmarks[index]);
         if (!view || view->kind() != FileKind::File)
             continue;
-        m_lost.push_back({.index = index,
-                          .stored = *view,
-                          .inode = view->inode(),
-                          .volume = m_volumes->withIdentity(view->volume().toByteArray())});
+        m_lost.push_back(
+            {.index = index,
+             .stored = *view,
+             .inode = view->inode(),
+             .volume = m_volumes->withIdentity(view->volume().toByteArray(), view->mountPoint().toByteArray())});
         m_byInode.insert(view->inode(), &m_lost.back());
     }
 }

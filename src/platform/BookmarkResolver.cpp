@@ -98,8 +98,9 @@ void BookmarkResolver::placeOnVolumes()
 void BookmarkResolver::findVolume(OldPlace &place) const
 {
     const QByteArray volumePath = place.example.volumePath().toByteArray();
-    place.volume = m_volumes->withIdentity(place.example.volume().toByteArray());
-    place.mount = place.volume ? place.volume->mountFor(volumePath, place.example.mountPoint().toByteArray()) : nullptr;
+    const QByteArray point = place.example.mountPoint().toByteArray();
+    place.volume = m_volumes->withIdentity(place.example.volume().toByteArray(), point);
+    place.mount = place.volume ? place.volume->mountFor(volumePath, point) : nullptr;
     const auto path = place.mount ? place.mount->pathFor(volumePath) : std::nullopt;
     if (path)
         place.folder = *path == place.mount->point ? *path : NativePath::parent(*path);
@@ -149,6 +150,7 @@ void BookmarkResolver::searchByContent()
     const auto mayBeCopied = [this](const LostFile &lost) { return lost.isOpen && acceptsCopies(lost.index); };
     if (std::none_of(m_lost.cbegin(), m_lost.cend(), mayBeCopied))
         return;
+    flush(); // what is known is not to wait for disks
     ContentSearch search(QSet<ContentSearch::Object>(m_taken.cbegin(), m_taken.cend()), pathsInUse());
     for (LostFile &lost : m_lost)
         if (mayBeCopied(lost))
@@ -162,11 +164,15 @@ void BookmarkResolver::searchByContent()
         closeAllOpen(Status::Unsearched);
 }
 
+/// Networks are not walked for copies, and to follow a link there may take forever.
 QSet<QByteArray> BookmarkResolver::pathsInUse()
 {
     QSet<QByteArray> paths;
-    for (const QString &path : m_options.pathsInUse)
-        paths.insert(m_links.withoutLinkedFolders(Posix::nativePath(path)));
+    for (const QString &text : m_options.pathsInUse) {
+        const QByteArray path = Posix::nativePath(text);
+        if (m_options.mounting == BookmarkOptions::Mounting::Allowed || !m_volumes->isRemote(path))
+            paths.insert(m_links.withoutLinkedFolders(path));
+    }
     return paths;
 }
 

@@ -121,6 +121,12 @@ bool FileBookmark::isOlderThan(const QByteArray &bookmark, const FileIdentity &p
     return stored && stored->modified() < present.modified;
 }
 
+bool FileBookmark::isNewerThan(const QByteArray &bookmark, const FileIdentity &present)
+{
+    const auto stored = BookmarkView::of(bookmark);
+    return stored && present.modified < stored->modified();
+}
+
 quint64 FileBookmark::fileSize(const QByteArray &bookmark)
 {
     const auto stored = BookmarkView::of(bookmark);

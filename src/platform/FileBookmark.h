@@ -31,6 +31,8 @@ namespace FileBookmark {
 /// Whether a present file was written later than the bookmarked one had been. A file that was there before,
 /// and was only moved to its place, was not.
 [[nodiscard]] bool isOlderThan(const QByteArray &bookmark, const FileIdentity &present);
+/// Whether a present file was last written before the bookmarked one was, so that it cannot have been saved over it.
+[[nodiscard]] bool isNewerThan(const QByteArray &bookmark, const FileIdentity &present);
 
 /// The size of the bookmarked file; 0 for a folder and for what is no bookmark.
 [[nodiscard]] quint64 fileSize(const QByteArray &bookmark);

@@ -117,8 +117,11 @@ Sameness compareFiles(const FileIdentity &stored, const FileIdentity &present, I
     if (stored.inode != present.inode)
         return Sameness::Different;
     // A birth time to the nanosecond is as good as a generation, and comes with the facts at no further cost.
-    if (stored.birth && present.birth)
-        return stored.birth == present.birth ? Sameness::Same : Sameness::Different;
+    const bool bothBorn = stored.birth && present.birth;
+    if (bothBorn && stored.birth != present.birth)
+        return Sameness::Different;
+    if (bothBorn && trust == InodeTrust::Stable)
+        return Sameness::Same;
     return stored.handle.bytes.empty() ? compareWithoutHandle(stored, present) : Sameness::AskHandle;
 }
 

@@ -61,8 +61,9 @@ inline constexpr int kNoFolder = -100; // what the kernel calls AT_FDCWD
 [[nodiscard]] FileHandle readOpenHandle(int descriptor);
 
 /// Whether a volume's inode numbers are its own. Some file systems make them up as they go, and other ones after the
-/// next mount: there an inode number is a hint and neither proves nor disproves anything.
-enum class InodeTrust { Stable, MadeUp };
+/// next mount: there an inode number is a hint and neither proves nor disproves anything. Where snapshots are kept, a
+/// file and its snapshots share number and time of birth, and only their handles differ.
+enum class InodeTrust { Stable, Shared, MadeUp };
 
 /// Whether a present file is the stored one, as far as the facts at hand can tell.
 enum class Sameness {

@@ -42,7 +42,7 @@ void VolumeSearch::searchOldFolders()
         if (hasOpen(folder) && folderExists(folder.path))
             readOldFolder(folder);
     // Where inode numbers tell little, a path does only as long as it is the old one.
-    if (m_openCount > 0 && m_trust == InodeTrust::Stable)
+    if (m_openCount > 0 && m_trust != InodeTrust::MadeUp)
         searchRenamedFolders();
 }
 

@@ -72,10 +72,18 @@ QByteArray Mount::volumePathFor(const QByteArray &path) const
 
 InodeTrust Volume::inodeTrust() const
 {
-    static constexpr const char *kStable[] = {"ext2",     "ext3",  "ext4",    "xfs", "btrfs",    "f2fs",
-                                              "bcachefs", "zfs",   "jfs",     "nfs", "reiserfs", "nilfs2",
-                                              "tmpfs",    "ntfs3", "hfsplus", "nfs4"};
+    static constexpr const char *kStable[] = {"ext2", "ext3",     "ext4",   "xfs",   "f2fs",  "zfs",     "jfs",
+                                              "nfs",  "reiserfs", "nilfs2", "tmpfs", "ntfs3", "hfsplus", "nfs4"};
+    static constexpr const char *kShared[] = {"btrfs", "bcachefs"};
+    if (isOneOf(mounts.first().type, kShared))
+        return InodeTrust::Shared;
     return isOneOf(mounts.first().type, kStable) ? InodeTrust::Stable : InodeTrust::MadeUp;
+}
+
+bool Volume::isOnOtherDisk(const Mount &mount) const
+{
+    const QByteArray &own = mounts.first().device;
+    return own != mount.device && !own.startsWith("0:") && !mount.device.startsWith("0:");
 }
 
 const Mount *Volume::mountFor(const QByteArray &volumePath, const QByteArray &preferredPoint) const
@@ -143,6 +151,7 @@ std::optional<Mount> mountFromLine(const QByteArray &line)
     Mount mount;
     mount.id = fields[0].toULongLong(&idIsGood);
     mount.parentId = fields[1].toULongLong();
+    mount.device = fields[2];
     mount.root = unescaped(fields[3]);
     mount.point = unescaped(fields[4]);
     mount.type = unescaped(fields[dash + 1]);
@@ -165,8 +174,9 @@ Volumes::Volumes(const QByteArray &mountInfo, const Identify &identify)
         const auto identity = identify(*mount);
         if (!identity)
             continue;
-        const auto known = std::find_if(m_volumes.begin(), m_volumes.end(),
-                                        [&](const Volume &volume) { return volume.identity == *identity; });
+        const auto known = std::find_if(m_volumes.begin(), m_volumes.end(), [&](const Volume &volume) {
+            return volume.identity == *identity && !volume.isOnOtherDisk(*mount);
+        });
         if (known != m_volumes.end())
             known->mounts.append(*mount);
         else
@@ -223,12 +233,18 @@ std::shared_ptr<const Volumes> Volumes::current()
     return table.volumes();
 }
 
-const Volume *Volumes::withIdentity(const QByteArray &identity) const
+const Volume *Volumes::withIdentity(const QByteArray &identity, const QByteArray &preferredPoint) const
 {
-    for (const Volume &volume : m_volumes)
-        if (volume.identity == identity)
+    const Volume *first = nullptr;
+    for (const Volume &volume : m_volumes) {
+        if (volume.identity != identity)
+            continue;
+        if (std::any_of(volume.mounts.cbegin(), volume.mounts.cend(),
+                        [&](const Mount &mount) { return mount.point == preferredPoint; }))
             return &volume;
-    return nullptr;
+        first = first ? first : &volume;
+    }
+    return first;
 }
 
 Volumes::Place Volumes::withMountId(quint64 mountId) const

@@ -19,6 +19,7 @@ struct Mount
     QByteArray point; ///< where
     QByteArray type;  ///< of the file system
     QByteArray source;
+    QByteArray device = {}; ///< its number; begins with "0:" where the kernel makes one up
     bool operator==(const Mount &) const = default;
 
     /// Reached over a network, or through a program that may be waiting for one. Looking at it may take forever.
@@ -41,6 +42,8 @@ struct Volume
 
     [[nodiscard]] bool isNetwork() const { return mounts.first().isNetwork(); }
     [[nodiscard]] InodeTrust inodeTrust() const;
+    /// Whether the mount shows another disk, which may have the same identity when one was cloned.
+    [[nodiscard]] bool isOnOtherDisk(const Mount &mount) const;
     /// The place where a path of the volume can be seen, that at `preferredPoint` if possible; null when none.
     [[nodiscard]] const Mount *mountFor(const QByteArray &volumePath, const QByteArray &preferredPoint) const;
     /// The place through which `path` leads; null when through none.
@@ -62,8 +65,9 @@ public:
     Volumes(const QByteArray &mountInfo, const Identify &identify);
 
     [[nodiscard]] const QList<Volume> &all() const { return m_volumes; }
-    /// Null when that volume is not mounted.
-    [[nodiscard]] const Volume *withIdentity(const QByteArray &identity) const;
+    /// Null when that volume is not mounted. Of a disk and its clone, which have one identity, the one that is mounted
+    /// at `preferredPoint`, else the first.
+    [[nodiscard]] const Volume *withIdentity(const QByteArray &identity, const QByteArray &preferredPoint = {}) const;
 
     struct Place
     {

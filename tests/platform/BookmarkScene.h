@@ -77,13 +77,14 @@ public:
     }
 
     /// The scene's folder as if it were all of its volume, with a file system of that type.
-    std::shared_ptr<const Volumes> volumes(const QByteArray &type = "ext4") const
+    std::shared_ptr<const Volumes> volumes(const QByteArray &type = "ext4",
+                                           const QByteArray &identity = "uuid:scene") const
     {
         const QByteArray point = QFile::encodeName(m_root);
         const auto present = examineFile(kNoFolder, point.constData());
         const QByteArray id = QByteArray::number(present ? present->mountId : 0);
         const QByteArray line = id + " 1 0:1 / " + QByteArray(point).replace(' ', "\\040") + " rw - " + type + " x rw";
-        return std::make_shared<const Volumes>(line, [](const Mount &) { return QByteArray("uuid:scene"); });
+        return std::make_shared<const Volumes>(line, [&](const Mount &) { return identity; });
     }
 
     BookmarkResolution resolve(const QByteArray &bookmark, BookmarkOptions options = {}) const

@@ -22,6 +22,7 @@ private Q_SLOTS:
     void countsCopiesOfOtherExtensions_data();
     void countsCopiesOfOtherExtensions();
     void doesNotTakeAReusedInode();
+    void tellsAFileFromItsSnapshot();
     void findsFolders();
     void keepsTheUsersWayThroughLinks();
     void tellsWhetherItIsCurrent();
@@ -285,6 +286,19 @@ void TestFileBookmark::doesNotTakeAReusedInode()
         scene.move(taker, QByteArray("Archive/" + QByteArray::number(attempt)).constData());
     }
     QSKIP("This file system does not hand out the inode number of a deleted file again.");
+}
+
+void TestFileBookmark::tellsAFileFromItsSnapshot()
+{
+    const FileIdentity stored{FileKind::File, 257, {0x4d, "root 5"}, FileTime{10, 20}, 1000, {30, 40}};
+    FileIdentity snapshot = stored;
+    snapshot.handle.bytes = "root 9";
+    QCOMPARE(compareFiles(stored, snapshot, InodeTrust::Shared), Sameness::AskHandle);
+    QCOMPARE(compareHandles(stored, snapshot), Sameness::Different);
+    QCOMPARE(compareHandles(stored, stored), Sameness::Same);
+    FileIdentity bornLater = stored;
+    bornLater.birth = FileTime{11, 20};
+    QCOMPARE(compareFiles(stored, bornLater, InodeTrust::Shared), Sameness::Different);
 }
 
 void TestFileBookmark::findsFolders()

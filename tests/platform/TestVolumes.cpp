@@ -57,6 +57,7 @@ class TestVolumes : public QObject
 
 private Q_SLOTS:
     void readsWhatTheKernelLists();
+    void tellsADiskFromItsClone();
     void leavesOutWhatHoldsNoFiles();
     void translatesPaths_data();
     void translatesPaths();
@@ -92,12 +93,24 @@ void TestVolumes::readsWhatTheKernelLists()
     const Volume *btrfs = volumes.withIdentity("/dev/sdb1");
     QVERIFY(btrfs);
     QCOMPARE(btrfs->mounts.size(), 2);
-    const Mount photos{25, 22, "/@photos", "/mnt/my photos", "btrfs", "/dev/sdb1"};
+    const Mount photos{25, 22, "/@photos", "/mnt/my photos", "btrfs", "/dev/sdb1", "0:40"};
     QCOMPARE(btrfs->mounts.last(), photos);
     QCOMPARE(volumes.withMountId(25).mount->point, "/mnt/my photos");
     QCOMPARE(volumes.withMountId(25).volume, btrfs);
     QVERIFY(!volumes.withMountId(23).mount);
     QVERIFY(!volumes.withIdentity("/dev/sdc1"));
+}
+
+void TestVolumes::tellsADiskFromItsClone()
+{
+    const Volumes volumes("1 9 8:1 / /clone rw - ext4 one rw\n"
+                          "2 9 8:2 / /media/disk rw - ext4 one rw\n"
+                          "3 9 8:2 /srv /srv rw - ext4 one rw\n",
+                          [](const Mount &mount) { return mount.source; });
+    QCOMPARE(volumes.all().size(), 2);
+    QCOMPARE(volumes.withIdentity("one", "/srv")->mounts.first().point, "/media/disk");
+    QCOMPARE(volumes.withIdentity("one", "/clone")->mounts.size(), 1);
+    QVERIFY(volumes.withIdentity("one", "/elsewhere"));
 }
 
 void TestVolumes::leavesOutWhatHoldsNoFiles()
