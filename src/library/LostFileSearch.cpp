@@ -3,6 +3,7 @@
 #include "FileBookmark.h"
 #include "LibraryNotifications.h"
 #include "PhotoLibrary.h"
+#include "UnsettledSearch.h"
 
 #include <algorithm>
 #include <chrono>

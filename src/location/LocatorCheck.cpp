@@ -1,8 +1,11 @@
 #include "LocatorCheck.h"
 
 #include "BookmarkService.h"
+#include "NativePath.h"
+#include "PosixSupport.h"
 #include "Volumes.h"
 
+#include <array>
 #include <utility>
 
 LocatorCheck::LocatorCheck(QList<PostponedFile> files, QStringList guidsInUse, LocatorSnapshot locators,
@@ -37,6 +40,23 @@ std::optional<CheckedFile> check(const PostponedFile &file, const LocatorSnapsho
     return CheckedFile{file.guid, locator->path(), doubt, {}};
 }
 
+/// The files in two parts: those of disks, and those of which a look may take forever, so that nobody waits for them.
+std::array<QList<const PostponedFile *>, 2> remoteLast(const QList<PostponedFile> &files, const Volumes &volumes)
+{
+    std::array<QList<const PostponedFile *>, 2> parts;
+    QByteArray folder; // neighbours in a library often share it
+    bool isRemote = false;
+    for (const PostponedFile &file : files) {
+        QByteArray path = Posix::nativePath(file.path);
+        if (QByteArrayView parent = NativePath::parentView(path); parent != folder) {
+            folder = parent.toByteArray();
+            isRemote = volumes.isRemote(path);
+        }
+        parts.at(isRemote ? 1 : 0).append(&file);
+    }
+    return parts;
+}
+
 }
 
 void LocatorCheck::run(const std::stop_token &stop,
@@ -46,15 +66,17 @@ void LocatorCheck::run(const std::stop_token &stop,
     using Reader = LocatorSnapshot::Reader;
     const Reader locators(m_locators, m_files.size() > kBatch ? Reader::Reads::Many : Reader::Reads::Few);
     const auto volumes = Volumes::current();
-    QList<CheckedFile> batch;
-    for (qsizetype index = 0; index < m_files.size(); ++index) {
-        if (stop.stop_requested())
-            return;
-        if (auto told = check(m_files.at(index), locators, *m_bookmarks, *volumes))
-            batch.append(*std::move(told));
-        if ((index + 1) % kBatch == 0)
-            checked(std::exchange(batch, {}));
+    for (const auto &files : remoteLast(m_files, *volumes)) {
+        QList<CheckedFile> batch;
+        for (qsizetype index = 0; index < files.size(); ++index) {
+            if (stop.stop_requested())
+                return;
+            if (auto told = check(*files[index], locators, *m_bookmarks, *volumes))
+                batch.append(*std::move(told));
+            if ((index + 1) % kBatch == 0)
+                checked(std::exchange(batch, {}));
+        }
+        if (!batch.isEmpty())
+            checked(batch);
     }
-    if (!batch.isEmpty())
-        checked(batch);
 }

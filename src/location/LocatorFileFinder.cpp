@@ -1,14 +1,9 @@
 #include "LocatorFileFinder.h"
 
 #include "BookmarkService.h"
-#include "FileBookmark.h"
-#include "FileIdentity.h"
-#include "KeptOriginal.h"
 #include "LocatorCheck.h"
 #include "PILocatorManager.h"
-#include "TrashFolders.h"
-
-#include <QFile>
+#include "UnsettledSearch.h"
 
 #include <utility>
 
@@ -46,68 +41,6 @@ std::optional<LocatorFileFinder::Doubt> LocatorFileFinder::doubtAbout(QVFileLoca
     return here->bookmarkOutdated ? std::optional(Doubt::Changed) : std::nullopt;
 }
 
-namespace {
-
-using Doubt = LocatorFileFinder::Doubt;
-
-/// A file that stands at the path is what people expect there, unless the very file that was meant is elsewhere.
-BookmarkOptions::Copies copiesFor(Doubt doubt)
-{
-    return doubt == Doubt::Changed ? BookmarkOptions::Copies::Refused : BookmarkOptions::Copies::Accepted;
-}
-
-/// Who puts a photo away and another file in its place means the photo to be that file. So does a program that sets
-/// the original aside when it saves.
-BookmarkResolution unlessPutAside(BookmarkResolution resolution, const LocatorFileFinder::Unsettled &file)
-{
-    const bool isPutAside = file.doubt == Doubt::Changed && resolution.status == Status::Found &&
-                            (TrashFolders().hold(QFile::encodeName(resolution.path)) ||
-                             isKeptOriginal(resolution.path, file.locator.path()));
-    return isPutAside ? BookmarkResolution{resolution.index, Status::Missing} : std::move(resolution);
-}
-
-/// Whether the file that was meant is no more, as far as can be told: nothing is known of where else it could be.
-bool isReplaced(const QVFileLocator &locator, Status status, std::optional<FileTime> lastStored)
-{
-    if (status != Status::Unreached || !lastStored)
-        return status == Status::Missing && lastStored;
-    const auto present = examineLinkedFile(QFile::encodeName(locator.path()).constData());
-    return present && *lastStored < present->identity.modified &&
-           FileBookmark::isOlderThan(locator.bookmark(), present->identity);
-}
-
-/// What a file's resolution makes of its locator. Looks at files.
-SearchedFile takeUp(const LocatorFileFinder::Unsettled &file, const BookmarkResolution &resolution,
-                    BookmarkService &bookmarks, std::optional<FileTime> lastStored)
-{
-    SearchedFile taken{file, resolution.status, file.locator, false, {false, file.locator.path()}};
-    QVFileLocator &locator = taken.locator;
-    const bool isChanged = file.doubt == Doubt::Changed;
-    // Nothing is where the file was, and nothing else is known: no bookmark can be made, and there is nothing to tell.
-    const bool isNowhere = resolution.status != Status::Found && resolution.status != Status::VolumeAway &&
-                           file.doubt == Doubt::Lost && !locator.verifyPath(bookmarks);
-    if (isNowhere)
-        return taken;
-    // A folder that took the place of a photo is not what its locator is to follow.
-    if (resolution.status == Status::Found || file.doubt == Doubt::Lost) {
-        const auto result = locator.follow(resolution, bookmarks);
-        const bool isElsewhere = locator.path() != file.locator.path();
-        taken.isToBeStored = result.changed || isElsewhere;
-        taken.place = {result.found, locator.path(), result.volumeAway,
-                       isChanged && !isElsewhere && taken.isToBeStored};
-    } else if (resolution.status == Status::VolumeAway || file.doubt == Doubt::Occupied) {
-        // What stands at the path then is of another volume that is mounted there.
-        taken.place.volumeAway = resolution.status == Status::VolumeAway;
-    } else {
-        taken.isToBeStored =
-            isReplaced(locator, resolution.status, lastStored) && locator.setBookmarkFromPath(bookmarks);
-        taken.place = {true, locator.path(), false, taken.isToBeStored};
-    }
-    return taken;
-}
-
-}
-
 FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
 {
     if (m_isPostponing) {
@@ -120,12 +53,7 @@ FoundFile LocatorFileFinder::locate(const QString &guid, const QString &path)
     const auto doubt = doubtAbout(*locator, m_bookmarks);
     if (!doubt || m_search == Search::Later)
         return takeDoubt(guid, locator->path(), doubt);
-    BookmarkOptions options;
-    options.copies = copiesFor(*doubt);
-    const QByteArray bookmark = locator->bookmark();
-    auto resolution = bookmark.isEmpty() ? BookmarkResolution{} : m_bookmarks.resolve(bookmark, options);
-    const Unsettled file{guid, *std::move(locator), *doubt};
-    return settle(takeUp(file, unlessPutAside(std::move(resolution), file), m_bookmarks, lastStored()));
+    return settle(searchUnsettled({guid, *std::move(locator), *doubt}, lastStored(), m_bookmarks));
 }
 
 FoundFile LocatorFileFinder::takeDoubt(const QString &guid, const QString &path, std::optional<Doubt> doubt)
@@ -280,31 +208,4 @@ FoundFile LocatorFileFinder::settle(const SearchedFile &searched)
 bool LocatorFileFinder::store(const QString &guid, const QVFileLocator &locator)
 {
     return manager() && m_manager->setLocator(locator, guid);
-}
-
-void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, std::optional<FileTime> lastStored,
-                     const BookmarkOptions &options, const std::function<void(const QList<SearchedFile> &)> &searched)
-{
-    if (files.isEmpty())
-        return;
-    BookmarkOptions wanted = forPictures(options);
-    QList<QByteArray> bookmarks;
-    for (const auto &file : files) {
-        if (copiesFor(file.doubt) == BookmarkOptions::Copies::Refused)
-            wanted.originalsOnly.insert(bookmarks.size());
-        bookmarks.append(file.locator.bookmark());
-    }
-    FileBookmarkService service(options.volumes);
-    wanted.resolved = [&](const QList<BookmarkResolution> &resolutions) {
-        QList<SearchedFile> batch;
-        for (const BookmarkResolution &resolution : resolutions) {
-            const auto &file = files.at(resolution.index);
-            if (resolution.status == Status::Unsearched)
-                batch.append({file, resolution.status, file.locator, false, {false, file.locator.path()}});
-            else
-                batch.append(takeUp(file, unlessPutAside(resolution, file), service, lastStored));
-        }
-        searched(batch);
-    };
-    FileBookmark::resolveMany(bookmarks, wanted);
 }

@@ -132,18 +132,3 @@ struct CheckedFile
     /// No locator was stored, and this bookmark was made from the path; empty when there is no file.
     std::optional<QByteArray> newBookmark;
 };
-
-/// A file with what the search told about it.
-struct SearchedFile
-{
-    LocatorFileFinder::Unsettled file;
-    BookmarkResolution::Status status = BookmarkResolution::Status::Unsearched;
-    QVFileLocator locator; ///< as it is to be from now on
-    bool isToBeStored = false;
-    FoundFile place;
-};
-
-/// Looks for all the files on the calling thread, which is not the main one, with one walk, and hands them to
-/// `searched`, some at a time. `options` tells how far to go; `lastStored` is the finder's.
-void searchUnsettled(const QList<LocatorFileFinder::Unsettled> &files, std::optional<FileTime> lastStored,
-                     const BookmarkOptions &options, const std::function<void(const QList<SearchedFile> &)> &searched);

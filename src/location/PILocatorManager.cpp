@@ -127,7 +127,19 @@ bool PILocatorManager::setLocator(const QVFileLocator &locator, const QString &g
     return true;
 }
 
-PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, quint32 present) const
+/// A list that is older than its database, or damaged, may tell of free blocks that are none: those are dropped.
+std::optional<FreeBlockList::Block> PILocatorManager::freeBlockFor(quint32 length)
+{
+    while (const auto block = m_map.freeBlocks.find(length, m_sequenceID)) {
+        const auto present = m_file.blockAt(block->offset);
+        if (present && present->capacity == block->capacity)
+            return block;
+        m_map.freeBlocks.remove(*block);
+    }
+    return {};
+}
+
+PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, quint32 present)
 {
     Allocation allocation;
     if (const auto block = present != 0 ? m_file.blockAt(present) : std::nullopt) {
@@ -135,7 +147,7 @@ PILocatorManager::Allocation PILocatorManager::allocateBlock(quint32 length, qui
             return {.offset = present, .block = {block->capacity, length}};
         allocation.released = FreeBlockList::Block{present, block->capacity, m_sequenceID};
     }
-    allocation.reused = m_map.freeBlocks.find(length, m_sequenceID);
+    allocation.reused = freeBlockFor(length);
     allocation.offset = allocation.reused ? allocation.reused->offset : m_file.length();
     allocation.block = {allocation.reused ? allocation.reused->capacity : length, length};
     return allocation;

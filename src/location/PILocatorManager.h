@@ -71,7 +71,8 @@ private:
 
     struct Allocation;
     /// For a guid whose locator stands at `present`; 0 when it has none.
-    [[nodiscard]] Allocation allocateBlock(quint32 length, quint32 present) const;
+    [[nodiscard]] Allocation allocateBlock(quint32 length, quint32 present);
+    [[nodiscard]] std::optional<FreeBlockList::Block> freeBlockFor(quint32 length);
     [[nodiscard]] bool putDamagedListAside();
 
     QString m_folder;

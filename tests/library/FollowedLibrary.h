@@ -84,6 +84,11 @@ public:
         for (const auto &photo : std::as_const(folder->photos()))
             (void)photo->fileRef()->verify();
     }
+    /// As after another disk was mounted in the place of the first.
+    void nameVolume(const QByteArray &identity)
+    {
+        m_bookmarks.volumes = BookmarkScene(at(""), BookmarkScene::Photos::Present).volumes("ext4", identity);
+    }
     /// How far searches go.
     [[nodiscard]] BookmarkOptions options() const
     {

@@ -149,21 +149,23 @@ private Q_SLOTS:
                                                 << "d/a.png" << false << false;
         for (const char *name : {"d/a.png~", "d/a.bak", "d/a_original.png"})
             QTest::addRow("saved anew, with the original kept as %s", name) << name << "d/a.png" << false << false;
-        QTest::newRow("exchanged with another photo") << "swap"
-                                                      << "d/b.png" << true << true;
+        for (const char *name : {"d/b.png", "d/a_original.png"})
+            QTest::addRow("exchanged with %s", name) << QStringLiteral("swap") << name << true << true;
     }
     void whatStandsAtAnOldPathIsTakenForWhatItIs()
     {
         QFETCH(QString, change);
         FollowedLibrary &house = *m_house;
         const auto photo = house.add("d/a.png");
-        const auto other = house.add("d/b.png");
+        QFETCH(QString, a);
+        const QByteArray second = change == QLatin1String("swap") ? a.toUtf8() : QByteArray("d/b.png");
+        const auto other = house.add(second);
         photo->setCropRect({1, 1, 20, 20});
         photo->setThumbnailDate(7);
         if (change == QLatin1String("swap")) {
             house.move("d/a.png", "d/c.png");
-            house.move("d/b.png", "d/a.png");
-            house.move("d/c.png", "d/b.png");
+            house.move(second, "d/a.png");
+            house.move("d/c.png", second);
         } else if (change == QLatin1String("write")) {
             house.draw("d/a.png");
         } else if (change == QLatin1String("touch")) {
@@ -177,13 +179,54 @@ private Q_SLOTS:
         }
         LostFileSearch lost(*house.library, *house.finder, house.options());
         (void)search(lost);
-        QTEST(photo->fileRef()->path().mid(house.at("").size()), "a");
+        QCOMPARE(photo->fileRef()->path().mid(house.at("").size()), a);
         QFETCH(bool, thumbnailStays);
         QTRY_COMPARE(photo->thumbnailDate() == 7, thumbnailStays);
         QTEST(!photo->cropRect().isEmpty(), "cropStays");
         QVERIFY(!photo->isFileLost() && !other->isFileLost());
         house.lookAtAll();
         QVERIFY(!house.finder->hasUnsettled()); // the bookmarks are fresh
+    }
+
+    void anEarlierFileAtTheOldPathIsNotThePhoto_data()
+    {
+        QTest::addColumn<bool>("isOnAnotherDisk");
+        QTest::newRow("that was taken to another disk") << true;
+        QTest::newRow("that is nowhere") << false;
+    }
+    void anEarlierFileAtTheOldPathIsNotThePhoto()
+    {
+        QFETCH(bool, isOnAnotherDisk);
+        FollowedLibrary &house = *m_house;
+        const auto photo = house.add("d/a.png");
+        QVERIFY(QDir().mkpath(house.at("e")));
+        QVERIFY(!isOnAnotherDisk || QFile::copy(house.at("d/a.png"), house.at("e/a.png")));
+        house.draw("d/decoy.png");
+        BookmarkScene(house.at(""), BookmarkScene::Photos::Present).setDate("d/decoy.png", 1'000'000);
+        house.move("d/decoy.png", "d/a.png");
+        const QByteArray bookmark = house.finder->bookmark(photo->fileRef()->guid());
+        LostFileSearch lost(*house.library, *house.finder, house.options());
+        (void)search(lost);
+        QVERIFY(!photo->isFileLost());
+        QCOMPARE(photo->fileRef()->path(), house.at(isOnAnotherDisk ? "e/a.png" : "d/a.png"));
+        QCOMPARE(house.finder->bookmark(photo->fileRef()->guid()) == bookmark, !isOnAnotherDisk);
+    }
+
+    void aLibraryThatWasPlayedBackOntoAnotherDiskIsTakenUp()
+    {
+        FollowedLibrary &house = *m_house;
+        const auto photo = house.add("usb/a.png");
+        house.move("usb", "unplugged");
+        QVERIFY(QDir().mkpath(house.at("usb")) && QFile::copy(house.at("unplugged/a.png"), house.at("usb/a.png")));
+        house.nameVolume("uuid:new");
+        LostFileSearch lost(*house.library, *house.finder, house.options());
+        QCOMPARE(search(lost).missing, 0);
+        QVERIFY(!photo->isFileLost() && !photo->isVolumeAway());
+        house.lookAtAll();
+        QVERIFY(!house.finder->hasUnsettled()); // the bookmark is one of the new disk
+        house.move("usb/a.png", "usb/b.png");
+        (void)search(lost);
+        QCOMPARE(photo->fileRef()->path(), house.at("usb/b.png"));
     }
 
     void onANetworkVolumeOnlyANewerFileReplacesAnother_data()

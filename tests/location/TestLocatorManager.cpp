@@ -334,6 +334,7 @@ private Q_SLOTS:
         QTest::newRow("pairs") << QVariant(QVariantList{QVariant(QVariantList{52LL, 40LL})});
         QTest::newRow("texts") << QVariant(QVariantList{QVariant(QVariantList{QStringLiteral("52"), 40LL, 0LL})});
         QTest::newRow("block of a guid") << QVariant(QVariantList{freeBlock(4, 40, 0)});
+        QTest::newRow("inside a guid's") << QVariant(QVariantList{freeBlock(12, 31, 0)});
         QTest::newRow("overlapping a guid's") << QVariant(QVariantList{freeBlock(52, 60, 0)});
         QTest::newRow("twice") << QVariant(QVariantList{freeBlock(52, 40, 0), freeBlock(52, 40, 0)});
         QTest::newRow("beyond the end") << QVariant(QVariantList{freeBlock(148, 100, 0)});
