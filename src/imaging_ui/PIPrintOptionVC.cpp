@@ -1,6 +1,7 @@
 #include "PIPrintOptionVC.h"
 
 #include "FormatMessage.h"
+#include "PrintInfo.h"
 #include "PrintLayout.h"
 #include "PrintSettings.h"
 #include "UserDefaults.h"
@@ -10,12 +11,15 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QRadioButton>
+#include <QSignalBlocker>
+#include <QSpinBox>
 
 PIPrintOptionVC::PIPrintOptionVC(UserDefaults &defaults, QWidget *parent)
     : QWidget(parent)
     , m_defaults(defaults)
     , m_layouts(new QButtonGroup(this))
     , m_cropMarks(new QCheckBox(tr("Print crop marks"), this))
+    , m_scale(new QSpinBox(this))
 {
     setWindowTitle(QStringLiteral("Tamsel Photo")); // of its tab in the print dialog
     auto *layout = new QVBoxLayout(this);
@@ -30,7 +34,21 @@ PIPrintOptionVC::PIPrintOptionVC(UserDefaults &defaults, QWidget *parent)
     }
     layout->addSpacing(fontMetrics().height() / 2);
     layout->addWidget(m_cropMarks);
+    auto *scaleLabel = new QLabel(tr("&Scale:"), this);
+    scaleLabel->setBuddy(m_scale);
+    auto *scaleRow = new QHBoxLayout;
+    scaleRow->addWidget(scaleLabel);
+    scaleRow->addWidget(m_scale);
+    scaleRow->addStretch();
+    layout->addLayout(scaleRow);
     layout->addStretch();
+    m_scale->setRange(qRound(PrintInfo::kLeastScale * 100), qRound(PrintInfo::kMostScale * 100));
+    m_scale->setSuffix(tr(" %"));
+    m_scale->setSingleStep(5);
+    m_scale->setKeyboardTracking(false);
+    m_scale->setToolTip(tr("The size of everything on the page: at 50 % a page has room for twice as many columns"));
+    m_scale->setValue(qRound(g_printInfo.scale * 100));
+    connect(m_scale, &QSpinBox::valueChanged, this, &PIPrintOptionVC::changeScale);
     m_cropMarks->setChecked(g_cropMarks);
     m_cropMarks->setToolTip(tr("Short lines that show where to cut the paper"));
     connect(m_cropMarks, &QCheckBox::clicked, this, &PIPrintOptionVC::changeCropMarks);
@@ -41,6 +59,8 @@ void PIPrintOptionVC::refresh()
     if (QAbstractButton *chosen = m_layouts->button(g_printLayout))
         chosen->setChecked(true);
     m_cropMarks->setChecked(g_cropMarks);
+    const QSignalBlocker silent(m_scale);
+    m_scale->setValue(qRound(g_printInfo.scale * 100));
 }
 
 QString PIPrintOptionVC::layoutName(int layout)
@@ -61,5 +81,12 @@ void PIPrintOptionVC::changeCropMarks(bool on)
 {
     g_cropMarks = on;
     m_defaults.setValue(kCropMarks, on);
+    Q_EMIT changed();
+}
+
+void PIPrintOptionVC::changeScale(int percent)
+{
+    g_printInfo.scale = percent / 100.0;
+    m_defaults.setData(QLatin1String(kPrintInfo), archivedPrintInfo(g_printInfo));
     Q_EMIT changed();
 }

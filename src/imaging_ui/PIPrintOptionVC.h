@@ -4,10 +4,11 @@
 
 class QButtonGroup;
 class QCheckBox;
+class QSpinBox;
 class UserDefaults;
 
-/// The page of printing options: how many photos stand on a page, and whether there are crop marks. Choices are stored
-/// at once.
+/// The page of printing options: how many photos stand on a page, how large, and whether there are crop marks. Choices
+/// are stored at once.
 class PIPrintOptionVC final : public QWidget
 {
     Q_OBJECT
@@ -27,8 +28,10 @@ Q_SIGNALS:
 private:
     void changePrintLayout(int layout);
     void changeCropMarks(bool on);
+    void changeScale(int percent);
 
     UserDefaults &m_defaults;
     QButtonGroup *m_layouts;
     QCheckBox *m_cropMarks;
+    QSpinBox *m_scale;
 };

@@ -98,10 +98,13 @@ bool PIPrintView::drawPage(QPainter &painter, int page, const std::atomic<bool> 
 {
     bool isComplete = true;
     const int count = photosOn(page);
+    painter.save();
+    painter.scale(m_layout.scale, m_layout.scale);
     for (int place = 0; place < count && !cancelled; ++place) {
         const PrintedPhoto &photo = m_photos.at(qsizetype(page - 1) * m_layout.photosPerPage + place);
         isComplete = drawPhoto(painter, photo, place, cancelled) && isComplete;
     }
+    painter.restore();
     return isComplete;
 }
 
@@ -131,7 +134,7 @@ bool PIPrintView::drawPhoto(QPainter &painter, const PrintedPhoto &photo, int pl
         drawText(painter, photo.text, QRectF(room.left(), room.center().y(), room.width(), room.height() / 2));
         return false;
     }
-    drawImage(painter, *pixels, position);
+    drawImage(painter, m_isGrey ? pixels->convertToFormat(QImage::Format_Grayscale8) : *pixels, position);
     if (m_cropMarks)
         drawMarks(painter, position.area);
     return true;

@@ -31,7 +31,10 @@ public:
     {}
 
     [[nodiscard]] int totalPages() const { return m_layout.totalPages(static_cast<int>(m_photos.size())); }
-    [[nodiscard]] QSizeF pageSize() const { return m_layout.page; }
+    /// Of the printable area, in points.
+    [[nodiscard]] QSizeF pageSize() const { return m_layout.page * m_layout.scale; }
+    /// Pictures without their colours.
+    void setGrey(bool isGrey) { m_isGrey = isGrey; }
     [[nodiscard]] int photosOn(int page) const;
     /// Paints a page, counted from 1. The painter's unit is a point, its origin the corner of the printable area;
     /// pictures are rendered for its resolution. Returns early when cancelled. False when a photo could not be read:
@@ -45,4 +48,5 @@ private:
     QList<PrintedPhoto> m_photos;
     PrintLayout m_layout;
     bool m_cropMarks = false;
+    bool m_isGrey = false;
 };

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr qint32 kVersion = 1;
+constexpr qint32 kVersion = 2; ///< 1 had no scale
 constexpr double kMillimetres = 10;
 constexpr double kMostPoints = 20'000; ///< seven metres
 
@@ -30,17 +30,17 @@ bool isSane(QSizeF paper, const QMarginsF &margins)
 
 }
 
-QByteArray archivedPrintInfo(const QPageLayout &info)
+QByteArray archivedPrintInfo(const PrintInfo &info)
 {
     QByteArray bytes;
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     stream.setVersion(QDataStream::Qt_6_0);
-    stream << kVersion << info.pageSize().size(QPageSize::Point) << qint32(info.orientation())
-           << info.margins(QPageLayout::Point);
+    stream << kVersion << info.paper.pageSize().size(QPageSize::Point) << qint32(info.paper.orientation())
+           << info.paper.margins(QPageLayout::Point) << info.scale;
     return bytes;
 }
 
-QPageLayout printInfoFromArchive(const QByteArray &bytes)
+PrintInfo printInfoFromArchive(const QByteArray &bytes)
 {
     QDataStream stream(bytes);
     stream.setVersion(QDataStream::Qt_6_0);
@@ -48,11 +48,16 @@ QPageLayout printInfoFromArchive(const QByteArray &bytes)
     QSizeF paper;
     qint32 orientation = 0;
     QMarginsF margins;
+    double scale = 1;
     stream >> version >> paper >> orientation >> margins;
+    if (version == kVersion)
+        stream >> scale;
     const bool isLandscape = orientation == QPageLayout::Landscape;
-    if (stream.status() != QDataStream::Ok || version != kVersion ||
+    if (stream.status() != QDataStream::Ok || version < 1 || version > kVersion ||
         !isSane(isLandscape ? paper.transposed() : paper, margins))
-        return usualLayout();
-    return {QPageSize(paper, QPageSize::Point, {}, QPageSize::FuzzyOrientationMatch),
-            isLandscape ? QPageLayout::Landscape : QPageLayout::Portrait, margins, QPageLayout::Point};
+        return {usualLayout()};
+    const bool isScale = scale >= PrintInfo::kLeastScale && scale <= PrintInfo::kMostScale;
+    return {QPageLayout(QPageSize(paper, QPageSize::Point, {}, QPageSize::FuzzyOrientationMatch),
+                        isLandscape ? QPageLayout::Landscape : QPageLayout::Portrait, margins, QPageLayout::Point),
+            isScale ? scale : 1};
 }

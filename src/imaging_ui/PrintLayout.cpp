@@ -18,10 +18,11 @@ int timesThatFit(double length, double part)
 
 }
 
-PrintLayout PrintLayout::on(QSizeF page, int layout, QSizeF preset)
+PrintLayout PrintLayout::on(QSizeF page, int layout, QSizeF preset, double scale)
 {
     PrintLayout result;
-    result.page = page;
+    result.scale = scale > 0 ? scale : 1;
+    result.page = page / result.scale;
     if (layout == kFillPage)
         result.fillWithPrints(preset * kPointsPerInch);
     else if (layout == kProof)

@@ -11,8 +11,9 @@ struct PrintLayout
     static constexpr int kFillPage = 0;
 
     /// The layout of that number for a page whose printable area is `page`, and for prints of the crop size `preset`
-    /// (inches; empty when none is chosen), which only filling the page heeds.
-    [[nodiscard]] static PrintLayout on(QSizeF page, int layout, QSizeF preset);
+    /// (inches; empty when none is chosen), which only filling the page heeds. At a smaller `scale` the page holds
+    /// more.
+    [[nodiscard]] static PrintLayout on(QSizeF page, int layout, QSizeF preset, double scale = 1);
 
     [[nodiscard]] int totalPages(int photos) const;
     /// The cell of the photo at that place on its page, in reading order, within the printable area.
@@ -23,7 +24,8 @@ struct PrintLayout
     /// Under the photo; empty where photos have no text.
     [[nodiscard]] QRectF textArea(int place) const;
 
-    QSizeF page;
+    double scale = 1; ///< of all that follows, on paper
+    QSizeF page;      ///< before scaling, like all lengths here
     int columnCount = 1;
     int rowCount = 1;
     int photosPerPage = 1; ///< may be more than columns times rows: then there are more rows

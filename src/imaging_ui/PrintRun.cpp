@@ -1,77 +1,71 @@
 #include "PrintRun.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QPainter>
-#include <QPrinter>
+#include <QPdfWriter>
+#include <QSaveFile>
+#include <QTemporaryFile>
+
+#include <functional>
 
 namespace {
 
+using Begun = std::function<void(int number)>;
+
 constexpr double kPointsPerInch = 72;
 
-/// A full disk is not told of by the printer.
-bool isWhole(const QString &path)
+/// False when the document cannot be begun. `begun` is told of each page with its place among all.
+bool paint(QIODevice &document, const PrintJob &job, const PIPrintView &view, const std::atomic<bool> &cancelled,
+           const Begun &begun, PrintRun::Outcome &outcome)
 {
-    constexpr qint64 kTail = 64;
-    QFile file(path);
-    return file.open(QFile::ReadOnly) && (file.size() <= kTail || file.seek(file.size() - kTail)) &&
-           file.readAll().contains("%%EOF");
-}
-
-/// On the worker. `begun` is told of each page with its place among all.
-PrintRun::Outcome print(QPrinter &printer, const PIPrintView &view, const QList<int> &pages,
-                        const std::atomic<bool> &cancelled, const std::function<void(int)> &begun)
-{
-    PrintRun::Outcome outcome;
+    QPdfWriter writer(&document);
+    writer.setTitle(job.ticket.title);
+    writer.setResolution(job.resolution);
+    writer.setPageLayout(job.paper);
     QPainter painter;
-    if (pages.isEmpty() || !painter.begin(&printer))
-        return outcome;
-    const double scale = printer.resolution() / kPointsPerInch;
-    for (qsizetype i = 0; i < pages.size() && !cancelled; ++i) {
+    if (job.pages.isEmpty() || !painter.begin(&writer))
+        return false;
+    const double scale = job.resolution / kPointsPerInch;
+    for (qsizetype i = 0; i < job.pages.size() && !cancelled; ++i) {
         begun(static_cast<int>(i));
-        if (i > 0 && !printer.newPage()) {
-            printer.abort();
-            return outcome;
-        }
+        if (i > 0 && !writer.newPage())
+            return false;
         painter.save();
         painter.scale(scale, scale);
-        outcome.incompletePages += view.drawPage(painter, pages.at(i), cancelled) ? 0 : 1;
+        outcome.incompletePages += view.drawPage(painter, job.pages.at(i), cancelled) ? 0 : 1;
         painter.restore();
     }
+    return painter.end();
+}
+
+PrintRun::Outcome printToFile(const PrintJob &job, const PIPrintView &view, const std::atomic<bool> &cancelled,
+                              const Begun &begun)
+{
+    PrintRun::Outcome outcome;
+    QSaveFile file(job.file);
+    const bool isPainted = file.open(QSaveFile::WriteOnly) && paint(file, job, view, cancelled, begun, outcome);
     outcome.isCancelled = cancelled;
-    if (outcome.isCancelled)
-        printer.abort();
-    outcome.isPrinted = painter.end() && !outcome.isCancelled && printer.printerState() != QPrinter::Error;
-    const QString path = printer.outputFileName();
-    if (path.isEmpty())
-        return outcome;
-    outcome.isPrinted = outcome.isPrinted && isWhole(path);
-    if (!outcome.isPrinted && QFileInfo(path).isFile())
-        static_cast<void>(QFile::remove(path)); // a part of a print is none
+    outcome.isPrinted = isPainted && !outcome.isCancelled && file.commit();
+    if (!outcome.isPrinted)
+        outcome.reason = file.errorString();
     return outcome;
 }
 
+PrintRun::Outcome printOnPaper(const PrintJob &job, const PIPrintView &view, const std::atomic<bool> &cancelled,
+                               const Begun &begun)
+{
+    PrintRun::Outcome outcome;
+    QTemporaryFile file;
+    const bool isPainted = file.open() && paint(file, job, view, cancelled, begun, outcome) && file.flush() &&
+                           file.error() == QFileDevice::NoError;
+    outcome.isCancelled = cancelled;
+    if (!isPainted)
+        outcome.reason = file.errorString();
+    else if (!outcome.isCancelled)
+        outcome.isPrinted = spoolPdf(file.fileName(), job.ticket, cancelled, outcome.reason);
+    outcome.isCancelled = cancelled && !outcome.isPrinted;
+    return outcome;
 }
 
-QList<int> PrintRun::pagesFor(const QPrinter &printer, int totalPages)
-{
-    const bool isRange = printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0;
-    const int first = isRange ? printer.fromPage() : 1;
-    const int last = isRange ? std::min(printer.toPage(), totalPages) : totalPages;
-    const int copies = printer.supportsMultipleCopies() ? 1 : std::max(printer.copyCount(), 1);
-    QList<int> pages;
-    if (printer.collateCopies()) {
-        for (int copy = 0; copy < copies; ++copy) {
-            for (int page = first; page <= last; ++page)
-                pages << page;
-        }
-    } else {
-        for (int page = first; page <= last; ++page)
-            pages << QList<int>(copies, page);
-    }
-    if (printer.pageOrder() == QPrinter::LastPageFirst)
-        std::reverse(pages.begin(), pages.end());
-    return pages;
 }
 
 PrintRun::PrintRun(QObject *parent)
@@ -84,15 +78,14 @@ PrintRun::~PrintRun()
     cancel();
 }
 
-void PrintRun::start(std::unique_ptr<QPrinter> printer, const PIPrintView &view)
+void PrintRun::start(const PrintJob &job, const PIPrintView &view)
 {
-    const std::shared_ptr<QPrinter> owned = std::move(printer);
-    m_worker.async([owned, view, cancelled = m_cancelled, toHere = m_link.toHere()] {
-        const QList<int> pages = pagesFor(*owned, view.totalPages());
-        const int count = static_cast<int>(pages.size());
-        const Outcome outcome = print(*owned, view, pages, *cancelled, [&](int number) {
+    m_worker.async([job, view, cancelled = m_cancelled, toHere = m_link.toHere()] {
+        const int count = static_cast<int>(job.pages.size());
+        const auto begun = [&](int number) {
             toHere([number, count](PrintRun &here) { Q_EMIT here.pageBegun(number, count); });
-        });
-        toHere([outcome](PrintRun &here) { Q_EMIT here.finished(outcome); });
+        };
+        const auto print = job.file.isEmpty() ? printOnPaper : printToFile;
+        toHere([outcome = print(job, view, *cancelled, begun)](PrintRun &here) { Q_EMIT here.finished(outcome); });
     });
 }

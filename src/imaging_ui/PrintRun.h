@@ -3,15 +3,15 @@
 #include "DispatchQueue.h"
 #include "MainThreadLink.h"
 #include "PIPrintView.h"
+#include "PrintJob.h"
 
 #include <QObject>
 
 #include <functional>
 #include <memory>
 
-class QPrinter;
-
-/// Prints in the background, page by page. Main thread.
+/// Prints in the background, page by page: first all of it into a document, which then goes to the printer or to its
+/// place, so that a cancelled print leaves nothing behind. Main thread.
 class PrintRun final : public QObject
 {
     Q_OBJECT
@@ -22,15 +22,14 @@ public:
         bool isPrinted = false; ///< false also when cancelled
         bool isCancelled = false;
         int incompletePages = 0; ///< with photos that could not be read
+        QString reason = {};     ///< why nothing is printed, where that is known
     };
-    /// The pages that a printer's dialog chose, counted from 1, as often as the printer does not repeat them itself.
-    [[nodiscard]] static QList<int> pagesFor(const QPrinter &printer, int totalPages);
 
     explicit PrintRun(QObject *parent = nullptr);
     ~PrintRun() override;
 
-    /// Once. Takes the printer, which nobody else uses from now on.
-    void start(std::unique_ptr<QPrinter> printer, const PIPrintView &view);
+    /// Once.
+    void start(const PrintJob &job, const PIPrintView &view);
     void cancel() { *m_cancelled = true; }
 
 Q_SIGNALS:

@@ -8,11 +8,14 @@
 
 #include <QBoxLayout>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QLabel>
 #include <QPageSetupDialog>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QPrinterInfo>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QToolButton>
 
 PrintSheet::PrintSheet(const QList<PrintedPhoto> &photos, UserDefaults &defaults, PixelPool &pool, QWidget *parent)
@@ -81,17 +84,19 @@ QWidget *PrintSheet::makePreviewSide()
     return side;
 }
 
-PIPrintView PrintSheet::viewFor(const QList<PrintedPhoto> &photos, const QPageLayout &pages)
+PIPrintView PrintSheet::viewFor(const QList<PrintedPhoto> &photos, const QPageLayout &paper)
 {
     const CropSize preset = kCropSizes.at(static_cast<size_t>(g_cropSizeIndex));
-    const QSizeF page = pages.paintRect(QPageLayout::Point).size();
-    return {photos, PrintLayout::on(page, g_printLayout, {preset.width, preset.height}), g_cropMarks};
+    const QSizeF page = paper.paintRect(QPageLayout::Point).size();
+    return {photos, PrintLayout::on(page, g_printLayout, {preset.width, preset.height}, g_printInfo.scale),
+            g_cropMarks};
 }
 
 void PrintSheet::updatePages()
 {
-    m_preview->setPages(viewFor(m_photos, g_printInfo), g_printInfo.fullRect(QPageLayout::Point).size(),
-                        g_printInfo.paintRect(QPageLayout::Point).topLeft());
+    const QPageLayout &paper = g_printInfo.paper;
+    m_preview->setPages(viewFor(m_photos, paper), paper.fullRect(QPageLayout::Point).size(),
+                        paper.paintRect(QPageLayout::Point).topLeft());
 }
 
 void PrintSheet::showPosition()
@@ -101,14 +106,26 @@ void PrintSheet::showPosition()
     m_position->setText(tr("Page %1 of %2").arg(m_preview->page()).arg(m_preview->totalPages()));
 }
 
+namespace {
+
+QString documentPath()
+{
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    return (folder.exists() ? folder : QDir::home()).filePath(QStringLiteral("Tamsel Photo.pdf"));
+}
+
+}
+
 void PrintSheet::choosePrinter()
 {
-    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
-    printer->setDocName(QStringLiteral("Tamsel Photo"));
-    printer->setPageLayout(g_printInfo);
-    printer->setFromTo(1, m_preview->totalPages());
-    printer->setPrintRange(QPrinter::AllPages);
-    QPrintDialog dialog(printer.get(), this);
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setDocName(QStringLiteral("Tamsel Photo"));
+    printer.setPageLayout(g_printInfo.paper);
+    printer.setFromTo(1, m_preview->totalPages());
+    printer.setPrintRange(QPrinter::AllPages);
+    if (QPrinterInfo::availablePrinterNames().isEmpty())
+        printer.setOutputFileName(documentPath()); // all that is left is to print into a document
+    QPrintDialog dialog(&printer, this);
     dialog.setWindowModality(Qt::WindowModal);
     auto *options = new PIPrintOptionVC(m_defaults, &dialog);
     connect(options, &PIPrintOptionVC::changed, this, &PrintSheet::updatePages);
@@ -116,24 +133,19 @@ void PrintSheet::choosePrinter()
     dialog.setOptionTabs({options});
     if (dialog.exec() != QDialog::Accepted)
         return;
-    m_printer = std::move(printer);
+    m_job = PrintJob::from(printer, viewFor(m_photos, printer.pageLayout()).totalPages());
     accept();
-}
-
-std::unique_ptr<QPrinter> PrintSheet::takePrinter()
-{
-    return std::move(m_printer);
 }
 
 bool PrintSheet::askForPageSetup(UserDefaults &defaults, QWidget &parent)
 {
     QPrinter printer(QPrinter::HighResolution);
-    printer.setPageLayout(g_printInfo);
+    printer.setPageLayout(g_printInfo.paper);
     QPageSetupDialog dialog(&printer, &parent);
     dialog.setWindowModality(Qt::WindowModal);
     if (dialog.exec() != QDialog::Accepted)
         return false;
-    const QByteArray archive = archivedPrintInfo(printer.pageLayout());
+    const QByteArray archive = archivedPrintInfo({printer.pageLayout(), g_printInfo.scale});
     g_printInfo = printInfoFromArchive(archive); // what the next launch will read
     defaults.setData(QLatin1String(kPrintInfo), archive);
     return true;

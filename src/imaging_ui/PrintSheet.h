@@ -1,17 +1,16 @@
 #pragma once
 
 #include "PIPrintView.h"
+#include "PrintJob.h"
 
 #include <QDialog>
-#include <QPageLayout>
 
-#include <memory>
+#include <optional>
 
 class PIPrintOptionVC;
 class PixelPool;
 class PrintPreview;
 class QLabel;
-class QPrinter;
 class QToolButton;
 class UserDefaults;
 
@@ -25,10 +24,10 @@ public:
     PrintSheet(const QList<PrintedPhoto> &photos, UserDefaults &defaults, PixelPool &pool, QWidget *parent);
     ~PrintSheet() override;
 
-    /// After the print dialog was accepted: the printer as it was set up there, once. Null else.
-    [[nodiscard]] std::unique_ptr<QPrinter> takePrinter();
+    /// What is to be printed where, after the print dialog was accepted.
+    [[nodiscard]] const std::optional<PrintJob> &job() const { return m_job; }
     /// The photos on pages of that set-up, with the options as they are chosen now.
-    [[nodiscard]] static PIPrintView viewFor(const QList<PrintedPhoto> &photos, const QPageLayout &pages);
+    [[nodiscard]] static PIPrintView viewFor(const QList<PrintedPhoto> &photos, const QPageLayout &paper);
 
     /// Lets the user choose paper and margins, which prints then start with.
     static bool askForPageSetup(UserDefaults &defaults, QWidget &parent);
@@ -46,5 +45,5 @@ private:
     QToolButton *m_previous;
     QToolButton *m_next;
     QLabel *m_position;
-    std::unique_ptr<QPrinter> m_printer;
+    std::optional<PrintJob> m_job;
 };

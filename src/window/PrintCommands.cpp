@@ -8,12 +8,10 @@
 #include "MakeProgressDialog.h"
 #include "PhotoEdits.h"
 #include "PhotoLibrary.h"
-#include "PrintRun.h"
 #include "PrintSheet.h"
 #include "StringUtilities.h"
 #include "TextForPeople.h"
 
-#include <QPrinter>
 #include <QProgressDialog>
 
 #include <utility>
@@ -56,14 +54,13 @@ void PrintCommands::printPhotos(const PIGroup::PhotoList &photos)
     const QList<PrintedPhoto> copies = printed(photos);
     PrintSheet sheet(copies, m_defaults, m_editor.library().thumbnails().pixelPool(), &m_window);
     if (sheet.exec() == QDialog::Accepted)
-        start(sheet.takePrinter(), copies);
+        start(*sheet.job(), copies);
 }
 
-void PrintCommands::start(std::unique_ptr<QPrinter> printer, const QList<PrintedPhoto> &photos)
+void PrintCommands::start(const PrintJob &job, const QList<PrintedPhoto> &photos)
 {
-    if (!printer)
-        return;
-    const PIPrintView view = PrintSheet::viewFor(photos, printer->pageLayout());
+    PIPrintView view = PrintSheet::viewFor(photos, job.paper);
+    view.setGrey(job.ticket.isGrey);
     m_run = std::make_unique<PrintRun>();
     m_progress = makeProgressDialog(tr("Print"), tr("Printing…"), m_window);
     connect(m_progress.get(), &QProgressDialog::canceled, m_run.get(), &PrintRun::cancel);
@@ -74,10 +71,9 @@ void PrintCommands::start(std::unique_ptr<QPrinter> printer, const QList<Printed
         m_progress->setLabelText(tr("Printing page %1 of %2").arg(number + 1).arg(ofPages));
         m_progress->setValue(number);
     });
-    connect(m_run.get(), &PrintRun::finished, this, [this](const PrintRun::Outcome &outcome) {
-        printOperationFinished(outcome.isPrinted, outcome.isCancelled, outcome.incompletePages);
-    });
-    m_run->start(std::move(printer), view);
+    connect(m_run.get(), &PrintRun::finished, this,
+            [this](const PrintRun::Outcome &outcome) { printOperationFinished(outcome); });
+    m_run->start(job, view);
 }
 
 void PrintCommands::cancel()
@@ -86,15 +82,17 @@ void PrintCommands::cancel()
         m_run->cancel();
 }
 
-void PrintCommands::printOperationFinished(bool isPrinted, bool isCancelled, int incompletePages)
+void PrintCommands::printOperationFinished(const PrintRun::Outcome &outcome)
 {
     m_progress->hide();
     m_progress.release()->deleteLater();
     m_run.release()->deleteLater(); // the sender
-    if (!isPrinted && !isCancelled)
-        GiveAlert(tr("Printing failed."), tr("The printer could not be used, or the file could not be written."));
-    else if (isPrinted && incompletePages > 0)
+    if (!outcome.isPrinted && !outcome.isCancelled)
+        GiveAlert(tr("Printing failed."), outcome.reason.isEmpty()
+                                              ? tr("The printer could not be used, or the file could not be written.")
+                                              : outcome.reason);
+    else if (outcome.isPrinted && outcome.incompletePages > 0)
         GiveAlert(tr("Some photos are missing from the print."),
-                  CountText(incompletePages, tr("The files of photos on one page could not be read."),
+                  CountText(outcome.incompletePages, tr("The files of photos on one page could not be read."),
                             tr("The files of photos on %n pages could not be read.")));
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "PIGroup.h"
-#include "PIPrintView.h"
+#include "PrintRun.h"
 
 #include <QObject>
 
@@ -9,8 +9,6 @@
 
 class LibraryActions;
 class LibraryEditor;
-class PrintRun;
-class QPrinter;
 class QProgressDialog;
 class QWidget;
 class UserDefaults;
@@ -33,8 +31,8 @@ public:
 
 private:
     [[nodiscard]] QList<PrintedPhoto> printed(const PIGroup::PhotoList &photos) const;
-    void start(std::unique_ptr<QPrinter> printer, const QList<PrintedPhoto> &photos);
-    void printOperationFinished(bool isPrinted, bool isCancelled, int incompletePages);
+    void start(const PrintJob &job, const QList<PrintedPhoto> &photos);
+    void printOperationFinished(const PrintRun::Outcome &outcome);
 
     LibraryEditor &m_editor;
     UserDefaults &m_defaults;

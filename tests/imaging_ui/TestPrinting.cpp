@@ -15,7 +15,7 @@
 #include <QProcess>
 #include <QRadioButton>
 #include <QRegularExpression>
-#include <QSignalSpy>
+#include <QSpinBox>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
@@ -50,14 +50,26 @@ struct Darkroom
             *isComplete = complete;
         return image;
     }
-    static std::unique_ptr<QPrinter> printer(const QString &path)
+    /// A document of all the pages, or a print on paper when there is no path.
+    static PrintJob job(const QString &path, int pages)
     {
-        auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
-        printer->setOutputFormat(QPrinter::PdfFormat);
-        printer->setOutputFileName(path);
-        printer->setPageLayout(
-            {QPageSize(QPageSize::A5), QPageLayout::Landscape, QMarginsF(20, 20, 20, 20), QPageLayout::Point});
-        return printer;
+        PrintJob job;
+        job.paper = {QPageSize(QPageSize::A5), QPageLayout::Landscape, QMarginsF(20, 20, 20, 20), QPageLayout::Point};
+        job.file = path;
+        job.ticket = {QStringLiteral("Laser"), QStringLiteral("Photos"), QStringLiteral("A5"), 2};
+        for (int page = 1; page <= pages; ++page)
+            job.pages << page;
+        return job;
+    }
+    static PrintRun::Outcome outcomeOf(const PrintJob &job, const PIPrintView &view, bool cancels = false)
+    {
+        PrintRun run;
+        std::optional<PrintRun::Outcome> outcome;
+        QObject::connect(&run, &PrintRun::finished, &run, [&](const auto &result) { outcome = result; });
+        QObject::connect(&run, &PrintRun::pageBegun, &run, [&] { cancels ? run.cancel() : void(); });
+        run.start(job, view);
+        [&] { QTRY_VERIFY_WITH_TIMEOUT(outcome, 60'000); }();
+        return outcome.value_or(PrintRun::Outcome());
     }
 };
 
@@ -74,12 +86,38 @@ QRect inkedArea(const QImage &image)
     return area;
 }
 
-QString pdfFacts(const QString &path)
+QString outputOf(const QString &program, const QStringList &arguments)
 {
-    QProcess pdfinfo;
-    pdfinfo.start(QStringLiteral("pdfinfo"), {path});
-    return pdfinfo.waitForFinished() ? QString::fromUtf8(pdfinfo.readAllStandardOutput()).simplified() : QString();
+    QProcess process;
+    process.start(program, arguments);
+    return process.waitForFinished() ? QString::fromUtf8(process.readAllStandardOutput()).simplified() : QString();
 }
+
+/// Stands in for the printing system's command: writes down how it was called, and takes the document with it.
+struct FakeSpooler
+{
+    QTemporaryDir dir;
+    const QByteArray before = qgetenv("PATH");
+
+    explicit FakeSpooler(const QByteArray &ending)
+    {
+        QFile script(dir.filePath(QStringLiteral("lp")));
+        if (!script.open(QFile::WriteOnly))
+            return;
+        const QByteArray folder = QFile::encodeName(dir.path());
+        script.write("#!/bin/sh\necho \"$@\" > " + folder + "/call\nfor last; do :; done\ncp \"$last\" " + folder +
+                     "/taken.pdf\n" + ending + "\n");
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("PATH", folder + ':' + before);
+    }
+    ~FakeSpooler() { qputenv("PATH", before); }
+    [[nodiscard]] QString taken() const { return dir.filePath(QStringLiteral("taken.pdf")); }
+    [[nodiscard]] QByteArray call() const
+    {
+        QFile file(dir.filePath(QStringLiteral("call")));
+        return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+    }
+};
 
 }
 
@@ -152,6 +190,17 @@ private Q_SLOTS:
         QCOMPARE(print({60, 80}, 0), QSize(540, 720));
         QCOMPARE(print({60, 60}, 0), QSize(540, 540));
         QCOMPARE(print({60, 80}, 0, {6, 4}), QSize(384, 288)); // turned into a print of six by four inches
+
+        // Clockwise: what was at the left is at the top.
+        QImage twoColours(60, 80, QImage::Format_RGB32);
+        twoColours.fill(Qt::blue);
+        QPainter(&twoColours).fillRect(0, 0, 30, 80, Qt::red);
+        const QString path = room.dir.filePath(QStringLiteral("two.png"));
+        QVERIFY(twoColours.save(path));
+        const QSizeF wide(720, 540);
+        const QImage page = Darkroom::painted({{{{path, {}, {}, {}}, {}}}, PrintLayout::on(wide, 0, {}), false}, 1);
+        QCOMPARE(page.pixelColor(360, 100), QColor(Qt::red));
+        QCOMPARE(page.pixelColor(360, 440), QColor(Qt::blue));
     }
 
     void proofsHaveTextAndMissingFilesTheirNames()
@@ -180,81 +229,107 @@ private Q_SLOTS:
         QVERIFY(marked.contains(plain) && marked.width() > plain.width() && marked.height() > plain.height());
     }
 
+    void aPrintHasItsPages_data()
+    {
+        QTest::addColumn<bool>("isOnPaper");
+        QTest::newRow("in a document") << false;
+        QTest::newRow("on paper") << true;
+    }
     void aPrintHasItsPages()
     {
         if (QStandardPaths::findExecutable(QStringLiteral("pdfinfo")).isEmpty())
             QSKIP("pdfinfo is not installed");
+        QFETCH(bool, isOnPaper);
         const Darkroom room;
+        const FakeSpooler spooler("exit 0");
         QList<PrintedPhoto> photos;
         for (int i = 0; i < 7; ++i)
-            photos << room.photo(QStringLiteral("%1.png").arg(i), {300, 200}, Qt::green);
+            photos << room.photo(QStringLiteral("%1.png").arg(i), {2400, 1600}, Qt::green);
         const QString path = room.dir.filePath(QStringLiteral("out.pdf"));
-        auto printer = Darkroom::printer(path);
-        const QSizeF page = printer->pageLayout().paintRect(QPageLayout::Point).size();
-        PrintRun run;
-        QSignalSpy begun(&run, &PrintRun::pageBegun);
-        PrintRun::Outcome outcome;
-        int ended = 0;
-        connect(&run, &PrintRun::finished, this, [&](const PrintRun::Outcome &result) {
-            outcome = result;
-            ++ended;
-        });
-        run.start(std::move(printer), {photos, PrintLayout::on(page, 2, {}), true});
-        QTRY_COMPARE(ended, 1);
-        QVERIFY(outcome.isPrinted && outcome.incompletePages == 0);
-        QCOMPARE(begun.size(), 4);
-        const QString facts = pdfFacts(path);
+        const PrintJob job = Darkroom::job(isOnPaper ? QString() : path, 4);
+        const QSizeF page = job.paper.paintRect(QPageLayout::Point).size();
+        const auto outcome = Darkroom::outcomeOf(job, {photos, PrintLayout::on(page, 2, {}), true});
+        QVERIFY2(outcome.isPrinted && outcome.incompletePages == 0, qPrintable(outcome.reason));
+        const QString printed = isOnPaper ? spooler.taken() : path;
+        const QString facts = outputOf(QStringLiteral("pdfinfo"), {printed});
         QVERIFY2(facts.contains(QStringLiteral("Pages: 4 ")), qPrintable(facts));
         const QRegularExpression lying(QStringLiteral("Page size: 59[45]\\.?\\d* x (419\\.5\\d*|420) "));
         QVERIFY2(facts.contains(lying), qPrintable(facts));
+        // As fine as the printer is: 300 to the inch.
+        const QString images = outputOf(QStringLiteral("pdfimages"), {QStringLiteral("-list"), printed});
+        QVERIFY2(images.contains(QRegularExpression(QStringLiteral(" (29\\d|30\\d) (29\\d|30\\d) "))),
+                 qPrintable(images));
+        if (isOnPaper)
+            QVERIFY2(spooler.call().startsWith("-d Laser -t Photos -n 2 -o collate=true -o media=A5 -o sides=one-sided "
+                                               "-- /"),
+                     spooler.call());
     }
 
     void aPrintCanBeCancelledAndCanFail()
     {
         const Darkroom room;
-        const QList<PrintedPhoto> photos(500, room.photo(QStringLiteral("a.png"), {30, 20}, Qt::green));
-        const auto outcomeOf = [&](const QString &path, bool cancels) {
-            PrintRun run;
-            std::optional<PrintRun::Outcome> outcome;
-            connect(&run, &PrintRun::finished, &run, [&](const PrintRun::Outcome &result) { outcome = result; });
-            connect(&run, &PrintRun::pageBegun, &run, [&] { cancels ? run.cancel() : void(); });
-            run.start(Darkroom::printer(path), {photos, PrintLayout::on(kPortrait, 0, {}), false});
-            [&] { QTRY_VERIFY_WITH_TIMEOUT(outcome, 60'000); }();
-            return outcome.value_or(PrintRun::Outcome());
-        };
-        const PrintRun::Outcome cancelled = outcomeOf(room.dir.filePath(QStringLiteral("a.pdf")), true);
-        QVERIFY(cancelled.isCancelled && !cancelled.isPrinted);
-        QVERIFY(!QFile::exists(room.dir.filePath(QStringLiteral("a.pdf"))));
-        const PrintRun::Outcome failed = outcomeOf(room.dir.filePath(QStringLiteral("no/such/folder/a.pdf")), false);
-        QVERIFY(!failed.isPrinted && !failed.isCancelled);
+        const FakeSpooler spooler("echo 'no such printer' >&2; exit 1");
+        const PIPrintView view(QList<PrintedPhoto>(500, room.photo(QStringLiteral("a.png"), {30, 20}, Qt::green)),
+                               PrintLayout::on(kPortrait, 0, {}), false);
+        const QString path = room.dir.filePath(QStringLiteral("a.pdf"));
+        for (const QString &target : {path, QString()}) {
+            const auto cancelled = Darkroom::outcomeOf(Darkroom::job(target, 500), view, true);
+            QVERIFY(cancelled.isCancelled && !cancelled.isPrinted);
+        }
+        QVERIFY(!QFile::exists(path) && spooler.call().isEmpty());
+        const auto refused = Darkroom::outcomeOf(Darkroom::job({}, 1), view);
+        QVERIFY(!refused.isPrinted && !refused.isCancelled);
+        QCOMPARE(refused.reason, QStringLiteral("no such printer"));
+        const auto failed =
+            Darkroom::outcomeOf(Darkroom::job(room.dir.filePath(QStringLiteral("no/such/folder/a.pdf")), 1), view);
+        QVERIFY(!failed.isPrinted && !failed.isCancelled && !failed.reason.isEmpty());
     }
 
     void pagesAreThoseThatTheDialogChose()
     {
         QPrinter printer(QPrinter::HighResolution);
         printer.setOutputFormat(QPrinter::PdfFormat);
-        QCOMPARE(PrintRun::pagesFor(printer, 3), (QList<int>{1, 2, 3}));
+        printer.setOutputFileName(QStringLiteral("/tmp/a.pdf"));
+        const auto pages = [&](int total) { return PrintJob::from(printer, total).pages; };
+        QCOMPARE(pages(3), (QList<int>{1, 2, 3}));
         printer.setPrintRange(QPrinter::PageRange);
         printer.setFromTo(2, 9);
-        QCOMPARE(PrintRun::pagesFor(printer, 3), (QList<int>{2, 3}));
-        QVERIFY(PrintRun::pagesFor(printer, 1).isEmpty());
+        QCOMPARE(pages(3), (QList<int>{2, 3}));
+        QVERIFY(pages(1).isEmpty());
+        printer.setCopyCount(2);
+        QCOMPARE(pages(3), (QList<int>{2, 3, 2, 3}));
+        printer.setCollateCopies(false);
+        QCOMPARE(pages(3), (QList<int>{2, 2, 3, 3}));
+        printer.setCopyCount(1);
         printer.setPageOrder(QPrinter::LastPageFirst);
-        QCOMPARE(PrintRun::pagesFor(printer, 3), (QList<int>{3, 2}));
+        QCOMPARE(pages(3), (QList<int>{3, 2}));
+    }
+
+    void aSmallerScaleHoldsMore()
+    {
+        const Darkroom room;
+        const PrintLayout half = PrintLayout::on(kPortrait, PrintLayout::kFillPage, {6, 4}, 0.5);
+        QCOMPARE(half.photosPerPage, PrintLayout::on(kPortrait * 2, PrintLayout::kFillPage, {6, 4}).photosPerPage);
+        QCOMPARE(PrintLayout::on(kPortrait, 0, {}, 0).page, kPortrait); // no scale is none
+        const PIPrintView view({room.photo(QStringLiteral("a.png"), {60, 40}, Qt::red)}, half, false);
+        QCOMPARE(inkedArea(Darkroom::painted(view, 1)).size(), QSize(144, 216)); // two by three inches, turned
     }
 
     void thePageSetUpIsKeptAndChecked()
     {
         const QPageLayout lying(QPageSize(QPageSize::A5), QPageLayout::Landscape, QMarginsF(20, 30, 40, 50),
                                 QPageLayout::Point);
-        const QPageLayout back = printInfoFromArchive(archivedPrintInfo(lying));
-        QCOMPARE(back.paintRect(QPageLayout::Point), lying.paintRect(QPageLayout::Point));
-        QCOMPARE(back.orientation(), QPageLayout::Landscape);
-        const QPageLayout usual = printInfoFromArchive({});
-        QVERIFY(usual.isValid() && usual.paintRect(QPageLayout::Point).width() > 400);
-        QByteArray bytes = archivedPrintInfo(lying);
+        const PrintInfo back = printInfoFromArchive(archivedPrintInfo({lying, 0.5}));
+        QCOMPARE(back.paper.paintRect(QPageLayout::Point), lying.paintRect(QPageLayout::Point));
+        QCOMPARE(back.paper.orientation(), QPageLayout::Landscape);
+        QCOMPARE(back.scale, 0.5);
+        QCOMPARE(printInfoFromArchive(archivedPrintInfo({lying, 1e9})).scale, 1);
+        const PrintInfo usual = printInfoFromArchive({});
+        QVERIFY(usual.paper.isValid() && usual.paper.paintRect(QPageLayout::Point).width() > 400);
+        QByteArray bytes = archivedPrintInfo({lying, 1});
         for (const QByteArray &bad :
              {bytes.first(20), QByteArray(400, '\xff'), QByteArray(bytes).replace(4, 8, QByteArray(8, '\x7f'))})
-            QCOMPARE(printInfoFromArchive(bad), usual);
+            QVERIFY(printInfoFromArchive(bad) == usual);
     }
 
     void optionsAreStoredAtOnce()
@@ -262,6 +337,7 @@ private Q_SLOTS:
         const QTemporaryDir dir;
         UserDefaults defaults(dir.filePath(QStringLiteral("preferences.ini")));
         g_printLayout = 4;
+        g_printInfo = printInfoFromArchive({});
         PIPrintOptionVC options(defaults);
         QStringList names;
         for (auto *button : options.findChildren<QRadioButton *>()) {
@@ -275,8 +351,11 @@ private Q_SLOTS:
         QCOMPARE(defaults.value(kPrintLayout), -1);
         QCOMPARE(g_printLayout, -1);
         QVERIFY(defaults.value(kCropMarks) && g_cropMarks);
+        options.findChild<QSpinBox *>()->setValue(50);
+        QCOMPARE(printInfoFromArchive(defaults.data(QLatin1String(kPrintInfo))).scale, 0.5);
         g_printLayout = 0;
         g_cropMarks = false;
+        g_printInfo = {};
     }
 };
 
