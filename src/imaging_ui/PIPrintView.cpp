@@ -20,11 +20,11 @@ double fittingScale(QSizeF picture, QSizeF room)
     return std::min(room.width() / picture.width(), room.height() / picture.height());
 }
 
-/// Pixels of what is painted on per unit of the painter, as far as they are worth rendering.
-double pixelsPerPoint(const QPainter &painter)
+/// Pixels of what is painted on per unit of the painter, as far as they are worth rendering. A unit is `scale` points.
+double pixelsPerUnit(const QPainter &painter, double scale)
 {
     const QTransform device = painter.deviceTransform();
-    return std::min(std::hypot(device.m11(), device.m12()), kMostPixels / 72);
+    return std::min(std::hypot(device.m11(), device.m12()), kMostPixels / 72 * scale);
 }
 
 void drawText(QPainter &painter, const QString &text, const QRectF &area)
@@ -94,7 +94,8 @@ int PIPrintView::photosOn(int page) const
     return static_cast<int>(std::clamp<qsizetype>(m_photos.size() - first, 0, m_layout.photosPerPage));
 }
 
-bool PIPrintView::drawPage(QPainter &painter, int page, const std::atomic<bool> &cancelled) const
+bool PIPrintView::drawPage(QPainter &painter, int page, const std::atomic<bool> &cancelled,
+                           const std::function<void()> &drawn) const
 {
     bool isComplete = true;
     const int count = photosOn(page);
@@ -103,6 +104,8 @@ bool PIPrintView::drawPage(QPainter &painter, int page, const std::atomic<bool> 
     for (int place = 0; place < count && !cancelled; ++place) {
         const PrintedPhoto &photo = m_photos.at(qsizetype(page - 1) * m_layout.photosPerPage + place);
         isComplete = drawPhoto(painter, photo, place, cancelled) && isComplete;
+        if (drawn)
+            drawn();
     }
     painter.restore();
     return isComplete;
@@ -121,7 +124,7 @@ bool PIPrintView::drawPhoto(QPainter &painter, const PrintedPhoto &photo, int pl
     if (!image.isNull()) {
         position = placed(image.size(), room);
         const QSizeF shown = position.isTurned ? position.area.size().transposed() : position.area.size();
-        const QSize wanted = (shown * pixelsPerPoint(painter)).toSize().expandedTo(QSize(1, 1));
+        const QSize wanted = (shown * pixelsPerUnit(painter, m_layout.scale)).toSize().expandedTo(QSize(1, 1));
         pixels = image.pixels(wanted.boundedTo(image.size()), &cancelled);
     }
     if (cancelled)

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 
 class QPainter;
 
@@ -38,8 +39,9 @@ public:
     [[nodiscard]] int photosOn(int page) const;
     /// Paints a page, counted from 1. The painter's unit is a point, its origin the corner of the printable area;
     /// pictures are rendered for its resolution. Returns early when cancelled. False when a photo could not be read:
-    /// its place tells its name then. Blocks: any thread but the main one.
-    bool drawPage(QPainter &painter, int page, const std::atomic<bool> &cancelled) const;
+    /// its place tells its name then. Calls `drawn` after each photo. Blocks: any thread but the main one.
+    bool drawPage(QPainter &painter, int page, const std::atomic<bool> &cancelled,
+                  const std::function<void()> &drawn = {}) const;
 
 private:
     [[nodiscard]] bool drawPhoto(QPainter &painter, const PrintedPhoto &photo, int place,

@@ -6,16 +6,22 @@
 #include <QTemporaryFile>
 
 #include <functional>
+#include <numeric>
 
 namespace {
 
-using Begun = std::function<void(int number)>;
+/// What a run tells while it paints, in numbers of pages and of photos.
+struct Progress
+{
+    std::function<void(int number)> pageBegun;
+    std::function<void()> photoDrawn;
+};
 
 constexpr double kPointsPerInch = 72;
 
-/// False when the document cannot be begun. `begun` is told of each page with its place among all.
+/// False when the document could not be painted.
 bool paint(QIODevice &document, const PrintJob &job, const PIPrintView &view, const std::atomic<bool> &cancelled,
-           const Begun &begun, PrintRun::Outcome &outcome)
+           const Progress &progress, PrintRun::Outcome &outcome)
 {
     QPdfWriter writer(&document);
     writer.setTitle(job.ticket.title);
@@ -26,23 +32,23 @@ bool paint(QIODevice &document, const PrintJob &job, const PIPrintView &view, co
         return false;
     const double scale = job.resolution / kPointsPerInch;
     for (qsizetype i = 0; i < job.pages.size() && !cancelled; ++i) {
-        begun(static_cast<int>(i));
+        progress.pageBegun(static_cast<int>(i));
         if (i > 0 && !writer.newPage())
             return false;
         painter.save();
         painter.scale(scale, scale);
-        outcome.incompletePages += view.drawPage(painter, job.pages.at(i), cancelled) ? 0 : 1;
+        outcome.incompletePages += view.drawPage(painter, job.pages.at(i), cancelled, progress.photoDrawn) ? 0 : 1;
         painter.restore();
     }
     return painter.end();
 }
 
 PrintRun::Outcome printToFile(const PrintJob &job, const PIPrintView &view, const std::atomic<bool> &cancelled,
-                              const Begun &begun)
+                              const Progress &progress)
 {
     PrintRun::Outcome outcome;
     QSaveFile file(job.file);
-    const bool isPainted = file.open(QSaveFile::WriteOnly) && paint(file, job, view, cancelled, begun, outcome);
+    const bool isPainted = file.open(QSaveFile::WriteOnly) && paint(file, job, view, cancelled, progress, outcome);
     outcome.isCancelled = cancelled;
     outcome.isPrinted = isPainted && !outcome.isCancelled && file.commit();
     if (!outcome.isPrinted)
@@ -51,11 +57,11 @@ PrintRun::Outcome printToFile(const PrintJob &job, const PIPrintView &view, cons
 }
 
 PrintRun::Outcome printOnPaper(const PrintJob &job, const PIPrintView &view, const std::atomic<bool> &cancelled,
-                               const Begun &begun)
+                               const Progress &progress)
 {
     PrintRun::Outcome outcome;
     QTemporaryFile file;
-    const bool isPainted = file.open() && paint(file, job, view, cancelled, begun, outcome) && file.flush() &&
+    const bool isPainted = file.open() && paint(file, job, view, cancelled, progress, outcome) && file.flush() &&
                            file.error() == QFileDevice::NoError;
     outcome.isCancelled = cancelled;
     if (!isPainted)
@@ -81,11 +87,14 @@ PrintRun::~PrintRun()
 void PrintRun::start(const PrintJob &job, const PIPrintView &view)
 {
     m_worker.async([job, view, cancelled = m_cancelled, toHere = m_link.toHere()] {
-        const int count = static_cast<int>(job.pages.size());
-        const auto begun = [&](int number) {
-            toHere([number, count](PrintRun &here) { Q_EMIT here.pageBegun(number, count); });
-        };
+        const int pages = static_cast<int>(job.pages.size());
+        const int photos = std::accumulate(job.pages.cbegin(), job.pages.cend(), 0,
+                                           [&](int sum, int page) { return sum + view.photosOn(page); });
+        int drawn = 0;
+        const Progress progress{
+            [&](int page) { toHere([page, pages](PrintRun &here) { Q_EMIT here.pageBegun(page, pages); }); },
+            [&] { toHere([drawn = ++drawn, photos](PrintRun &here) { Q_EMIT here.photosDrawn(drawn, photos); }); }};
         const auto print = job.file.isEmpty() ? printOnPaper : printToFile;
-        toHere([outcome = print(job, view, *cancelled, begun)](PrintRun &here) { Q_EMIT here.finished(outcome); });
+        toHere([outcome = print(job, view, *cancelled, progress)](PrintRun &here) { Q_EMIT here.finished(outcome); });
     });
 }

@@ -33,7 +33,9 @@ public:
     void cancel() { *m_cancelled = true; }
 
 Q_SIGNALS:
+    /// The page's place in the print, counted from 0.
     void pageBegun(int number, int ofPages);
+    void photosDrawn(int number, int ofPhotos);
     void finished(const PrintRun::Outcome &outcome);
 
 private:

@@ -65,11 +65,15 @@ void PrintCommands::start(const PrintJob &job, const QList<PrintedPhoto> &photos
     m_progress = makeProgressDialog(tr("Print"), tr("Printing…"), m_window);
     connect(m_progress.get(), &QProgressDialog::canceled, m_run.get(), &PrintRun::cancel);
     connect(m_run.get(), &PrintRun::pageBegun, m_progress.get(), [this](int number, int ofPages) {
-        if (m_progress->wasCanceled())
-            return;
-        m_progress->setMaximum(ofPages);
         m_progress->setLabelText(tr("Printing page %1 of %2").arg(number + 1).arg(ofPages));
+    });
+    connect(m_run.get(), &PrintRun::photosDrawn, m_progress.get(), [this](int number, int ofPhotos) {
+        if (m_progress->wasCanceled())
+            return; // a value would show the dialog again
+        m_progress->setMaximum(ofPhotos);
         m_progress->setValue(number);
+        if (number == ofPhotos)
+            m_progress->setLabelText(tr("Handing the pages over…"));
     });
     connect(m_run.get(), &PrintRun::finished, this,
             [this](const PrintRun::Outcome &outcome) { printOperationFinished(outcome); });
