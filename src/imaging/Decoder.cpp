@@ -3,8 +3,10 @@
 #include "BmpDecoder.h"
 #include "ByteSource.h"
 #include "JpegDecoder.h"
+#include "JpegMarkers.h"
 #include "PictureLimits.h"
 #include "RawDecoder.h"
+#include "TiffNotes.h"
 #include "VipsDecoder.h"
 #include "VipsSupport.h"
 #include "WholePictures.h"
@@ -95,4 +97,25 @@ std::optional<QImage> Decoder::embeddedThumbnail(int descriptor, const QString &
     if (!picture || picture->format != ImageFormat::Jpeg)
         return std::nullopt;
     return JpegDecoder::embeddedThumbnail(picture->source);
+}
+
+PictureNotes Decoder::readNotes(int descriptor, const QString &fileName)
+{
+    const auto picture = open(descriptor, fileName, nullptr);
+    if (!picture)
+        return {};
+    switch (picture->format) {
+    case ImageFormat::Jpeg: {
+        const auto markers = readJpegMarkers(picture->source);
+        return markers ? PictureNotes::fromExif(markers->exif) : PictureNotes();
+    }
+    case ImageFormat::Tiff:
+    case ImageFormat::Raw:
+        return readTiffNotes(picture->source);
+    case ImageFormat::Bmp:
+    case ImageFormat::Gif:
+        return {};
+    default:
+        return PictureNotes::fromExif(VipsDecoder::readExif(picture->source, picture->format));
+    }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ImageFormat.h"
+#include "PictureNotes.h"
 
 #include <QImage>
 #include <QRect>
@@ -57,5 +58,8 @@ void initialize();
 /// The small picture that many camera files carry, turned upright; reads the first kilobytes of the file only.
 /// Nothing when there is none, or when its shape is not that of the picture.
 [[nodiscard]] std::optional<QImage> embeddedThumbnail(int descriptor, const QString &fileName);
+
+/// What the file tells of itself that exports keep; empty when it tells nothing. Reads no pixels.
+[[nodiscard]] PictureNotes readNotes(int descriptor, const QString &fileName);
 
 }

@@ -35,9 +35,28 @@ void writeExportPreferences(UserDefaults &defaults)
     defaults.setValue(kSaveJpeg, static_cast<double>(static_cast<float>(g_jpegCompression)));
 }
 
+namespace {
+
+double compressionFor(int format)
+{
+    if (format == kJpeg)
+        return g_jpegCompression / kBestJpeg;
+    return format == kTiff && !g_tiffCompression ? 0.0 : 1.0;
+}
+
+}
+
 double exportCompression()
 {
-    if (g_saveFormat == kJpeg)
-        return g_jpegCompression / kBestJpeg;
-    return g_saveFormat == kTiff && !g_tiffCompression ? 0.0 : 1.0;
+    return compressionFor(g_saveFormat);
+}
+
+ExportSettings ExportSettings::chosen()
+{
+    return chosenFor(g_saveFormat, g_sizeOption);
+}
+
+ExportSettings ExportSettings::chosenFor(int format, int sizeOption)
+{
+    return {format, sizeOption, compressionFor(format)};
 }

@@ -14,3 +14,18 @@ void writeExportPreferences(UserDefaults &defaults);
 
 /// The `compression` of a save request for the chosen format.
 [[nodiscard]] double exportCompression();
+
+/// How an export is made, copied for a job.
+struct ExportSettings
+{
+    int format = 0;
+    int sizeOption = 0;
+    double compression = 1.0;
+
+    /// What the user chose.
+    [[nodiscard]] static ExportSettings chosen();
+    /// With the compression that the user chose for another format.
+    [[nodiscard]] static ExportSettings chosenFor(int format, int sizeOption);
+    /// Whether JPEG colours keep their full resolution: at the two best qualities.
+    [[nodiscard]] bool keepsFullChroma() const { return compression >= 0.9; }
+};

@@ -45,6 +45,7 @@ struct Image::Source
                                                        const std::atomic<bool> *cancelled) const = 0;
     [[nodiscard]] virtual bool isCurrent() const { return true; }
     [[nodiscard]] virtual QImage embeddedThumbnail() const { return {}; }
+    [[nodiscard]] virtual PictureNotes notes() const { return {}; }
 
     QSize size;
     bool hasAlpha = false;
@@ -112,6 +113,14 @@ struct Image::FileSource final : Source
             return {};
         return Decoder::embeddedThumbnail(file->descriptor.number(), path).value_or(QImage());
     }
+
+    PictureNotes notes() const override
+    {
+        const auto file = openRegularFile(path);
+        if (!file || identityOf(*file) != identity)
+            return {};
+        return Decoder::readNotes(file->descriptor.number(), path);
+    }
 };
 
 struct Image::PixelSource final : Source
@@ -129,6 +138,7 @@ struct Image::CropSource final : Source
 {
     std::shared_ptr<const Source> below;
     bool isCurrent() const override { return below->isCurrent(); }
+    PictureNotes notes() const override { return below->notes(); }
     QPoint origin;
 
     std::optional<QImage> render(const QRect &part, QSize target, const std::atomic<bool> *cancelled) const override
@@ -160,6 +170,7 @@ struct Image::EffectSource final : Source
 {
     std::shared_ptr<const Source> below;
     bool isCurrent() const override { return below->isCurrent(); }
+    PictureNotes notes() const override { return below->notes(); }
     EffectChain chain;
 
     std::optional<QImage> render(const QRect &part, QSize target, const std::atomic<bool> *cancelled) const override
@@ -289,4 +300,9 @@ std::optional<QImage> Image::pixels(QSize size, const std::atomic<bool> *cancell
 QImage Image::embeddedThumbnail() const
 {
     return d ? d->embeddedThumbnail() : QImage();
+}
+
+PictureNotes Image::notes() const
+{
+    return d ? d->notes() : PictureNotes();
 }

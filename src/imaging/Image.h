@@ -53,6 +53,9 @@ public:
     /// The small picture that the file carries; null when there is none, and for an image with a crop or effects.
     /// Reads the first kilobytes of the file.
     [[nodiscard]] QImage embeddedThumbnail() const;
+    /// What the file tells of itself that exports keep, whatever the crop and effects. Blocks: any thread but the main
+    /// one.
+    [[nodiscard]] PictureNotes notes() const;
 
 private:
     struct Source;

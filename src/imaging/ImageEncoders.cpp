@@ -7,12 +7,13 @@
 #include <QPageSize>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QtEndian>
 
 namespace {
 
 /// Runs a saver of libvips on pixels. What it puts into the buffer is copied into the result.
 template<typename Save>
-QByteArray encode(const QImage &pixels, const QByteArray &profile, Save save)
+QByteArray encode(const QImage &pixels, const QByteArray &profile, const PictureNotes &notes, Save save)
 {
     ensureVips();
     const bool hasAlpha = pixels.hasAlphaChannel();
@@ -24,6 +25,9 @@ QByteArray encode(const QImage &pixels, const QByteArray &profile, Save save)
         size_t length = 0;
         if (!pipeline.isNull() && !profile.isEmpty())
             vips_image_set_blob_copy(pipeline.image(), VIPS_META_ICC_NAME, profile.constData(), size_t(profile.size()));
+        const QByteArray xmp = notes.xmp();
+        if (!pipeline.isNull() && !xmp.isEmpty())
+            vips_image_set_blob_copy(pipeline.image(), VIPS_META_XMP_NAME, xmp.constData(), size_t(xmp.size()));
         if (!pipeline.isNull() && save(pipeline.image(), &data, &length) == 0)
             bytes = QByteArray(static_cast<const char *>(data), qsizetype(length));
         g_free(data);
@@ -35,27 +39,60 @@ QByteArray encode(const QImage &pixels, const QByteArray &profile, Save save)
 
 }
 
-QByteArray ImageEncoders::png(const QImage &pixels, const QByteArray &profile)
+namespace {
+
+quint32 pngChecksum(QByteArrayView bytes)
 {
-    return encode(pixels, profile, [](VipsImage *image, void **data, size_t *length) {
+    constexpr quint32 polynomial = 0xedb88320;
+    quint32 checksum = ~0U;
+    for (const char byte : bytes) {
+        checksum ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            checksum = (checksum & 1U) != 0 ? checksum >> 1U ^ polynomial : checksum >> 1U;
+    }
+    return ~checksum;
+}
+
+/// The file with the packet where its standard wants it: libvips packs it into a chunk that few programs look into.
+QByteArray withXmp(QByteArray png, const QByteArray &xmp)
+{
+    constexpr qsizetype behindHeader = 8 + 4 + 4 + 13 + 4;
+    if (xmp.isEmpty() || png.size() < behindHeader)
+        return png;
+    const auto number = [](quint32 value) {
+        value = qToBigEndian(value);
+        return QByteArray(reinterpret_cast<const char *>(&value), sizeof(value));
+    };
+    const QByteArray text = QByteArray("XML:com.adobe.xmp\0\0\0\0\0", 22) + xmp;
+    const QByteArray chunk = "iTXt" + text;
+    return png.insert(behindHeader, number(quint32(text.size())) + chunk + number(pngChecksum(chunk)));
+}
+
+}
+
+QByteArray ImageEncoders::png(const QImage &pixels, const QByteArray &profile, const PictureNotes &notes)
+{
+    const QByteArray bytes = encode(pixels, profile, {}, [](VipsImage *image, void **data, size_t *length) {
         // On photos the usual level 6 takes three times as long and gives larger files.
         return vips_pngsave_buffer(image, data, length, "compression", 3, "filter", VIPS_FOREIGN_PNG_FILTER_ALL,
                                    nullptr);
     });
+    return withXmp(bytes, notes.xmp());
 }
 
-QByteArray ImageEncoders::tiff(const QImage &pixels, TiffCompression compression, const QByteArray &profile)
+QByteArray ImageEncoders::tiff(const QImage &pixels, TiffCompression compression, const QByteArray &profile,
+                               const PictureNotes &notes)
 {
     const VipsForeignTiffCompression kind =
         compression == TiffCompression::Lzw ? VIPS_FOREIGN_TIFF_COMPRESSION_LZW : VIPS_FOREIGN_TIFF_COMPRESSION_NONE;
     constexpr double pixelsPerMillimetre = 72 / 25.4;
-    return encode(pixels, profile, [&](VipsImage *image, void **data, size_t *length) {
+    return encode(pixels, profile, notes, [&](VipsImage *image, void **data, size_t *length) {
         return vips_tiffsave_buffer(image, data, length, "compression", kind, "resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH,
                                     "xres", pixelsPerMillimetre, "yres", pixelsPerMillimetre, nullptr);
     });
 }
 
-QByteArray ImageEncoders::pdf(const QImage &pixels)
+QByteArray ImageEncoders::pdf(const QImage &pixels, const PictureNotes &notes)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
@@ -66,6 +103,8 @@ QByteArray ImageEncoders::pdf(const QImage &pixels)
         writer.setResolution(72);
         writer.setPageSize(QPageSize(pixels.size(), QString(), QPageSize::ExactMatch));
         writer.setPageMargins(QMarginsF());
+        if (!notes.isEmpty())
+            writer.setDocumentXmpMetadata(notes.xmp());
         QPainter painter;
         if (!painter.begin(&writer))
             return {};

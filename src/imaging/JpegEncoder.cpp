@@ -14,11 +14,13 @@ namespace {
 class JpegWriter
 {
 public:
-    JpegWriter(const QImage &pixels, int quality, ImageEncoders::Chroma chroma, const QByteArray &profile)
+    JpegWriter(const QImage &pixels, int quality, ImageEncoders::Chroma chroma, const QByteArray &profile,
+               const QByteArray &exif)
         : m_pixels(pixels)
         , m_quality(quality)
         , m_chroma(chroma)
         , m_profile(profile)
+        , m_exif(exif)
     {
         m_info.err = jpeg_std_error(&m_errors);
         m_info.client_data = this;
@@ -63,6 +65,10 @@ private:
         if (m_chroma == ImageEncoders::Chroma::Full)
             m_info.comp_info[0].h_samp_factor = m_info.comp_info[0].v_samp_factor = 1;
         jpeg_start_compress(&m_info, TRUE);
+        constexpr qsizetype longestSegment = 65533;
+        if (!m_exif.isEmpty() && m_exif.size() <= longestSegment)
+            jpeg_write_marker(&m_info, JPEG_APP0 + 1, reinterpret_cast<const JOCTET *>(m_exif.constData()),
+                              unsigned(m_exif.size()));
         if (!m_profile.isEmpty())
             jpeg_write_icc_profile(&m_info, reinterpret_cast<const JOCTET *>(m_profile.constData()),
                                    unsigned(m_profile.size()));
@@ -72,6 +78,7 @@ private:
     int m_quality;
     ImageEncoders::Chroma m_chroma;
     const QByteArray &m_profile;
+    const QByteArray &m_exif;
     unsigned char *m_bytes = nullptr;
     unsigned long m_size = 0;
     jpeg_compress_struct m_info = {};
@@ -91,11 +98,13 @@ QImage onWhite(const QImage &pixels)
 
 }
 
-QByteArray ImageEncoders::jpeg(const QImage &pixels, int quality, Chroma chroma, const QByteArray &profile)
+QByteArray ImageEncoders::jpeg(const QImage &pixels, int quality, Chroma chroma, const QByteArray &profile,
+                               const PictureNotes &notes)
 {
     const QImage opaque = onWhite(pixels);
     if (opaque.isNull())
         return {};
-    JpegWriter writer(opaque, quality, chroma, profile);
+    const QByteArray exif = notes.exif();
+    JpegWriter writer(opaque, quality, chroma, profile, exif);
     return writer.run() ? writer.bytes() : QByteArray();
 }

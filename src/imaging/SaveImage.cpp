@@ -65,15 +65,16 @@ QByteArray encode(const QImage &pixels, const SaveRequest &request)
     case SaveFileType::Jpeg: {
         const auto quality = int(std::lround(std::clamp(request.compression, 0.0, 1.0) * 100));
         const auto chroma = request.fullChroma ? ImageEncoders::Chroma::Full : ImageEncoders::Chroma::Halved;
-        return ImageEncoders::jpeg(pixels, quality, chroma, profile);
+        return ImageEncoders::jpeg(pixels, quality, chroma, profile, request.notes);
     }
     case SaveFileType::Png:
-        return ImageEncoders::png(pixels, profile);
+        return ImageEncoders::png(pixels, profile, request.notes);
     case SaveFileType::Pdf:
-        return ImageEncoders::pdf(pixels);
+        return ImageEncoders::pdf(pixels, request.notes);
     default: {
         using Compression = ImageEncoders::TiffCompression;
-        return ImageEncoders::tiff(pixels, request.compression >= 1 ? Compression::Lzw : Compression::None, profile);
+        return ImageEncoders::tiff(pixels, request.compression >= 1 ? Compression::Lzw : Compression::None, profile,
+                                   request.notes);
     }
     }
 }
@@ -84,13 +85,13 @@ bool writeUnique(SaveRequest &request, const QByteArray &bytes)
     const QString folder = QVString::deletingLastPathComponent(request.path);
     const QString partial =
         QVString::appendingPathComponent(folder, QLatin1Char('.') + QVString::guidString() + QStringLiteral(".part"));
-    bool done = FileWriter::write(partial, bytes, request.flush);
+    bool done = FileWriter::write(partial, bytes, request.flush, &request.reason);
     if (done) {
         constexpr int attempts = 5;
-        done = FileWriter::renameNoReplace(partial, request.path);
+        done = FileWriter::renameNoReplace(partial, request.path, &request.reason);
         for (int i = 0; i < attempts && !done && entryTypeAt(request.path); ++i) {
             request.path = uniquePath(request.path, request.extension);
-            done = FileWriter::renameNoReplace(partial, request.path);
+            done = FileWriter::renameNoReplace(partial, request.path, &request.reason);
         }
     }
     if (!done)
@@ -112,6 +113,7 @@ std::optional<QImage> pixelsAt(const Image &image, QSize size, const std::atomic
 bool SaveImageCore(int width, int height, const Image &image, SaveRequest &request)
 {
     request.writeFailed = false;
+    request.reason.clear();
     request.data.clear();
     if (image.isNull())
         return false;
@@ -132,8 +134,8 @@ bool SaveImageCore(int width, int height, const Image &image, SaveRequest &reque
         request.data = bytes;
         return true;
     }
-    request.writeFailed =
-        request.unique ? !writeUnique(request, bytes) : !FileWriter::replace(request.path, bytes, request.flush);
+    request.writeFailed = request.unique ? !writeUnique(request, bytes)
+                                         : !FileWriter::replace(request.path, bytes, request.flush, &request.reason);
     return !request.writeFailed;
 }
 
@@ -180,11 +182,17 @@ QSize finalImageSize(QSize source, int sizeOption)
     return {limit, other(source.height(), source.width())};
 }
 
-QString extensionForFormat(int format)
+SaveFileType typeForFormat(int format)
 {
     static constexpr SaveFileType types[] = {SaveFileType::Jpeg, SaveFileType::Pdf, SaveFileType::Png,
                                              SaveFileType::Tiff};
-    return format >= 0 && format < int(std::size(types)) ? extensionOf(types[format]) : QString();
+    return format >= 0 && format < int(std::size(types)) ? types[format] : SaveFileType::Automatic;
+}
+
+QString extensionForFormat(int format)
+{
+    const SaveFileType type = typeForFormat(format);
+    return type == SaveFileType::Automatic ? QString() : extensionOf(type);
 }
 
 std::optional<int> formatForExtension(const QString &extension)
@@ -199,4 +207,15 @@ std::optional<int> formatForExtension(const QString &extension)
     if (lower == QLatin1String("tif") || lower == QLatin1String("tiff"))
         return 3;
     return std::nullopt;
+}
+
+QString pathForFormat(const QString &path, int format)
+{
+    const QString extension = extensionForFormat(format);
+    const QString own = QVString::pathExtension(path);
+    if (extension.isEmpty() || QVString::isFuzzyEqualToString(own, extension))
+        return path;
+    if (formatForExtension(own))
+        return QVString::stringByReplacingExtension(path, extension);
+    return path + QLatin1Char('.') + extension;
 }

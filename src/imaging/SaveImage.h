@@ -22,8 +22,10 @@ struct SaveRequest
     double compression = 1.0;                            ///< JPEG quality 0 to 1; for TIFF, 1 or more means compress
     bool unique = false;                                 ///< never overwrite: take a new name instead
     bool writeFailed = false;                            ///< out: the destination could not be created or written
+    QString reason;                                      ///< out: why, then
     bool embedProfile = true;                            ///< write an sRGB profile where the type can carry one
     bool fullChroma = false;                             ///< JPEG: keep colour at full resolution
+    PictureNotes notes;                                  ///< written along, as far as the type can carry them
     FileWriter::Flush flush = FileWriter::Flush::ToDisk; ///< `No` for files that can be made again
     const std::atomic<bool> *cancelled = nullptr; ///< set from another thread when nobody wants the file any more
 };
@@ -42,4 +44,8 @@ struct SaveRequest
 [[nodiscard]] QSize finalImageSize(QSize source, int sizeOption);
 /// "jpg", "pdf", "png" or "tiff"; null for an index above 3.
 [[nodiscard]] QString extensionForFormat(int format);
+/// The type for a format index; `Automatic` for one above 3.
+[[nodiscard]] SaveFileType typeForFormat(int format);
 [[nodiscard]] std::optional<int> formatForExtension(const QString &extension);
+/// The path with the format's extension: in place of that of another format, else behind the whole name.
+[[nodiscard]] QString pathForFormat(const QString &path, int format);

@@ -349,3 +349,22 @@ std::optional<DecodedImage> VipsDecoder::decode(const ByteSource &source, ImageF
     vips_thread_shutdown();
     return result;
 }
+
+QByteArray VipsDecoder::readExif(const ByteSource &source, ImageFormat format)
+{
+    ensureVips();
+    QByteArray exif;
+    const MemoryShare memory(WholePictures::bytesForHeader(format, source.size()), source.cancelled());
+    if (!memory.isGranted())
+        return exif;
+    if (const auto picture = openForHeader(source, format, nullptr)) {
+        VipsImage *image = picture->pipeline.image();
+        const void *data = nullptr;
+        size_t length = 0;
+        if (vips_image_get_typeof(image, VIPS_META_EXIF_NAME) &&
+            vips_image_get_blob(image, VIPS_META_EXIF_NAME, &data, &length) == 0)
+            exif = QByteArray(static_cast<const char *>(data), qsizetype(length));
+    }
+    vips_thread_shutdown();
+    return exif;
+}

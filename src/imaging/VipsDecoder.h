@@ -12,5 +12,7 @@ namespace VipsDecoder {
 [[nodiscard]] std::optional<DecodedImage> decode(const ByteSource &source, ImageFormat format,
                                                  const DecodeRequest &request, std::optional<Orientation> orientation,
                                                  QString *reason);
+/// The EXIF block as it stands in the file; empty when there is none.
+[[nodiscard]] QByteArray readExif(const ByteSource &source, ImageFormat format);
 
 }

@@ -1,8 +1,10 @@
+#include "CameraFile.h"
 #include "DirectoryReader.h"
 #include "ExportPreferences.h"
 #include "SaveImage.h"
 #include "TestPictures.h"
 #include "TestRunner.h"
+#include "TiffNotes.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -64,6 +66,9 @@ private Q_SLOTS:
     void compressesAsAsked();
     void writesProfileButNoNotes_data();
     void writesProfileButNoNotes();
+    void writesTheNotesAsked();
+    void takesNoRubbishForNotes();
+    void findsNotesBehindThePixels();
     void flattensOntoWhite();
     void makesTiffBytes();
     void computesExportSizes_data();
@@ -300,6 +305,64 @@ void TestSaveImage::writesProfileButNoNotes()
     QVERIFY(!request.data.contains(profileMark));
 }
 
+void TestSaveImage::writesTheNotesAsked()
+{
+    const Folder folder;
+    const Image image = Image::fromPixels(colorful(QSize(40, 30)));
+    SaveRequest request;
+    request.notes = {"2021:06:05 04:03:02", "Zoë & Ko", QByteArray("mine\0hers", 9)};
+    request.path = folder.path(QStringLiteral("a.jpg"));
+    QVERIFY(SaveImageCore(0, 0, image, request));
+    const Image written = Image::fromFile(request.path);
+    for (const Image &shown : {written, written.cropped(QRectF(1, 1, 5, 5))}) {
+        QCOMPARE(shown.notes().taken, request.notes.taken);
+        QCOMPARE(shown.notes().artist, request.notes.artist);
+        QCOMPARE(shown.notes().copyright, request.notes.copyright);
+    }
+    for (const SaveFileType type : {SaveFileType::Png, SaveFileType::Tiff, SaveFileType::Pdf}) {
+        SaveRequest other;
+        other.type = type;
+        other.notes = request.notes;
+        QVERIFY(SaveImageCore(0, 0, image, other));
+        for (const char *text : {"2021-06-05T04:03:02", "Zoë &amp; Ko", "mine, hers"})
+            QVERIFY2(other.data.contains(text), qPrintable(other.extension + QString::fromUtf8(text)));
+    }
+}
+
+void TestSaveImage::takesNoRubbishForNotes()
+{
+    const QByteArray exif = PictureNotes{"2021:06:05 04:03:02", "A", "B"}.exif();
+    for (qsizetype length = 0; length < exif.size() - 20; ++length) // its end holds the moment
+        QVERIFY(PictureNotes::fromExif(exif.left(length)).taken.isEmpty());
+    QVERIFY((PictureNotes::fromExif(PictureNotes{"    :  :     :  :  ", {}, {}}.exif()).isEmpty()));
+    QVERIFY(PictureNotes().exif().isEmpty() && PictureNotes().xmp().isEmpty());
+}
+
+void TestSaveImage::findsNotesBehindThePixels()
+{
+    using CameraFile::bigEndian;
+    constexpr quint32 pixels = 400'000;
+    constexpr quint32 first = 8 + pixels;
+    constexpr quint32 camera = first + 2 + 2 * 12 + 4;
+    const auto text = [](quint32 tag, quint32 length) -> QByteArray {
+        return bigEndian(tag, 2) + bigEndian(2, 2) + bigEndian(length, 4);
+    };
+    const QByteArray file = QByteArray("MM\0*", 4) + bigEndian(first, 4) + QByteArray(pixels, '*') + bigEndian(2, 2) +
+                            text(0x013b, 3) + QByteArray("Jo\0\0", 4) + CameraFile::exifEntry(0x8769, 4, camera) +
+                            bigEndian(0, 4) + // ends the first directory
+                            bigEndian(1, 2) + text(0x9003, 20) + bigEndian(camera + 2 + 12 + 4, 4) + bigEndian(0, 4) +
+                            "2021:06:05 04:03:02";
+    const PictureNotes notes = readTiffNotes(ByteSource(file));
+    QCOMPARE(notes.taken, QByteArray("2021:06:05 04:03:02"));
+    QCOMPARE(notes.artist, QByteArray("Jo"));
+    for (qsizetype length = 0; length < file.size(); length += length < first - 10 ? 50'000 : 1) {
+        const QByteArray part = file.left(length);
+        QVERIFY(readTiffNotes(ByteSource(part)).taken.isEmpty());
+    }
+    const QByteArray exif = PictureNotes{"2021:06:05 04:03:02", "A", "B"}.exif().mid(6);
+    QCOMPARE(readTiffNotes(ByteSource(exif)).copyright, QByteArray("B"));
+}
+
 void TestSaveImage::flattensOntoWhite()
 {
     QImage clear(20, 20, QImage::Format_ARGB32_Premultiplied);
@@ -356,6 +419,12 @@ void TestSaveImage::mapsFormatsAndSettings()
     QCOMPARE(formatForExtension(QStringLiteral("JPEG")), std::optional(0));
     QCOMPARE(formatForExtension(QStringLiteral("tif")), std::optional(3));
     QVERIFY(!formatForExtension(QStringLiteral("gif")));
+    constexpr int png = 2;
+    for (const auto &[path, expected] :
+         {std::pair("/a/b", "/a/b.png"), std::pair("/a/b.PNG", "/a/b.PNG"), std::pair("/a/b.jpeg", "/a/b.png"),
+          std::pair("/a.pdf/v1.2", "/a.pdf/v1.2.png")})
+        QCOMPARE(pathForFormat(QString::fromLatin1(path), png), QString::fromLatin1(expected));
+    QCOMPARE(pathForFormat(QStringLiteral("/a/b.jpeg"), 0), QStringLiteral("/a/b.jpg"));
     QCOMPARE(exportCompression(), 0.7);
     g_saveFormat = 3;
     QCOMPARE(exportCompression(), 1.0);
