@@ -27,6 +27,10 @@ bool CommandState::isEnabled(EnabledWhen when) const
         return canRedo && !isImporting;
     case EnabledWhen::PhotosAreSelected:
         return photosAreSelected;
+    case EnabledWhen::OnePhotoIsSelected:
+        return selectedPhotos == 1;
+    case EnabledWhen::SeveralPhotosAreSelected:
+        return selectedPhotos > 1;
     case EnabledWhen::PhotoIsCurrent:
         return isPhotoCurrent;
     case EnabledWhen::CanCrop:

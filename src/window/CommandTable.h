@@ -16,6 +16,9 @@ enum class Command {
     NewFolder,
     Save,
     ClearCaches,
+    SaveImageAs,
+    ExportPhotos,
+    EmailPhotos,
     PageSetup,
     PrintSelected,
     PrintFolder,
@@ -70,6 +73,8 @@ enum class EnabledWhen {
     CanUndo,
     CanRedo,
     PhotosAreSelected,
+    OnePhotoIsSelected,
+    SeveralPhotosAreSelected,
     PhotoIsCurrent,
     CanCrop,
     CropSizeIsChosen, ///< and a folder is shown

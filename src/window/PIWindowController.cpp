@@ -5,6 +5,7 @@
 #include "EditCommands.h"
 #include "EffectCommands.h"
 #include "EffectSetMenu.h"
+#include "ExportCommands.h"
 #include "FileFinder.h"
 #include "GiveAlert.h"
 #include "Housekeeping.h"
@@ -94,6 +95,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
           new EffectCommands(m_editor, defaults, m_filterCatalogue, *m_actions, *m_detailController, *m_window))
     , m_cropCommands(new CropCommands(m_editor, defaults, *m_actions, *m_thumbnailView, *m_detailController, *m_window))
     , m_printCommands(new PrintCommands(m_editor, defaults, *m_actions, *m_window))
+    , m_exportCommands(new ExportCommands(m_editor, defaults, *m_actions, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
 {

@@ -19,6 +19,7 @@
 class CropCommands;
 class EditCommands;
 class EffectCommands;
+class ExportCommands;
 class Housekeeping;
 class ImportRunner;
 class LibraryActions;
@@ -65,8 +66,8 @@ public:
     /// Whether the window may close: asks about unsaved changes and saves when told to.
     [[nodiscard]] bool windowShouldClose();
     enum class IfBusy { Ask, Stop };
-    /// Ends a running import or print and waits a while for files on their way to the trash. False when the user,
-    /// asked, would rather go on with it. A crop that is being drawn is not part of it.
+    /// Ends a running import, print or export and waits a while for files on their way to the trash. False when the
+    /// user, asked, would rather go on with it. A crop that is being drawn is not part of it.
     [[nodiscard]] bool finishWork(IfBusy ifBusy);
     /// The program goes on although it was to end: changes that the user then did not want to save are unsaved again.
     void keepDiscardedChanges();
@@ -146,6 +147,7 @@ private:
     EffectCommands *m_effectCommands;
     CropCommands *m_cropCommands;
     PrintCommands *m_printCommands;
+    ExportCommands *m_exportCommands;
     DropCommands m_drops;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;

@@ -1,6 +1,7 @@
 // What happens to unsaved changes and unfinished work when the window closes.
 
 #include "EditCommands.h"
+#include "ExportCommands.h"
 #include "FileFinder.h"
 #include "GiveAlert.h"
 #include "ImportRunner.h"
@@ -30,20 +31,25 @@ bool PIWindowController::saveOrTell()
 
 bool PIWindowController::finishWork(IfBusy ifBusy)
 {
-    if (isImporting() && ifBusy == IfBusy::Ask &&
-        GiveAlert(tr("Stop adding photos?"), tr("The photos found so far stay in the library."),
-                  {tr("Stop"), tr("Cancel")}, /*escapeButton=*/1) != 0)
-        return false;
-    if (m_printCommands->isPrinting() && ifBusy == IfBusy::Ask &&
-        GiveAlert(tr("Stop printing?"), tr("The photos are not printed yet."), {tr("Stop"), tr("Cancel")},
-                  /*escapeButton=*/1) != 0)
+    const auto mayStop = [ifBusy](bool isBusy, const QString &question, const QString &explanation) {
+        return !isBusy || ifBusy == IfBusy::Stop ||
+               GiveAlert(question, explanation, {tr("Stop"), tr("Cancel")}, /*escapeButton=*/1) == 0;
+    };
+    if (!mayStop(isImporting(), tr("Stop adding photos?"), tr("The photos found so far stay in the library.")) ||
+        !mayStop(m_printCommands->isPrinting(), tr("Stop printing?"), tr("The photos are not printed yet.")) ||
+        !mayStop(m_exportCommands->isExporting(), tr("Stop exporting?"), tr("The photos exported so far are kept.")))
         return false;
     m_importRunner->cancelAll();
     m_printCommands->cancel();
+    m_exportCommands->cancel();
     constexpr int kPatience = 5000; // milliseconds, should a disk not answer
     constexpr int kTurn = 20;
     const QDeadlineTimer deadline(kPatience);
-    while ((isImporting() || m_printCommands->isPrinting() || m_editCommands->isBusy()) && !deadline.hasExpired()) {
+    const auto isBusy = [this] {
+        return isImporting() || m_printCommands->isPrinting() || m_exportCommands->isExporting() ||
+               m_editCommands->isBusy();
+    };
+    while (isBusy() && !deadline.hasExpired()) {
         QEventLoop turn;
         QTimer::singleShot(kTurn, &turn, &QEventLoop::quit);
         turn.exec(QEventLoop::ExcludeUserInputEvents);

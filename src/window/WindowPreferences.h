@@ -16,5 +16,6 @@ inline constexpr Preference<int> kColumnCount{"hmphoto.columnCount", 3};
 inline constexpr Preference<int> kCropSize{"hmphoto.cropSize", 0}; ///< position among the crop sizes
 inline constexpr char kGeometry[] = "hmphoto.windowGeometry";
 inline constexpr Preference<const char *> kLastFolder{"hmphoto.lastAddFolder", ""};
+inline constexpr Preference<const char *> kLastExportFolder{"hmphoto.lastExportFolder", ""};
 
 }
