@@ -5,11 +5,13 @@
 #include "ImageFormat.h"
 #include "KnownFiles.h"
 #include "LogString.h"
+#include "NativePath.h"
 #include "StringUtilities.h"
 #include "TrashFolders.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 
 #include <algorithm>
 #include <string_view>
@@ -91,7 +93,7 @@ public:
 private:
     void visitFolder(const QByteArray &path, std::span<const DirectoryWalk::Entry> entries)
     {
-        if (!m_isInTrash && m_trash.hold(path))
+        if (!m_isAskedFor && isAside(path))
             return;
         const QByteArray folder = path.mid(m_root.endsWith('/') ? m_root.size() : m_root.size() + 1);
         const KnownFiles::Folder known = m_known.folder(folder);
@@ -103,6 +105,12 @@ private:
         m_result.filesSeen += static_cast<qsizetype>(entries.size());
         if (m_progress)
             m_progress(m_result.filesSeen);
+    }
+
+    /// What is thrown away, and what programs keep for themselves, thumbnails above all.
+    bool isAside(const QByteArray &path) const
+    {
+        return m_trash.hold(path) || (!m_cache.isEmpty() && NativePath::isWithin(path, m_cache));
     }
 
     static void logUnreadable(const QByteArray &path, const QString &reason)
@@ -141,7 +149,9 @@ private:
     const std::function<void(qsizetype)> &m_progress;
     const QByteArray m_root; ///< free of links, because a walk follows none
     const TrashFolders m_trash;
-    const bool m_isInTrash = m_trash.hold(m_root); ///< then its files are what was asked for
+    const QByteArray m_cache = QFile::encodeName(
+        QFileInfo(QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)).canonicalFilePath());
+    const bool m_isAskedFor = isAside(m_root); ///< then its files are what was asked for
     const KnownFiles m_known;
     ExtensionFilter m_filter;
     OrphanSearchResult m_result;

@@ -46,8 +46,8 @@ struct OrphanSearchResult
 
 /// Walks the folder and everything beneath it for regular files with the extension of a readable picture, in either
 /// case, whose full path is not known, and tells which of them are missing files. Links beneath the folder are not
-/// followed, a trash is passed over unless the folder is in one, and no file is examined by itself where the file
-/// system reports types, but for orphans while something is missing. `progress` is told how many files were seen.
-/// Blocks: any thread but the main one.
+/// followed, a trash and the user's cache folder are passed over unless the folder is in one, and no file is examined
+/// by itself where the file system reports types, but for orphans while something is missing. `progress` is told how
+/// many files were seen. Blocks: any thread but the main one.
 [[nodiscard]] OrphanSearchResult findOrphans(const OrphanRequest &request, const std::stop_token &stop,
                                              const std::function<void(qsizetype filesSeen)> &progress = {});

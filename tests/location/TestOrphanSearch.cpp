@@ -56,6 +56,18 @@ private Q_SLOTS:
         QVERIFY(!result.cancelled);
     }
 
+    void cachesHoldNoOrphansUnlessTheyAreAskedFor()
+    {
+        const QByteArray before = qgetenv("XDG_CACHE_HOME");
+        put(QStringLiteral("cache/program/thumbnail.jpg"));
+        qputenv("XDG_CACHE_HOME", QFile::encodeName(m_dir.filePath(QStringLiteral("cache"))));
+        const auto everywhere = findOrphans({m_dir.path()}, {});
+        const auto there = findOrphans({m_dir.filePath(QStringLiteral("cache/program"))}, {});
+        qputenv("XDG_CACHE_HOME", before);
+        QVERIFY(!pathsOf(everywhere).contains(QStringLiteral("cache/program/thumbnail.jpg")));
+        QCOMPARE(pathsOf(there), QStringList{QStringLiteral("thumbnail.jpg")});
+    }
+
     void howTheFolderIsNamedMakesNoDifference_data()
     {
         QTest::addColumn<QString>("folder");
