@@ -119,7 +119,7 @@ bool colorThreshold(WorkingImage &image, const FilterValues &values)
 using Histogram = std::array<qint64, 256>;
 
 // How many pixels have each lightness; nothing when the picture could not be computed.
-std::optional<Histogram> histogramOf(const WorkingImage &image, const FilterValues &values)
+std::optional<Histogram> histogramOf(const WorkingImage &image)
 {
     Histogram histogram = {};
     std::mutex mutex;
@@ -135,7 +135,7 @@ std::optional<Histogram> histogramOf(const WorkingImage &image, const FilterValu
         }
         const std::lock_guard lock(mutex);
         std::transform(part.cbegin(), part.cend(), histogram.cbegin(), histogram.begin(), std::plus<>());
-        return !values.isCancelled();
+        return true;
     });
     return isDone ? std::optional(histogram) : std::nullopt;
 }
@@ -168,11 +168,11 @@ int otsuThreshold(const Histogram &histogram)
     return best;
 }
 
-bool colorThresholdOtsu(WorkingImage &image, const FilterValues &values)
+bool colorThresholdOtsu(WorkingImage &image, const FilterValues &)
 {
     if (!image.setAlpha(WorkingImage::Alpha::Straight))
         return false;
-    const auto histogram = histogramOf(image, values);
+    const auto histogram = histogramOf(image);
     return histogram && addThreshold(image, SrgbCurve::linear((float(otsuThreshold(*histogram)) + 0.5F) / 255));
 }
 

@@ -143,9 +143,9 @@ public:
     {
         if (m_image.isNull())
             return m_source;
-        QImage pixels = m_image.pixels(m_context.cancelled);
+        QImage pixels = m_image.pixels();
         const QString error = takeVipsError();
-        if (pixels.isNull() && !error.isEmpty())
+        if (pixels.isNull() && !error.isEmpty() && !isSet(m_context.cancelled))
             LogString("No pixels from the filters: %@", error);
         return pixels;
     }
@@ -156,7 +156,7 @@ private:
         const bool isOpaque = !m_source.hasAlphaChannel();
         m_working = m_source.convertToFormat(isOpaque ? QImage::Format_RGB32 : QImage::Format_ARGB32_Premultiplied);
         if (!m_working.isNull())
-            m_image = WorkingImage(m_working);
+            m_image = WorkingImage(m_working, m_context.cancelled);
     }
 
     QImage m_source;

@@ -25,7 +25,6 @@ public:
     [[nodiscard]] Pixel color(const char *input) const;
     /// Rendered pixels per pixel of the full image.
     [[nodiscard]] double scale() const { return m_context.scale; }
-    [[nodiscard]] bool isCancelled() const { return m_context.cancelled && m_context.cancelled->load(); }
 
 private:
     [[nodiscard]] const InputRow &input(const char *name) const;

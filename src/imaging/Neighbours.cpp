@@ -29,15 +29,16 @@ bool Neighbours::addStep(WorkingImage &image, int margin, Function function)
     if (!image.setAlpha(Alpha::Premultiplied) || !image.keepPieces(WorkingImage::Reading::Around) ||
         !addMargin(image, margin))
         return false;
-    return image.addStep(
-        size, Pieces::Tiles, [margin, run = std::move(function)](VipsRegion &out, VipsRegion *const *in) {
-            const VipsRect &area = out.valid;
-            const VipsRect around{area.left, area.top, area.width + 2 * margin, area.height + 2 * margin};
-            if (vips_region_prepare(in[0], &around) != 0)
-                return false;
-            run(out, *in[0]);
-            return true;
-        });
+    const auto step = [margin, run = std::move(function), cancelled = image.cancelled()](VipsRegion &out,
+                                                                                         VipsRegion *const *in) {
+        const VipsRect &area = out.valid;
+        const VipsRect around{area.left, area.top, area.width + 2 * margin, area.height + 2 * margin};
+        if (vips_region_prepare(in[0], &around) != 0)
+            return false;
+        run(out, *in[0]);
+        return !isSet(cancelled);
+    };
+    return image.addStep(size, Pieces::Tiles, step);
 }
 
 bool Neighbours::addWeighted(WorkingImage &image, std::vector<Tap> taps)
@@ -50,9 +51,10 @@ bool Neighbours::addWeighted(WorkingImage &image, std::vector<Tap> taps)
     }
     for (Tap &tap : taps)
         tap.weight /= sum;
-    return addStep(image, margin, [margin, taps = std::move(taps)](VipsRegion &out, VipsRegion &in) {
+    const auto weigh = [margin, taps = std::move(taps), cancelled = image.cancelled()](VipsRegion &out,
+                                                                                       VipsRegion &in) {
         const VipsRect &area = out.valid;
-        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area) && !isSet(cancelled); ++y) {
             Pixel *row = pixelAt(out, area.left, y);
             std::fill_n(row, area.width, Pixel());
             for (const Tap &tap : taps) {
@@ -64,7 +66,8 @@ bool Neighbours::addWeighted(WorkingImage &image, std::vector<Tap> taps)
                 });
             }
         }
-    });
+    };
+    return addStep(image, margin, weigh);
 }
 
 namespace {
@@ -293,7 +296,8 @@ private:
     std::vector<std::vector<Pixel>> m_levels;
 };
 
-void findExtremes(VipsRegion &out, VipsRegion &in, const std::vector<int> &halfWidths, int margin, Better choose)
+void findExtremes(VipsRegion &out, VipsRegion &in, const std::vector<int> &halfWidths, int margin, Better choose,
+                  const std::atomic<bool> *cancelled)
 {
     const VipsRect &area = out.valid;
     const int reach = int(halfWidths.size()) / 2;
@@ -301,7 +305,7 @@ void findExtremes(VipsRegion &out, VipsRegion &in, const std::vector<int> &halfW
         std::memcpy(pixelAt(out, area.left, y), pixelAt(in, area.left + margin, y + margin),
                     size_t(area.width) * sizeof(Pixel));
     Stretches stretches(choose);
-    for (int line = area.top - reach; line < VIPS_RECT_BOTTOM(&area) + reach; ++line) {
+    for (int line = area.top - reach; line < VIPS_RECT_BOTTOM(&area) + reach && !isSet(cancelled); ++line) {
         stretches.setRow(pixelAt(in, area.left, line + margin), area.width + 2 * margin);
         const int end = std::min(line + reach + 1, VIPS_RECT_BOTTOM(&area));
         for (int y = std::max(line - reach, area.top); y < end; ++y) {
@@ -318,9 +322,11 @@ bool Neighbours::addExtreme(WorkingImage &image, Extreme extreme, std::vector<in
     const Better choose = extreme == Extreme::Most ? [](float a, float b) { return std::max(a, b); }
                                                    : [](float a, float b) { return std::min(a, b); };
     const int margin = std::max(int(halfWidths.size()) / 2, *std::max_element(halfWidths.cbegin(), halfWidths.cend()));
-    return addStep(image, margin, [=, widths = std::move(halfWidths)](VipsRegion &out, VipsRegion &in) {
-        findExtremes(out, in, widths, margin, choose);
-    });
+    const auto find = [=, widths = std::move(halfWidths), cancelled = image.cancelled()](VipsRegion &out,
+                                                                                         VipsRegion &in) {
+        findExtremes(out, in, widths, margin, choose, cancelled);
+    };
+    return addStep(image, margin, find);
 }
 
 bool Neighbours::addMedian(WorkingImage &image)

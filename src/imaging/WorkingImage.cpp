@@ -21,10 +21,12 @@ struct AddedStep
 {
     std::vector<VipsImage *> inputs; // ends with null
     WorkingImage::Step run;
+    const std::atomic<bool> *cancelled;
 
-    AddedStep(const std::vector<VipsImage *> &images, WorkingImage::Step step)
+    AddedStep(const std::vector<VipsImage *> &images, WorkingImage::Step step, const std::atomic<bool> *cancelling)
         : inputs(images)
         , run(std::move(step))
+        , cancelled(cancelling)
     {
         for (VipsImage *image : inputs)
             g_object_ref(image);
@@ -51,14 +53,11 @@ int guarded(Run run)
     }
 }
 
-int runStep(VipsRegion *out, void *regions, void *, void *step, gboolean *)
+// `regions` are those of the inputs, null when there are none.
+int runStep(VipsRegion *out, void *regions, void *, void *data, gboolean *)
 {
-    return guarded([&] { return static_cast<AddedStep *>(step)->run(*out, static_cast<VipsRegion **>(regions)); });
-}
-
-int runSource(VipsRegion *out, void *, void *, void *step, gboolean *)
-{
-    return guarded([&] { return static_cast<AddedStep *>(step)->run(*out, nullptr); });
+    const auto *step = static_cast<AddedStep *>(data);
+    return guarded([&] { return !isSet(step->cancelled) && step->run(*out, static_cast<VipsRegion **>(regions)); });
 }
 
 using Light = WorkingImage::Light;
@@ -185,8 +184,9 @@ auto into(VipsRegion &out)
 
 }
 
-WorkingImage::WorkingImage(const QImage &pixels)
-    : m_source(&pixels)
+WorkingImage::WorkingImage(const QImage &pixels, const std::atomic<bool> *cancelled)
+    : m_cancelled(cancelled)
+    , m_source(&pixels)
     , m_frame(pixels.size())
     , m_mayBeClear(pixels.hasAlphaChannel())
 {
@@ -207,7 +207,7 @@ bool WorkingImage::take(VipsImage *image)
 bool WorkingImage::addStep(const std::vector<VipsImage *> &inputs, QSize size, Pieces pieces, Step step)
 {
     std::unique_ptr<VipsImage, GObjectDeleter> out(vips_image_new());
-    auto *added = new AddedStep(inputs, std::move(step));
+    auto *added = new AddedStep(inputs, std::move(step), m_cancelled);
     g_object_set_data_full(G_OBJECT(out.get()), kStepKey, added,
                            [](gpointer data) { delete static_cast<AddedStep *>(data); });
     const auto style = pieces == Pieces::Rows ? VIPS_DEMAND_STYLE_ANY : VIPS_DEMAND_STYLE_SMALLTILE;
@@ -216,7 +216,7 @@ bool WorkingImage::addStep(const std::vector<VipsImage *> &inputs, QSize size, P
     // Only now: a pipeline begins with the size of what it reads.
     vips_image_init_fields(out.get(), size.width(), size.height(), kBands, VIPS_FORMAT_FLOAT, VIPS_CODING_NONE,
                            VIPS_INTERPRETATION_scRGB, 1, 1);
-    const int status = inputs.empty() ? vips_image_generate(out.get(), nullptr, runSource, nullptr, nullptr, added)
+    const int status = inputs.empty() ? vips_image_generate(out.get(), nullptr, runStep, nullptr, nullptr, added)
                                       : vips_image_generate(out.get(), vips_start_many, runStep, vips_stop_many,
                                                             added->inputs.data(), added);
     return status == 0 && take(out.release());
@@ -436,7 +436,7 @@ bool WorkingImage::sink(std::function<bool(VipsRegion &)> visit) const
     vips_image_set_int(last, VIPS_META_CONCURRENCY, threadsFor(size()));
     const bool isDone = vips_sink(last, nullptr, visitPiece, nullptr, &visit, nullptr) == 0;
     g_object_unref(last);
-    return isDone;
+    return isDone && !isSet(m_cancelled);
 }
 
 bool WorkingImage::visitPieces(std::function<bool(VipsRegion &)> visit) const
@@ -479,6 +479,17 @@ QImage largeImage(QSize size, QImage::Format format)
             memory};
 }
 
+// Calls `start` that many times; fewer threads do where the system has no more.
+template<typename Start>
+void startThreads(int count, Start start)
+{
+    try {
+        for (int i = 0; i < count; ++i)
+            start();
+    } catch (const std::exception &) {
+    }
+}
+
 // Runs `work(rows)` for bands of rows on several threads, until one of them tells false.
 bool forBands(QSize size, const std::function<bool(const VipsRect &)> &work)
 {
@@ -487,13 +498,13 @@ bool forBands(QSize size, const std::function<bool(const VipsRect &)> &work)
     std::atomic<bool> isDone = true;
     const auto run = [&] {
         for (int top = next.fetch_add(height); top < size.height() && isDone; top = next.fetch_add(height)) {
-            if (!work({0, top, size.width(), std::min(height, size.height() - top)}))
+            const VipsRect band{0, top, size.width(), std::min(height, size.height() - top)};
+            if (guarded([&] { return work(band); }) != 0)
                 isDone = false;
         }
     };
     std::vector<std::thread> threads;
-    for (int i = 1; i < threadsFor(size); ++i)
-        threads.emplace_back(run);
+    startThreads(threadsFor(size) - 1, [&] { threads.emplace_back(run); });
     run();
     for (std::thread &thread : threads)
         thread.join();
@@ -502,7 +513,7 @@ bool forBands(QSize size, const std::function<bool(const VipsRect &)> &work)
 
 }
 
-QImage WorkingImage::pixels(const std::atomic<bool> *cancelled)
+QImage WorkingImage::pixels()
 {
     if (!setForm(Alpha::Straight, m_light) || !fitFrame())
         return {};
@@ -518,18 +529,17 @@ QImage WorkingImage::pixels(const std::atomic<bool> *cancelled)
         else if (!writeClear(to, row, count, m_light))
             isOpaque = false;
     };
-    const auto isCancelled = [&] { return cancelled && cancelled->load(std::memory_order_relaxed); };
     bool isDone = false;
     if (m_source) {
         const Source source(*m_source, m_sourceLight.value_or(m_light), m_rowSteps);
         isDone = forBands(m_frame, [&](const VipsRect &band) {
             source.run(band, write);
-            return !isCancelled();
+            return !isSet(m_cancelled);
         });
     } else {
         isDone = sink([&](VipsRegion &piece) {
             runRows(piece, piece.valid, m_rowSteps, write);
-            return !isCancelled();
+            return !isSet(m_cancelled);
         });
     }
     if (isOpaque)

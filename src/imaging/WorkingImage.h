@@ -37,8 +37,9 @@ public:
     using RowCombination = std::function<void(Pixel *row, const Pixel *other, int count)>;
 
     WorkingImage() = default;
-    /// `pixels` (Format_RGB32 or Format_ARGB32_Premultiplied) outlive the working image and its copies.
-    explicit WorkingImage(const QImage &pixels);
+    /// `pixels` (Format_RGB32 or Format_ARGB32_Premultiplied) and `cancelled`, which may be null and ends all work when
+    /// it becomes true, outlive the working image and its copies.
+    WorkingImage(const QImage &pixels, const std::atomic<bool> *cancelled);
 
     [[nodiscard]] bool isNull() const { return !m_image && !m_source; }
     [[nodiscard]] QSize size() const;
@@ -118,7 +119,10 @@ public:
     /// Computes every piece once and hands it to `visit`, on several threads; ends early when that tells false.
     [[nodiscard]] bool visitPieces(std::function<bool(VipsRegion &)> visit) const;
     /// Computes the pixels of the frame; null on failure or when cancelled.
-    [[nodiscard]] QImage pixels(const std::atomic<bool> *cancelled);
+    [[nodiscard]] QImage pixels();
+
+    /// Set from another thread to end the work; for steps that take long over one piece. May be null.
+    [[nodiscard]] const std::atomic<bool> *cancelled() const { return m_cancelled; }
 
 private:
     [[nodiscard]] bool setForm(Alpha alpha, Light light);
@@ -128,6 +132,7 @@ private:
     [[nodiscard]] bool sink(std::function<bool(VipsRegion &)> visit) const;
     [[nodiscard]] bool addStep(const std::vector<VipsImage *> &inputs, QSize size, Pieces pieces, Step step);
 
+    const std::atomic<bool> *m_cancelled = nullptr;
     const QImage *m_source = nullptr; // until a step needs more than single pixels
     std::shared_ptr<VipsImage> m_image;
     std::vector<RowStep> m_rowSteps;    // that are to follow, together
@@ -140,6 +145,11 @@ private:
     bool m_isNearestNext = false;
     bool m_isCostly = false; // to compute in small parts: more than pixel by pixel since the last keeping
 };
+
+[[nodiscard]] inline bool isSet(const std::atomic<bool> *flag)
+{
+    return flag && flag->load(std::memory_order_relaxed);
+}
 
 /// Where in the region's memory the pixel (x, y) of its image is.
 [[nodiscard]] inline Pixel *pixelAt(VipsRegion &region, int x, int y)

@@ -6,7 +6,9 @@
 #include <QTest>
 
 #include <cmath>
+#include <ctime>
 #include <limits>
+#include <thread>
 
 namespace {
 
@@ -224,6 +226,30 @@ private Q_SLOTS:
                          filtered({EffectEntry(filter.name)}, alphaSample()) == alphaSample(),
                      qPrintable(filter.name));
         }
+    }
+
+    /// Also into the work on a single piece, here one that needs all others behind slow filters.
+    void cancellingReachesIntoPieces()
+    {
+        const QImage picture = TestPictures::colorful(QSize(4000, 3000));
+        std::atomic<bool> cancelled = false;
+        std::atomic<bool> isDone = false;
+        QImage result = picture;
+        std::jthread thread([&] {
+            const auto run = filterLibrary().start(picture, FilterContext{1, &cancelled});
+            bool isAdded = true;
+            for (int i = 0; i < 8; ++i)
+                isAdded = isAdded && run->apply(effect("CIMorphologyMaximum", {{"inputRadius", 59.0}}));
+            isAdded = isAdded && run->apply(effect("CIGaussianBlur", {{"inputRadius", 1e6}}));
+            result = isAdded ? run->result() : picture;
+            isDone = true;
+        });
+        const clock_t begun = clock(); // the processor's time: the filters are at work
+        QTRY_VERIFY_WITH_TIMEOUT(clock() - begun > CLOCKS_PER_SEC / 5, 60'000);
+        cancelled = true;
+        QTRY_VERIFY_WITH_TIMEOUT(isDone, 15'000);
+        thread.join();
+        QVERIFY(result.isNull());
     }
 };
 
