@@ -1,18 +1,16 @@
 #include "Sampling.h"
 
+#include "SamplingWindow.h"
+
 #include <algorithm>
-#include <array>
-#include <cmath>
+#include <vector>
 
 namespace {
 
-/// How to read the input.
-struct Manner
-{
-    Sampling::Edge edge;
-    Sampling::Between between;
-    bool isNearest; ///< of the pixels
-};
+using SamplingWindow::Bounds;
+using SamplingWindow::inReach;
+using SamplingWindow::Manner;
+using SamplingWindow::Window;
 
 /// The places (rows downward) that the pixels of a part of the result come from.
 struct Fetch
@@ -20,158 +18,129 @@ struct Fetch
     VipsRect area;
     std::vector<QPointF> places; // grouped by pixel, in the order of the rows
     std::vector<int> ends;       // where each pixel's places end; empty when each has one
-
-    [[nodiscard]] size_t endOf(size_t pixel) const { return ends.empty() ? pixel + 1 : size_t(ends[pixel]); }
 };
 
-// Far outside is as good as outside, and can be computed with.
-QPointF inReach(QPointF place, QSize size)
+// Whether so much is worth fetching for some places; otherwise they are fetched in parts.
+bool isWorthwhile(const VipsRect &bounds, size_t places)
 {
-    const auto within = [](double value, double length) {
-        return value > -2 ? std::min(value, length + 2) : -2.0; // also for no number
-    };
-    return {within(place.x(), size.width()), within(place.y(), size.height())};
+    constexpr qint64 least = 1 << 12;
+    constexpr qint64 perPlace = 1 << 8;
+    constexpr qint64 most = 1 << 20;
+    return qint64(bounds.width) * bounds.height <= std::clamp(qint64(places) * perPlace, least, most);
 }
 
-/// A region of the input, and the edges of the image.
-class Window
-{
-public:
-    Window(VipsRegion &region, QSize size, Manner manner)
-        : m_region(region)
-        , m_size(size)
-        , m_manner(manner)
-        , m_origin(reinterpret_cast<const char *>(pixelAt(region, 0, 0)))
-        , m_bytesPerLine(region.bpl)
-    {}
-
-    using Floats = Wide::Four::Floats;
-
-    [[nodiscard]] Pixel meanOf(const QPointF *from, const QPointF *to) const
-    {
-        Floats sum{};
-        for (const QPointF *place = from; place != to; ++place) {
-            const Pixel pixel = mixedAt(*place);
-            sum += *reinterpret_cast<const Floats *>(&pixel);
-        }
-        sum /= float(std::max<ptrdiff_t>(to - from, 1));
-        return {sum[0], sum[1], sum[2], sum[3]};
-    }
-    [[nodiscard]] __attribute__((always_inline)) Pixel mixedAt(QPointF place) const
-    {
-        // Places begin at -2.
-        const int x = int(place.x() + 3.5) - 4;
-        const int y = int(place.y() + 3.5) - 4;
-        const bool isInside = unsigned(x) < unsigned(m_size.width() - 1) && unsigned(y) < unsigned(m_size.height() - 1);
-        if (!isInside || m_manner.between != Sampling::Between::Linear)
-            return mixedSlowly(place);
-        const auto across = float(place.x() - 0.5 - x);
-        const auto down = float(place.y() - 0.5 - y);
-        const char *above = m_origin + y * m_bytesPerLine + x * ptrdiff_t(sizeof(Pixel));
-        const auto *upper = reinterpret_cast<const Floats *>(above);
-        const auto *lower = reinterpret_cast<const Floats *>(above + m_bytesPerLine);
-        const Floats high = upper[0] + across * (upper[1] - upper[0]);
-        const Floats low = lower[0] + across * (lower[1] - lower[0]);
-        Pixel result;
-        *reinterpret_cast<Floats *>(&result) = high + down * (low - high);
-        return result;
-    }
-
-private:
-    using Weights = std::array<float, 4>;
-
-    [[nodiscard]] Pixel mixedSlowly(QPointF place) const
-    {
-        const double left = std::floor(place.x() - 0.5);
-        const double top = std::floor(place.y() - 0.5);
-        const Weights across = weights(float(place.x() - 0.5 - left));
-        const Weights down = weights(float(place.y() - 0.5 - top));
-        const int first = m_manner.between == Sampling::Between::Linear ? 1 : 0;
-        Pixel sum;
-        for (int row = first; row < 4 - first; ++row) {
-            for (int column = first; column < 4 - first; ++column)
-                add(sum, int(left) + column - 1, int(top) + row - 1, across[size_t(column)] * down[size_t(row)]);
-        }
-        return sum;
-    }
-    // Of the pixels from one before to two behind.
-    [[nodiscard]] Weights weights(float t) const
-    {
-        if (m_manner.between == Sampling::Between::Linear)
-            return {0, 1 - t, t, 0};
-        return {((2 - t) * t - 1) * t / 2, ((3 * t - 5) * t * t + 2) / 2, ((4 - 3 * t) * t + 1) * t / 2,
-                (t - 1) * t * t / 2};
-    }
-    void add(Pixel &sum, int x, int y, float weight) const
-    {
-        if (m_manner.edge == Sampling::Edge::Clear && (x < 0 || y < 0 || x >= m_size.width() || y >= m_size.height()))
-            return;
-        const Pixel &pixel =
-            *pixelAt(m_region, std::clamp(x, 0, m_size.width() - 1), std::clamp(y, 0, m_size.height() - 1));
-        sum = {sum.r + weight * pixel.r, sum.g + weight * pixel.g, sum.b + weight * pixel.b, sum.a + weight * pixel.a};
-    }
-
-    VipsRegion &m_region;
-    QSize m_size;
-    Manner m_manner;
-    const char *m_origin; ///< where the image's first pixel would be
-    ptrdiff_t m_bytesPerLine;
-};
-
-// What of the input is needed for these places.
-VipsRect boundsOf(const QPointF *from, const QPointF *to, QSize size)
-{
-    double left = size.width();
-    double top = size.height();
-    double right = 0;
-    double bottom = 0;
-    for (; from != to; ++from) {
-        left = std::min(left, from->x());
-        right = std::max(right, from->x());
-        top = std::min(top, from->y());
-        bottom = std::max(bottom, from->y());
-    }
-    const int x = std::clamp(int(std::floor(left)) - 2, 0, size.width() - 1);
-    const int y = std::clamp(int(std::floor(top)) - 2, 0, size.height() - 1);
-    return {x, y, std::clamp(int(right) + 3 - x, 1, size.width() - x),
-            std::clamp(int(bottom) + 3 - y, 1, size.height() - y)};
-}
-
-/// Fills pixels `from` to `to` of the area. What comes from all over the input is fetched in parts.
+/// Fills pixels `from` to `to` of the area, each from its place.
 bool fillPart(VipsRegion &out, VipsRegion &in, const Fetch &fetch, size_t from, size_t to, Manner manner)
 {
-    constexpr qint64 most = 1 << 20; // of pixels at a time
     const QSize size(in.im->Xsize, in.im->Ysize);
-    const size_t begin = from == 0 ? 0 : fetch.endOf(from - 1);
     const QPointF *places = fetch.places.data();
-    const VipsRect bounds = boundsOf(places + begin, places + fetch.endOf(to - 1), size);
-    if (qint64(bounds.width) * bounds.height > most && to - from > 1) {
+    Bounds bounds(size, manner);
+    bounds.add(places + from, places + to);
+    const VipsRect wanted = bounds.rect();
+    if (!isWorthwhile(wanted, to - from) && to - from > 1) {
         const size_t middle = (from + to) / 2;
         return fillPart(out, in, fetch, from, middle, manner) && fillPart(out, in, fetch, middle, to, manner);
     }
-    if (vips_region_prepare(&in, &bounds) != 0)
+    if (vips_region_prepare(&in, &wanted) != 0)
         return false;
     const Window window(in, size, manner);
     const auto width = size_t(fetch.area.width);
     for (size_t i = from; i < to;) {
-        Pixel *row = pixelAt(out, fetch.area.left, fetch.area.top + int(i / width));
         const size_t end = std::min(to, (i / width + 1) * width);
-        if (fetch.ends.empty()) {
-            Pixel *first = row + i % width;
-            const QPointF *place = places + i;
-            const size_t count = end - i;
-            Wide::run([=]() TAMSEL_WIDE {
-                for (size_t n = 0; n < count; ++n)
-                    first[n] = window.mixedAt(place[n]);
-            });
-            i = end;
-        } else {
-            for (; i < end; ++i)
-                row[i % width] = window.meanOf(places + (i == 0 ? 0 : fetch.endOf(i - 1)), places + fetch.endOf(i));
-        }
+        Pixel *first = pixelAt(out, fetch.area.left, fetch.area.top + int(i / width)) + i % width;
+        const QPointF *place = places + i;
+        const size_t count = end - i;
+        Wide::run([=]() TAMSEL_WIDE {
+            for (size_t n = 0; n < count; ++n)
+                first[n] = window.mixedAt(place[n]);
+        });
+        i = end;
     }
     return true;
 }
+
+/// The sums of the places of each pixel.
+class SpreadSums
+{
+public:
+    using Floats = Wide::Four::Floats;
+
+    SpreadSums(VipsRegion &in, const Fetch &fetch, Manner manner)
+        : m_in(in)
+        , m_fetch(fetch)
+        , m_manner(manner)
+        , m_sums(fetch.ends.size())
+    {}
+
+    /// Some pixels, and one of `shares` equal parts of the places of each.
+    struct Part
+    {
+        size_t from;
+        size_t to;
+        size_t share = 0;
+        size_t shares = 1;
+    };
+
+    /// Adds a part of the places. What comes from all over the input is fetched in smaller parts: places that follow
+    /// each other, of neighbours, lie together.
+    [[nodiscard]] bool add(const Part &part)
+    {
+        const QSize size(m_in.im->Xsize, m_in.im->Ysize);
+        Bounds bounds(size, m_manner);
+        size_t count = 0;
+        for (size_t i = part.from; i < part.to; ++i) {
+            const auto [first, last] = placesOf(part, i);
+            bounds.add(first, last);
+            count += size_t(last - first);
+        }
+        const VipsRect wanted = bounds.rect();
+        if (count > 1 && !isWorthwhile(wanted, count))
+            return addHalves(part, count);
+        if (vips_region_prepare(&m_in, &wanted) != 0)
+            return false;
+        const Window window(m_in, size, m_manner);
+        for (size_t i = part.from; i < part.to; ++i) {
+            const auto [first, last] = placesOf(part, i);
+            window.addTo(*reinterpret_cast<Floats *>(&m_sums[i]), first, last);
+        }
+        return true;
+    }
+    void write(VipsRegion &out) const
+    {
+        const VipsRect &area = m_fetch.area;
+        for (size_t i = 0; i < m_sums.size(); ++i) {
+            const auto count = size_t(m_fetch.ends[i]) - begin(i);
+            const float share = 1 / float(std::max<size_t>(count, 1));
+            const Pixel &sum = m_sums[i];
+            *pixelAt(out, area.left + int(i) % area.width,
+                     area.top + int(i) / area.width) = {sum.r * share, sum.g * share, sum.b * share, sum.a * share};
+        }
+    }
+
+private:
+    [[nodiscard]] size_t begin(size_t pixel) const { return pixel == 0 ? 0 : size_t(m_fetch.ends[pixel - 1]); }
+    [[nodiscard]] std::pair<const QPointF *, const QPointF *> placesOf(const Part &part, size_t pixel) const
+    {
+        const QPointF *first = m_fetch.places.data() + begin(pixel);
+        const size_t count = size_t(m_fetch.ends[pixel]) - begin(pixel);
+        return {first + count * part.share / part.shares, first + count * (part.share + 1) / part.shares};
+    }
+    [[nodiscard]] bool addHalves(const Part &part, size_t count)
+    {
+        const size_t pixels = part.to - part.from;
+        if (count > pixels) {
+            return add({part.from, part.to, part.share * 2, part.shares * 2}) &&
+                   add({part.from, part.to, part.share * 2 + 1, part.shares * 2});
+        }
+        const size_t middle = (part.from + part.to) / 2;
+        return add({part.from, middle, part.share, part.shares}) && add({middle, part.to, part.share, part.shares});
+    }
+
+    VipsRegion &m_in;
+    const Fetch &m_fetch;
+    Manner m_manner;
+    std::vector<Pixel> m_sums;
+};
 
 /// Appends the places for a row of pixels, and where each pixel's end when they can be several.
 using FindPlaces = std::function<void(QPointF first, int count, Fetch &fetch)>;
@@ -188,7 +157,13 @@ bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Manner mann
         if (manner.isNearest)
             place = QPointF(std::floor(place.x()) + 0.5, std::floor(place.y()) + 0.5);
     }
-    return fillPart(out, in, fetch, 0, size_t(area.width) * size_t(area.height), manner);
+    if (fetch.ends.empty())
+        return fillPart(out, in, fetch, 0, fetch.places.size(), manner);
+    SpreadSums sums(in, fetch, manner);
+    if (!sums.add({0, fetch.ends.size()}))
+        return false;
+    sums.write(out);
+    return true;
 }
 
 bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Between between, const FindPlaces &find)
@@ -198,6 +173,7 @@ bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Be
         return false;
     if (manner.edge == Sampling::Edge::Clear)
         image.setMayBeClear();
+    const auto *cancelled = image.cancelled();
     return image.addStep(size, WorkingImage::Pieces::Tiles, [=](VipsRegion &out, VipsRegion *const *in) {
         constexpr int side = 64;
         const VipsRect &piece = out.valid;
@@ -205,7 +181,7 @@ bool addFetch(WorkingImage &image, QSize size, Sampling::Edge edge, Sampling::Be
             for (int x = piece.left; x < VIPS_RECT_RIGHT(&piece); x += side) {
                 const VipsRect area{x, y, std::min(side, VIPS_RECT_RIGHT(&piece) - x),
                                     std::min(side, VIPS_RECT_BOTTOM(&piece) - y)};
-                if (!fillArea(out, *in[0], area, manner, find))
+                if (isSet(cancelled) || !fillArea(out, *in[0], area, manner, find))
                     return false;
             }
         }
