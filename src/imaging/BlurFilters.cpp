@@ -3,11 +3,11 @@
 #include "MorphologyFilters.h"
 #include "Neighbours.h"
 #include "PixelMath.h"
-#include "Sampling.h"
+#include "Reduction.h"
+#include "StreakBlurs.h"
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 
 namespace {
 
@@ -26,24 +26,38 @@ bool boxBlur(WorkingImage &image, const FilterValues &values)
     return Neighbours::addBox(image, side * values.scale());
 }
 
-// Blurs with a disc; `weight(distance, radius)` in pixels of what is blurred.
+// What the pixels of a square of `factor` pixels weigh, whose middle is (x, y) such squares away, in the mean.
 template<typename Weight>
-bool addDisc(WorkingImage &image, double radius, Weight weight)
+float meanWeight(int x, int y, int factor, Weight weight)
+{
+    const int points = std::min(factor, 8); // either way
+    double sum = 0;
+    for (int i = 0; i < points * points; ++i) {
+        const double across = x + (i % points + 0.5) / points - 0.5;
+        const double down = y + (i / points + 0.5) / points - 0.5;
+        sum += weight(std::hypot(across, down) * factor);
+    }
+    return float(sum / (points * points));
+}
+
+// Blurs with a disc; `weight(distance)`, `soft` pixels beyond the radius nothing.
+template<typename Weight>
+bool addDisc(WorkingImage &image, double radius, double soft, Weight weight)
 {
     constexpr double least = 0.5;
-    constexpr double enough = 4;
+    constexpr double enough = 10;
     radius = within(image, radius);
     if (radius < least)
         return true;
-    const int factor = Neighbours::reductionFor(radius, enough);
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+    const int factor = Reduction::factorFor(radius, enough);
+    return Reduction::addReduced(image, {factor}, [=](WorkingImage &reduced) {
         std::vector<Tap> taps;
-        const int reach = int(std::ceil(radius / factor)) + 6;
+        const int reach = int(std::ceil((radius + soft) / factor)) + 1;
         for (int y = -reach; y <= reach; ++y) {
             for (int x = -reach; x <= reach; ++x) {
-                const double share = weight(std::hypot(x, y) * factor, radius, factor);
+                const float share = meanWeight(x, y, factor, weight);
                 if (share > 0)
-                    taps.push_back({x, y, float(share)});
+                    taps.push_back({x, y, share});
             }
         }
         return Neighbours::addWeighted(reduced, taps);
@@ -52,9 +66,8 @@ bool addDisc(WorkingImage &image, double radius, Weight weight)
 
 bool discBlur(WorkingImage &image, const FilterValues &values)
 {
-    return addDisc(image, values.number("inputRadius"), [](double distance, double radius, double unit) {
-        return std::clamp((radius - distance) / unit + 0.5, 0.0, 1.0);
-    });
+    const double radius = within(image, values.number("inputRadius"));
+    return addDisc(image, radius, 0.5, [=](double distance) { return std::clamp(radius - distance + 0.5, 0.0, 1.0); });
 }
 
 bool bokehBlur(WorkingImage &image, const FilterValues &values)
@@ -62,7 +75,8 @@ bool bokehBlur(WorkingImage &image, const FilterValues &values)
     const double ring = 4 * values.number("inputRingAmount", 0, 100);
     const double ringSize = values.number("inputRingSize", 0, 1);
     const double softness = std::max(values.number("inputSoftness", 0, 10), 0.5) * values.scale();
-    return addDisc(image, values.number("inputRadius"), [=](double distance, double radius, double) {
+    const double radius = within(image, values.number("inputRadius"));
+    return addDisc(image, radius, softness / 2, [=](double distance) {
         const double half = softness / 2;
         const double inside = 1 - double(smooth(float(radius - half), float(radius + half), float(distance)));
         return inside * (1 + (distance > radius * (1 - ringSize) ? ring : 0));
@@ -77,45 +91,6 @@ bool gaussianBlur(WorkingImage &image, const FilterValues &values)
 bool medianFilter(WorkingImage &image, const FilterValues &)
 {
     return Neighbours::addMedian(image);
-}
-
-// What samples along a line, half a pixel apart, weigh the pixels around them.
-std::vector<Tap> lineTaps(double radius, double angle)
-{
-    std::map<std::pair<int, int>, double> weights;
-    const int steps = std::max(1, int(std::ceil(4 * radius)));
-    for (int i = 0; i < steps; ++i) {
-        const double t = radius * ((2.0 * i + 1) / steps - 1);
-        const double x = t * std::cos(angle);
-        const double y = -t * std::sin(angle);
-        const int left = int(std::floor(x));
-        const int top = int(std::floor(y));
-        const double across = x - left;
-        const double down = y - top;
-        weights[{left, top}] += (1 - across) * (1 - down);
-        weights[{left + 1, top}] += across * (1 - down);
-        weights[{left, top + 1}] += (1 - across) * down;
-        weights[{left + 1, top + 1}] += across * down;
-    }
-    std::vector<Tap> taps;
-    for (const auto &[place, weight] : weights) {
-        if (weight > 1e-9)
-            taps.push_back({place.first, place.second, float(weight)});
-    }
-    return taps;
-}
-
-bool motionBlur(WorkingImage &image, const FilterValues &values)
-{
-    constexpr double enough = 32;
-    const double radius = within(image, values.number("inputRadius"));
-    const double angle = values.number("inputAngle");
-    if (radius <= 0)
-        return true;
-    const int factor = Neighbours::reductionFor(radius, enough);
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
-        return Neighbours::addWeighted(reduced, lineTaps(radius / factor, angle));
-    });
 }
 
 // Of the eight pixels around it and the pixel itself.
@@ -161,26 +136,6 @@ bool noiseReduction(WorkingImage &image, const FilterValues &values)
            addEncoding(image, /*isBack=*/true);
 }
 
-bool zoomBlur(WorkingImage &image, const FilterValues &values)
-{
-    constexpr double enough = 12;
-    const double diagonal = std::hypot(image.size().width(), image.size().height()) / 2;
-    const double amount = std::clamp(values.number("inputAmount"), -4 * diagonal, 4 * diagonal);
-    const int factor = Neighbours::reductionFor(std::abs(amount), enough);
-    const double height = image.size().height();
-    const QPointF given = values.point("inputCenter");
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
-        const QPointF center(given.x() / factor, reduced.size().height() - (height - given.y()) / factor);
-        return Sampling::addSpread(reduced, Sampling::Edge::Clamp, [=](QPointF place, std::vector<QPointF> &from) {
-            constexpr int most = 600;
-            const QPointF streak = (place - center) * (amount / diagonal);
-            const int steps = std::clamp(int(std::ceil(2 * std::hypot(streak.x(), streak.y()))), 1, most);
-            for (int i = 0; i < steps; ++i)
-                from.push_back(place - streak * ((i + 0.5) / steps));
-        });
-    });
-}
-
 const FilterTable kFilters{
     {"CIBoxBlur",
      QT_TRANSLATE_NOOP("FilterLibrary", "Box Blur"),
@@ -189,7 +144,8 @@ const FilterTable kFilters{
      boxBlur},
     {"CIDiscBlur",
      QT_TRANSLATE_NOOP("FilterLibrary", "Disc Blur"),
-     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs by averaging the disc around every pixel, like an out-of-focus lens."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs by averaging the disc around every pixel, like "
+                                        "an out-of-focus lens."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 8.0, {}, 0.0, 100.0}},
      discBlur},
     {"CIGaussianBlur",
@@ -199,35 +155,35 @@ const FilterTable kFilters{
      gaussianBlur},
     {"CIMedianFilter",
      QT_TRANSLATE_NOOP("FilterLibrary", "Median"),
-     QT_TRANSLATE_NOOP("FilterLibrary",
-                       "Replaces every pixel by the median of its neighbourhood, removing isolated specks."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Replaces every pixel by the median of its "
+                                        "neighbourhood, removing isolated specks."),
      {},
      medianFilter},
     {"CIMotionBlur",
      QT_TRANSLATE_NOOP("FilterLibrary", "Motion Blur"),
-     QT_TRANSLATE_NOOP("FilterLibrary",
-                       "Smears the image along one direction, as if the camera had moved during the exposure."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Smears the image along one direction, as if the camera "
+                                        "had moved during the exposure."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 20.0, 0.0, 0.0, 100.0},
       {"inputAngle", QT_TRANSLATE_NOOP("FilterLibrary", "Angle"), InputKind::Angle, 0.0, 0.0, -kPi, kPi}},
-     motionBlur},
+     StreakBlurs::motion},
     {"CINoiseReduction",
      QT_TRANSLATE_NOOP("FilterLibrary", "Noise Reduction"),
-     QT_TRANSLATE_NOOP("FilterLibrary",
-                       "Smooths small luminance differences as noise and sharpens larger ones as edges."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Smooths small luminance differences as noise and "
+                                        "sharpens larger ones as edges."),
      {{"inputNoiseLevel", QT_TRANSLATE_NOOP("FilterLibrary", "Noise Level"), InputKind::Number, 0.02, 0.0, 0.0, 0.1},
       {"inputSharpness", QT_TRANSLATE_NOOP("FilterLibrary", "Sharpness"), InputKind::Number, 0.4, 0.0, 0.0, 2.0}},
      noiseReduction},
     {"CIZoomBlur",
      QT_TRANSLATE_NOOP("FilterLibrary", "Zoom Blur"),
-     QT_TRANSLATE_NOOP("FilterLibrary",
-                       "Smears the image towards or away from a point, as if the lens had zoomed during the exposure."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Smears the image towards or away from a point, as if "
+                                        "the lens had zoomed during the exposure."),
      {{"inputCenter", QT_TRANSLATE_NOOP("FilterLibrary", "Center"), InputKind::Point, QPointF(150, 150), {}, {}, {}},
       {"inputAmount", QT_TRANSLATE_NOOP("FilterLibrary", "Amount"), InputKind::SignedPixels, 20.0, 0.0, -200.0, 200.0}},
-     zoomBlur},
+     StreakBlurs::zoom},
     {"CIBokehBlur",
      QT_TRANSLATE_NOOP("FilterLibrary", "Bokeh Blur"),
-     QT_TRANSLATE_NOOP("FilterLibrary",
-                       "Blurs with a disc whose rim can be emphasised, imitating out-of-focus highlights."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs with a disc whose rim can be emphasised, "
+                                        "imitating out-of-focus highlights."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 20.0, {}, 0.0, 100.0},
       {"inputRingAmount", QT_TRANSLATE_NOOP("FilterLibrary", "Ring Amount"), InputKind::Number, 0.0, {}, 0.0, 1.0},
       {"inputRingSize", QT_TRANSLATE_NOOP("FilterLibrary", "Ring Size"), InputKind::Number, 0.1, {}, 0.0, 0.2},
@@ -235,8 +191,8 @@ const FilterTable kFilters{
      bokehBlur},
     {"CIMorphologyGradient",
      QT_TRANSLATE_NOOP("FilterLibrary", "Morphology Gradient"),
-     QT_TRANSLATE_NOOP("FilterLibrary",
-                       "Shows edges as the difference between the local maximum and the local minimum."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Shows edges as the difference between the local "
+                                        "maximum and the local minimum."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 5.0, {}, 0.0, 50.0}},
      Morphology::gradient},
     {"CIMorphologyMaximum",

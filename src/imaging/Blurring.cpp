@@ -1,6 +1,7 @@
 #include "Blurring.h"
 
 #include "Neighbours.h"
+#include "Reduction.h"
 
 #include <algorithm>
 #include <cmath>
@@ -96,15 +97,8 @@ bool addReduced(WorkingImage &image, double deviation, int factor)
     const double ofMeans = (1 - 1 / square) / 12;
     const double ofCurves = 1.0 / 3;
     const double rest = std::sqrt(std::max(wanted - ofMeans - ofCurves, 0.1) / cut);
-    // The border tells the edges' pixels apart from the means inside.
-    const QSize full = image.size();
-    const QSize bordered(full.width() + 2 * factor, full.height() + 2 * factor);
-    return image.keepPieces(WorkingImage::Reading::Around) && Neighbours::addMargin(image, factor) &&
-           Neighbours::addSmaller(image, factor) && addDirectly(image, rest, {}) &&
-           Neighbours::addLarger(image, bordered, factor, Neighbours::Curve::Smooth) &&
-           image.add([&](VipsImage *in, VipsImage **out) {
-               return vips_extract_area(in, out, factor, factor, full.width(), full.height(), nullptr);
-           });
+    return Reduction::addReduced(image, {factor, Reduction::Merging::Mean, Reduction::Curve::Smooth},
+                                 [=](WorkingImage &reduced) { return addDirectly(reduced, rest, {}); });
 }
 
 bool addAny(WorkingImage &image, double deviation, const Combine &combine)
@@ -115,7 +109,7 @@ bool addAny(WorkingImage &image, double deviation, const Combine &combine)
     if (deviation < least && !combine)
         return true;
     const double sigma = std::clamp(deviation, 0.0, double(std::max(image.size().width(), image.size().height())));
-    const int factor = sigma < narrow ? 1 : Neighbours::reductionFor(sigma, enough);
+    const int factor = sigma < narrow ? 1 : Reduction::factorFor(sigma, enough);
     if (!image.setAlpha(Alpha::Premultiplied))
         return false;
     if (factor <= 1)

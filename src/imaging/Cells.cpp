@@ -1,6 +1,6 @@
 #include "Cells.h"
 
-#include "Neighbours.h"
+#include "Reduction.h"
 
 #include <algorithm>
 #include <array>
@@ -91,9 +91,9 @@ bool Cells::addMeans(WorkingImage &image, double size, const std::function<Cell(
     constexpr double enough = 32;
     const QSize full = image.size();
     const double extent = std::min(2 * size, 2.0 * std::max(full.width(), full.height()));
-    const int factor = Neighbours::reductionFor(extent, 2 * enough);
+    const int factor = Reduction::factorFor(extent, 2 * enough);
     if (!image.setAlpha(WorkingImage::Alpha::Premultiplied) ||
-        (factor > 1 && !(Neighbours::addSmaller(image, factor) && image.keepPieces())))
+        (factor > 1 && !(Reduction::addSmaller(image, factor) && image.keepPieces())))
         return false;
     const Grid grid{cellAt, full, factor, int(std::ceil(extent / factor)) + 1};
     return image.addStep(full, WorkingImage::Pieces::Tiles,

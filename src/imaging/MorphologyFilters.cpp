@@ -2,6 +2,7 @@
 
 #include "FilterValues.h"
 #include "Neighbours.h"
+#include "Reduction.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +15,12 @@ using Neighbours::Extreme;
 double within(const WorkingImage &image, double length)
 {
     return std::min(length, 2.0 * std::max(image.size().width(), image.size().height()));
+}
+
+// Among the extremes of squares none is lost.
+Reduction::Merging mergingOf(Extreme extreme)
+{
+    return extreme == Extreme::Most ? Reduction::Merging::Most : Reduction::Merging::Least;
 }
 
 // How far a disc reaches to either side, row by row.
@@ -30,9 +37,11 @@ bool addDiscExtreme(WorkingImage &image, double radius, Extreme extreme)
 {
     constexpr double enough = 60;
     const double length = within(image, radius);
-    const int factor = Neighbours::reductionFor(length, enough);
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
-        return Neighbours::addExtreme(reduced, extreme, discSpans(length / factor));
+    const int factor = Reduction::factorFor(length, enough);
+    // A pixel of the smaller picture reaches half a pixel farther by itself.
+    const double reduced = factor > 1 ? length / factor - 0.5 : length;
+    return Reduction::addReduced(image, {factor, mergingOf(extreme)}, [=](WorkingImage &smaller) {
+        return Neighbours::addExtreme(smaller, extreme, discSpans(reduced));
     });
 }
 
@@ -48,9 +57,9 @@ bool addRectangleExtreme(WorkingImage &image, const FilterValues &values, Extrem
     constexpr double enough = 240;
     const double width = within(image, values.number("inputWidth"));
     const double height = within(image, values.number("inputHeight"));
-    const int factor = Neighbours::reductionFor(std::max(width, height), enough);
+    const int factor = Reduction::factorFor(std::max(width, height), enough);
     const double scale = values.scale() / factor;
-    return Neighbours::addReduced(image, factor, [=](WorkingImage &reduced) {
+    return Reduction::addReduced(image, {factor, mergingOf(extreme)}, [=](WorkingImage &reduced) {
         const int across = std::max(halfOf(width / factor, scale), 0);
         const int down = std::max(halfOf(height / factor, scale), 0);
         return Neighbours::addExtreme(reduced, extreme, {across}) &&
@@ -75,12 +84,11 @@ bool Morphology::gradient(WorkingImage &image, const FilterValues &values)
     // Small renderings of it are not to become black.
     const double given = values.number("inputRadius");
     const double radius = std::max(given, std::min(given / values.scale(), 1.0));
-    if (!image.setAlpha(WorkingImage::Alpha::Straight) || !image.keepPieces(WorkingImage::Reading::Around))
+    if (!image.setAlpha(WorkingImage::Alpha::Premultiplied) || !image.keepPieces(WorkingImage::Reading::Around))
         return false;
     WorkingImage most = image;
     WorkingImage least = image;
     return addDiscExtreme(most, radius, Extreme::Most) && addDiscExtreme(least, radius, Extreme::Least) &&
-           most.setAlpha(WorkingImage::Alpha::Straight) && least.setAlpha(WorkingImage::Alpha::Straight) &&
            most.combineWith(least,
                             [](Pixel &m, const Pixel &l) {
                                 m = {m.r - l.r, m.g - l.g, m.b - l.b, m.a};

@@ -5,8 +5,8 @@
 #include <functional>
 #include <vector>
 
-/// Steps whose pixels depend on those around them. Beyond the edges the nearest pixel repeats; alpha weighs.
-/// Lengths are in pixels of the rendering; where they are large, a smaller picture does.
+/// Steps whose pixels depend on those around them. Beyond the edges the nearest pixel repeats; alpha weighs. Lengths
+/// are in pixels of the rendering.
 namespace Neighbours {
 
 /// A pixel beside another, rows downward, and its weight.
@@ -19,6 +19,8 @@ struct Tap
 
 /// Repeats the edges' pixels on all sides.
 [[nodiscard]] bool addMargin(WorkingImage &image, int margin);
+/// Cuts that off again.
+[[nodiscard]] bool removeMargin(WorkingImage &image, int margin, QSize size);
 
 /// `function(out, in)` finds pixel (x, y) and those around it in `in` at (x + margin, y + margin).
 using Function = std::function<void(VipsRegion &out, VipsRegion &in)>;
@@ -39,18 +41,5 @@ enum class Extreme { Least, Most };
 
 /// Turns the image into its encoded luminance, in all colours, and blurs that.
 [[nodiscard]] bool addLightness(WorkingImage &image, double deviation);
-
-/// How many times smaller a picture may be, so that `length` becomes at most `enough`.
-[[nodiscard]] int reductionFor(double length, double enough);
-/// Makes the image smaller: the mean of squares of `factor` pixels, cut at the right and at the bottom.
-[[nodiscard]] bool addSmaller(WorkingImage &image, int factor);
-enum class Curve {
-    Straight, ///< through the pixels
-    Smooth,   ///< beside them: blurs as three means of one pixel's width do
-};
-/// Makes an image that has been made smaller by `factor` as large as it was.
-[[nodiscard]] bool addLarger(WorkingImage &image, QSize size, int factor, Curve curve);
-/// The image made smaller, `step` on that, and large again.
-[[nodiscard]] bool addReduced(WorkingImage &image, int factor, const std::function<bool(WorkingImage &)> &step);
 
 }

@@ -1,6 +1,6 @@
 #include "Resampling.h"
 
-#include "Neighbours.h"
+#include "Reduction.h"
 #include "Sampling.h"
 
 #include <algorithm>
@@ -151,10 +151,10 @@ bool Resampling::addScaled(WorkingImage &image, double width, double height, con
             return QPointF(place.x() * full.width() / width, place.y() * full.height() / height);
         });
     // Means do where many pixels become one.
-    const int factor = Neighbours::reductionFor(std::min(full.width() / width, full.height() / height), enough);
+    const int factor = Reduction::factorFor(std::min(full.width() / width, full.height() / height), enough);
     const Axis across{true, double(full.width()) / factor, width, kept.width(), 0};
     const Axis down{false, double(full.height()) / factor, height, kept.height(), height - kept.height()};
     return image.setAlpha(WorkingImage::Alpha::Premultiplied) && image.keepPieces() &&
-           (factor <= 1 || (Neighbours::addSmaller(image, factor) && image.keepPieces())) &&
+           (factor <= 1 || (Reduction::addSmaller(image, factor) && image.keepPieces())) &&
            addAxis(image, across, kernel) && addAxis(image, down, kernel);
 }

@@ -1,7 +1,7 @@
 #include "Seeds.h"
 
-#include "Neighbours.h"
 #include "PixelMath.h"
+#include "Reduction.h"
 
 #include <algorithm>
 #include <cmath>
@@ -176,9 +176,9 @@ bool Seeds::addPainted(WorkingImage &image, const Grid &grid, const std::functio
     const QSize size = image.size();
     Grid limited = grid;
     limited.meanSide = std::min(grid.meanSide, 2.0 * std::max(size.width(), size.height()));
-    const Plan plan{limited, size.height(), Neighbours::reductionFor(limited.meanSide, enough)};
+    const Plan plan{limited, size.height(), Reduction::factorFor(limited.meanSide, enough)};
     return image.setAlpha(WorkingImage::Alpha::Premultiplied) &&
-           (plan.factor <= 1 || Neighbours::addSmaller(image, plan.factor)) && image.keepPieces() &&
+           (plan.factor <= 1 || Reduction::addSmaller(image, plan.factor)) && image.keepPieces() &&
            image.addStep(size, WorkingImage::Pieces::Tiles,
                          [=](VipsRegion &out, VipsRegion *const *in) { return fillPiece(out, *in[0], plan, paint); });
 }

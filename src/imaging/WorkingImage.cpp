@@ -289,6 +289,38 @@ bool WorkingImage::combineRows(const WorkingImage &other, RowCombination step)
     return addStep({m_image.get(), theirs.m_image.get()}, size(), Pieces::Rows, run);
 }
 
+bool WorkingImage::blendWith(const WorkingImage &other, std::function<float(int x, int y)> share)
+{
+    const auto run = [share = std::move(share)](VipsRegion &out, VipsRegion *const *in) {
+        const VipsRect &area = out.valid;
+        std::vector<float> shares;
+        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+            for (int x = area.left; x < VIPS_RECT_RIGHT(&area); ++x)
+                shares.push_back(share(x, y));
+        }
+        const auto [least, most] = std::minmax_element(shares.cbegin(), shares.cend());
+        if ((*least < 1 && !prepareSame(*in[0], out)) || (*most > 0 && !prepareSame(*in[1], out)))
+            return false;
+        const bool isMixed = *least < 1 && *most > 0;
+        VipsRegion &main = *least < 1 ? *in[0] : *in[1];
+        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+            Pixel *row = pixelAt(out, area.left, y);
+            std::memcpy(row, pixelAt(main, area.left, y), size_t(area.width) * sizeof(Pixel));
+            for (int x = 0; isMixed && x < area.width; ++x) {
+                auto &own = *reinterpret_cast<Wide::Four::Floats *>(row + x);
+                const auto &theirs = *reinterpret_cast<const Wide::Four::Floats *>(pixelAt(*in[1], area.left + x, y));
+                own += shares[size_t((y - area.top) * area.width + x)] * (theirs - own);
+            }
+        }
+        return true;
+    };
+    WorkingImage theirs = other;
+    if (!addRows() || !theirs.addRows())
+        return false;
+    m_isCostly = m_isCostly || other.m_isCostly;
+    return addStep({m_image.get(), theirs.m_image.get()}, size(), Pieces::Rows, run);
+}
+
 bool WorkingImage::setForm(Alpha alpha, Light light)
 {
     if (m_source && !m_sourceLight)

@@ -80,16 +80,18 @@ public:
             });
         };
     }
-    /// Adds an operation `operation(in, &out)` of libvips that keeps the bands.
+    /// Where `share(x, y)`, with rows downward, is 1, another image of the same size and form takes the place of this
+    /// one; between 0 and 1 they are mixed. Of neither is computed what is not needed.
+    [[nodiscard]] bool blendWith(const WorkingImage &other, std::function<float(int x, int y)> share);
+    /// Adds an operation `operation(in, &out)` of libvips that keeps the bands and costs little.
     template<typename Operation>
     [[nodiscard]] bool add(Operation operation)
     {
         VipsImage *out = nullptr;
-        if (!addRows())
-            return false;
-        m_isCostly = true;
-        return operation(m_image.get(), &out) == 0 && take(out);
+        return addRows() && operation(m_image.get(), &out) == 0 && take(out);
     }
+    /// What has been added last costs more than a row step.
+    void setCostly() { m_isCostly = true; }
     /// Adds a step `function(pixel)` without regard to the place.
     template<typename Function>
     [[nodiscard]] bool addPixelStep(Function function)

@@ -1,5 +1,6 @@
 #include "FilterReference.h"
 
+#include "PixelMath.h"
 #include "TestPictures.h"
 
 #include <algorithm>
@@ -94,6 +95,20 @@ QImage samplePicture(bool withAlpha)
     return TestPictures::colorful(QSize(32, 24), withAlpha);
 }
 
+QImage detailedPicture()
+{
+    QImage image(704, 496, QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const quint32 grain = PixelMath::cellHash(x / 3, y / 3) >> 24;
+            const int light = x / 88 % 2 == y / 62 % 2 ? 90 : 10;
+            const int alpha = x > 400 && (x + y) % 200 < 100 ? int(40 + grain / 2) : 255;
+            image.setPixel(x, y, qRgba(light + int(grain / 2), int(grain), 60 + x / 5, alpha));
+        }
+    }
+    return image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
 EffectEntry effect(const char *filter, FilterSettings values)
 {
     EffectEntry entry(QString::fromLatin1(filter));
@@ -134,6 +149,52 @@ QString firstDifference(const std::vector<FilterCase> &cases)
                     .arg(difference)
                     .arg(withAlpha ? QStringLiteral(" with alpha") : QString());
         }
+    }
+    return {};
+}
+
+namespace {
+
+using Pixel = ReferencePicture::Pixel;
+
+// The largest difference of the components of an encoded pixel with alpha multiplied in, in 8-bit steps.
+double difference(const Pixel &expected, QRgb found)
+{
+    const double alpha = std::clamp(expected[3], 0.0, 1.0);
+    double most = std::abs(alpha * 255 - qAlpha(found));
+    const std::array<int, 3> parts{qRed(found), qGreen(found), qBlue(found)};
+    for (size_t i = 0; i < 3; ++i) {
+        const double color = alpha > 0 ? std::clamp(expected[i] / alpha, 0.0, 1.0) : 0;
+        most = std::max(most, std::abs(srgbEncoded(color) * alpha * 255 - parts[i]));
+    }
+    return most;
+}
+
+}
+
+QString firstWideDifference(const std::vector<WideCase> &cases)
+{
+    const QImage picture = detailedPicture();
+    ReferencePicture in(picture);
+    in.multiplyAlpha();
+    for (const WideCase &one : cases) {
+        const QImage result = filtered({one.entry}, picture).convertToFormat(picture.format());
+        double sum = 0;
+        double most = 0;
+        int count = 0;
+        for (int y = 0; y < in.height(); y += 99) {    // 495 is the last
+            for (int x = 0; x < in.width(); x += 37) { // as is 703
+                const double apart = difference(one.expected(in, x, y), result.pixel(x, in.height() - 1 - y));
+                sum += apart;
+                most = std::max(most, apart);
+                ++count;
+            }
+        }
+        if (!(sum / count <= one.meanTolerance && most <= one.tolerance))
+            return QStringLiteral("%1 differs by %2, %3 at most")
+                .arg(one.entry.filterName())
+                .arg(sum / count)
+                .arg(most);
     }
     return {};
 }

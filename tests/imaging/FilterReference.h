@@ -45,6 +45,9 @@ private:
 /// 32 × 24 pixels with colours, an edge, and (if wanted) alpha.
 [[nodiscard]] QImage samplePicture(bool withAlpha);
 
+/// 704 × 496 pixels of fine detail, hard edges, and alpha on the right.
+[[nodiscard]] QImage detailedPicture();
+
 using FilterSettings = std::initializer_list<std::pair<const char *, EffectValue>>;
 /// An entry with these values.
 [[nodiscard]] EffectEntry effect(const char *filter, FilterSettings values = {});
@@ -60,6 +63,17 @@ struct FilterCase
 
 /// Checks all cases on the sample picture with and without alpha; the first difference, or empty.
 [[nodiscard]] QString firstDifference(const std::vector<FilterCase> &cases);
+
+/// How a filter with large lengths does on the detailed picture; in 8-bit steps, in the mean and at most, of some
+/// pixels all over it. `expected(picture, x, y)` works on colours into which alpha is multiplied.
+struct WideCase
+{
+    EffectEntry entry;
+    std::function<ReferencePicture::Pixel(const ReferencePicture &in, int x, int y)> expected;
+    double meanTolerance;
+    int tolerance;
+};
+[[nodiscard]] QString firstWideDifference(const std::vector<WideCase> &cases);
 
 /// The chain's result, or null.
 [[nodiscard]] QImage filtered(const EffectChain &chain, const QImage &image, double scale = 1);

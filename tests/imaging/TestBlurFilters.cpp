@@ -103,25 +103,27 @@ Pixel between(const ReferencePicture &in, double x, double y)
     return result;
 }
 
-/// The mean of a streak from one end to the other.
-FilterCase streaked(const EffectEntry &entry,
-                    const std::function<std::pair<QPointF, QPointF>(double x, double y)> &ends, int tolerance = 1)
+/// From where to where the streak of a pixel leads.
+using Ends = std::function<std::pair<QPointF, QPointF>(double x, double y)>;
+
+Pixel meanOfStreak(const ReferencePicture &in, const std::pair<QPointF, QPointF> &ends)
+{
+    constexpr int steps = 800;
+    const auto [from, to] = ends;
+    Pixel mean{};
+    for (int step = 0; step < steps; ++step) {
+        const QPointF place = from + (to - from) * ((step + 0.5) / steps);
+        const Pixel pixel = between(in, place.x(), place.y());
+        for (size_t i = 0; i < 4; ++i)
+            mean[i] += pixel[i] / steps;
+    }
+    return mean;
+}
+
+FilterCase streaked(const EffectEntry &entry, const Ends &ends, int tolerance = 1)
 {
     return ofNeighbours(
-        entry,
-        [=](const ReferencePicture &in, int x, int y) {
-            constexpr int steps = 400;
-            const auto [from, to] = ends(x, y);
-            Pixel mean{};
-            for (int step = 0; step < steps; ++step) {
-                const QPointF place = from + (to - from) * ((step + 0.5) / steps);
-                const Pixel pixel = between(in, place.x(), place.y());
-                for (size_t i = 0; i < 4; ++i)
-                    mean[i] += pixel[i] / steps;
-            }
-            return mean;
-        },
-        tolerance);
+        entry, [=](const ReferencePicture &in, int x, int y) { return meanOfStreak(in, ends(x, y)); }, tolerance);
 }
 
 }
@@ -193,6 +195,49 @@ private Q_SLOTS:
                             }};
         gradient.isOpaque = true;
         QCOMPARE(firstDifference({gradient}), QString());
+    }
+
+    /// Where a smaller picture does, it looks the same, up to the edges. Fine grain across the rays of a zoom is
+    /// softer.
+    void wideLengthsAreAsPreciseAsNarrowOnes()
+    {
+        const auto disc = [](int x, int y) { return std::clamp(63.5 + 0.5 - std::hypot(x, y), 0.0, 1.0); };
+        const auto bokeh = [](int x, int y) {
+            const double distance = std::hypot(x, y);
+            return (1 - smoothStep(38, 42, distance)) * (distance > 40 * 0.8 ? 5 : 1);
+        };
+        const auto wide = [](const EffectEntry &entry, int reach, const Weight &weight, double mean, int most) {
+            return WideCase{
+                entry, [=](const ReferencePicture &in, int x, int y) { return weightedMean(in, x, y, reach, weight); },
+                mean, most};
+        };
+        const auto streak = [](const EffectEntry &entry, const Ends &ends, double mean, int most) {
+            return WideCase{entry,
+                            [=](const ReferencePicture &in, int x, int y) { return meanOfStreak(in, ends(x, y)); },
+                            mean, most};
+        };
+        const auto line = [](double x, double y) {
+            const QPointF half(90 * std::cos(0.5), 90 * std::sin(0.5));
+            return std::pair(QPointF(x, y) - half, QPointF(x, y) + half);
+        };
+        const QPointF center(555, 198); // of one of the pixels that are looked at
+        const auto ray = [=](double x, double y) {
+            const double diagonal = std::hypot(704, 496) / 2;
+            return std::pair(QPointF(x, y), QPointF(x, y) - (QPointF(x, y) - center) * (150 / diagonal));
+        };
+        const QPointF stored((center.x() + 0.5) / 352 - 1, (center.y() + 0.5) / 248 - 1);
+        const std::vector<WideCase> cases{
+            wide(
+                effect("CIBoxBlur", {{"inputRadius", 70.0}}), 70, [](int, int) { return 1; }, 0.5, 2),
+            wide(effect("CIDiscBlur", {{"inputRadius", 63.5}}), 65, disc, 0.6, 2),
+            wide(effect(
+                     "CIBokehBlur",
+                     {{"inputRadius", 40.0}, {"inputRingAmount", 1.0}, {"inputRingSize", 0.2}, {"inputSoftness", 4.0}}),
+                 43, bokeh, 1, 3),
+            wide(effect("CIGaussianBlur", {{"inputRadius", 31.0}}), 93, bell(31), 0.5, 2),
+            streak(effect("CIMotionBlur", {{"inputRadius", 90.0}, {"inputAngle", 0.5}}), line, 0.8, 2),
+            streak(effect("CIZoomBlur", {{"inputCenter", stored}, {"inputAmount", 150.0}}), ray, 4, 24)};
+        QCOMPARE(firstWideDifference(cases), QString());
     }
 
     void noiseIsToldFromEdges()
