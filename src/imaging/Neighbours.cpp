@@ -36,7 +36,7 @@ bool Neighbours::removeMargin(WorkingImage &image, int margin, QSize size)
 bool Neighbours::addStep(WorkingImage &image, int margin, Function function)
 {
     const QSize size = image.size();
-    if (!image.setAlpha(Alpha::Premultiplied) || !image.keepPieces(WorkingImage::Reading::Around) ||
+    if (!image.setAlpha(Alpha::Premultiplied) || !image.keepPieces(WorkingImage::Reading::Around, margin) ||
         !addMargin(image, margin))
         return false;
     const auto step = [margin, run = std::move(function), cancelled = image.cancelled()](VipsRegion &out,

@@ -114,7 +114,7 @@ bool addAxis(WorkingImage &image, const Axis &axis, const Kernel &kernel)
 // How much of a length is kept, when the frame has that one.
 int keptOf(double length, int frame)
 {
-    constexpr double most = 4;
+    constexpr double most = 16;
     return int(std::min(length, std::max(most * frame, 1.0)));
 }
 

@@ -50,8 +50,8 @@ bool addLine(WorkingImage &image, double radius, double angle)
     const double part = radius / parts;
     const int margin = int(std::ceil(radius)) + 1; // so that beyond the edges lie no means
     const QSize size = image.size();
-    return image.setAlpha(WorkingImage::Alpha::Premultiplied) && image.keepPieces(WorkingImage::Reading::Around) &&
-           Neighbours::addMargin(image, margin) &&
+    return image.setAlpha(WorkingImage::Alpha::Premultiplied) &&
+           image.keepPieces(WorkingImage::Reading::Around, margin) && Neighbours::addMargin(image, margin) &&
            Neighbours::addWeighted(image, lineTaps(part, angle, samples(part))) &&
            Neighbours::addWeighted(image, lineTaps(radius, angle, parts)) &&
            Neighbours::removeMargin(image, margin, size);

@@ -17,7 +17,7 @@ struct Eight
 
 #if defined(__x86_64__)
 template<typename Body>
-__attribute__((target("avx2,fma"))) void runWide(Body body)
+__attribute__((target("avx2,fma,f16c"))) void runWide(Body body)
 {
     body();
 }
@@ -29,7 +29,8 @@ template<typename Body>
 void run(Body body)
 {
 #if defined(__x86_64__)
-    static const bool isWide = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    static const bool isWide =
+        __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") && __builtin_cpu_supports("f16c");
     if (isWide) {
         runWide(body);
         return;

@@ -1,5 +1,6 @@
 #include "WorkingImage.h"
 
+#include "HalfFloats.h"
 #include "SrgbCurve.h"
 
 #include <QThread>
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int kBands = 4;
 constexpr char kStepKey[] = "tamsel-step";
+constexpr char kBytesKey[] = "tamsel-bytes";
 
 /// A step of the pipeline with the images that it reads, which stay alive with it.
 struct AddedStep
@@ -188,6 +190,7 @@ WorkingImage::WorkingImage(const QImage &pixels, const std::atomic<bool> *cancel
     : m_cancelled(cancelled)
     , m_source(&pixels)
     , m_frame(pixels.size())
+    , m_keptBytes(std::make_shared<std::atomic<qint64>>(0))
     , m_mayBeClear(pixels.hasAlphaChannel())
 {
     ensureVips();
@@ -348,20 +351,69 @@ bool WorkingImage::setForm(Alpha alpha, Light light)
     return isConverted && multiply(alpha);
 }
 
-bool WorkingImage::keepPieces(Reading reading)
+namespace {
+
+/// Counts bytes as long as it lives.
+class KeptBytes
+{
+public:
+    KeptBytes(std::shared_ptr<std::atomic<qint64>> sum, qint64 bytes)
+        : m_sum(std::move(sum))
+        , m_bytes(bytes)
+    {
+        *m_sum += m_bytes;
+    }
+    KeptBytes(const KeptBytes &) = delete;
+    KeptBytes &operator=(const KeptBytes &) = delete;
+    ~KeptBytes() { *m_sum -= m_bytes; }
+
+private:
+    std::shared_ptr<std::atomic<qint64>> m_sum;
+    qint64 m_bytes;
+};
+
+}
+
+bool WorkingImage::keepPieces(Reading reading, int margin)
 {
     constexpr int side = 64;
-    constexpr int most = (64 << 20) / (side * side * int(sizeof(Pixel)));
+    constexpr qint64 bytes = side * side * qint64(sizeof(Pixel));
+    constexpr int most = int((64 << 20) / bytes);
+    constexpr qint64 mostOfChain = 160 << 20;
+    constexpr int pieceHeight = 128; // that is asked for at a time
     if (!m_isCostly)
         return true;
-    const int bands = reading == Reading::Around ? 4 : most; // of tiles from the left to the right
+    // Bands of tiles from the left to the right.
+    const int bands = reading == Reading::Around ? (pieceHeight + 2 * margin) / side + 2 : most;
     const int kept = std::min(most, bands * (size().width() / side + 2));
+    if (*m_keptBytes + kept * bytes > mostOfChain)
+        return settle();
     const bool isKept = add([kept](VipsImage *in, VipsImage **out) {
         return vips_tilecache(in, out, "tile_width", side, "tile_height", side, "max_tiles", kept, "access",
                               VIPS_ACCESS_RANDOM, "threaded", TRUE, nullptr);
     });
     m_isCostly = !isKept;
+    if (isKept)
+        g_object_set_data_full(G_OBJECT(m_image.get()), kBytesKey, new KeptBytes(m_keptBytes, kept * bytes),
+                               [](gpointer data) { delete static_cast<KeptBytes *>(data); });
     return isKept;
+}
+
+bool WorkingImage::settle()
+{
+    if (!addRows())
+        return false;
+    const auto whole = std::make_shared<HalfFloats>(size());
+    const bool isDone = sink([&](VipsRegion &piece) {
+        whole->write(piece);
+        return true;
+    });
+    m_isCostly = false;
+    return isDone &&
+           addStep(std::vector<VipsImage *>(), size(), Pieces::Rows, [whole](VipsRegion &out, VipsRegion *const *) {
+               whole->read(out);
+               return true;
+           });
 }
 
 namespace {

@@ -115,8 +115,9 @@ public:
     /// Where a next step reads.
     enum class Reading { Around, Anywhere };
     /// Keeps what has been computed last, where that is worth while, for a next step that asks for the same pixels
-    /// again and again or for a few at a time.
-    [[nodiscard]] bool keepPieces(Reading reading = Reading::Anywhere);
+    /// again and again or for a few at a time; around a pixel, those so far away. When a long chain has kept too much,
+    /// the image so far is computed as a whole.
+    [[nodiscard]] bool keepPieces(Reading reading = Reading::Anywhere, int margin = 0);
 
     /// Computes every piece once and hands it to `visit`, on several threads; ends early when that tells false.
     [[nodiscard]] bool visitPieces(std::function<bool(VipsRegion &)> visit) const;
@@ -128,6 +129,7 @@ public:
 
 private:
     [[nodiscard]] bool setForm(Alpha alpha, Light light);
+    [[nodiscard]] bool settle();
     [[nodiscard]] bool addRows();
     [[nodiscard]] bool fitFrame();
     [[nodiscard]] bool take(VipsImage *image);
@@ -142,6 +144,7 @@ private:
     Alpha m_alpha = Alpha::Straight;
     Light m_light = Light::Linear;
     QSize m_frame;
+    std::shared_ptr<std::atomic<qint64>> m_keptBytes; // of all copies
     bool m_mayBeClear = false;
     bool m_samplesNearest = false;
     bool m_isNearestNext = false;

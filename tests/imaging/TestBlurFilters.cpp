@@ -186,15 +186,35 @@ private Q_SLOTS:
             ranking(effect("CIMorphologyRectangleMinimum", {{"inputWidth", 7.4}, {"inputHeight", 2.0}}), 3, rectangle,
                     0)};
         QCOMPARE(firstDifference(cases), QString());
-        FilterCase gradient{effect("CIMorphologyGradient", {{"inputRadius", 3.3}}), [&](const ReferencePicture &in) {
-                                return in.mapped([&](int x, int y) {
-                                    const Pixel most = ranked(in, x, y, 3, disc, 1);
-                                    const Pixel least = ranked(in, x, y, 3, disc, 0);
-                                    return Pixel{most[0] - least[0], most[1] - least[1], most[2] - least[2], 1};
-                                });
-                            }};
-        gradient.isOpaque = true;
-        QCOMPARE(firstDifference({gradient}), QString());
+        const auto apart = [&](const ReferencePicture &in, int x, int y) {
+            const Pixel most = ranked(in, x, y, 3, disc, 1);
+            const Pixel least = ranked(in, x, y, 3, disc, 0);
+            return Pixel{most[0] - least[0], most[1] - least[1], most[2] - least[2], in.at(x, y)[3]};
+        };
+        QCOMPARE(firstDifference({ofNeighbours(effect("CIMorphologyGradient", {{"inputRadius", 3.3}}), apart)}),
+                 QString());
+    }
+
+    void nothingIsLostAmongManyNeighbours()
+    {
+        QImage dark(500, 400, QImage::Format_RGB32);
+        dark.fill(qRgb(10, 20, 30));
+        dark.setPixel(250, 200, qRgb(250, 250, 250));
+        QImage light = dark;
+        light.invertPixels();
+        const auto [most, least] = std::pair(effect("CIMorphologyMaximum", {{"inputRadius", 150.0}}),
+                                             effect("CIMorphologyMinimum", {{"inputRadius", 150.0}}));
+        const auto [wide, low] =
+            std::pair(effect("CIMorphologyRectangleMaximum", {{"inputWidth", 301.0}, {"inputHeight", 3.0}}),
+                      effect("CIMorphologyRectangleMinimum", {{"inputWidth", 301.0}, {"inputHeight", 3.0}}));
+        for (const auto &[entry, picture] :
+             {std::pair(most, dark), std::pair(least, light), std::pair(wide, dark), std::pair(low, light)}) {
+            const QImage result = filtered({entry}, picture);
+            for (const int x : {106, 250, 394})
+                QCOMPARE(result.pixel(x, 200), picture.pixel(250, 200));
+            for (const int x : {88, 412})
+                QCOMPARE(result.pixel(x, 200), picture.pixel(0, 0));
+        }
     }
 
     /// Where a smaller picture does, it looks the same, up to the edges. Fine grain across the rays of a zoom is

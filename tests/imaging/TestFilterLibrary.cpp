@@ -3,6 +3,8 @@
 #include "TestPictures.h"
 #include "TestRunner.h"
 
+#include <QFile>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <cmath>
@@ -54,6 +56,34 @@ EffectEntry extreme(const FilterAttributes &filter, double value)
             entry.setValue(input.name, EffectColor{value, -value, value, value});
     }
     return entry;
+}
+
+/// The most memory that this process has had since `resetPeakMemory()`, in MB; the latter tells what it has.
+qint64 peakMemory()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QFile::ReadOnly))
+        return 0;
+    const auto note = QRegularExpression(QStringLiteral("VmHWM:\\s*(\\d+)")).match(QString::fromUtf8(status.readAll()));
+    return note.captured(1).toLongLong() / 1024;
+}
+
+qint64 resetPeakMemory()
+{
+    QFile note(QStringLiteral("/proc/self/clear_refs"));
+    if (note.open(QFile::WriteOnly))
+        note.write("5");
+    note.close();
+    return peakMemory();
+}
+
+constexpr bool isSanitized()
+{
+#ifdef __SANITIZE_ADDRESS__
+    return true;
+#else
+    return false;
+#endif
 }
 
 QString textOf(const std::optional<EffectValue> &value)
@@ -226,6 +256,23 @@ private Q_SLOTS:
                          filtered({EffectEntry(filter.name)}, alphaSample()) == alphaSample(),
                      qPrintable(filter.name));
         }
+    }
+
+    /// What a long chain keeps on the way does not add up, and nothing of it is lost.
+    void longChainsKeepLittle()
+    {
+        const QImage picture = TestPictures::colorful(QSize(1000, 300));
+        const EffectChain three{effect("CIBloom", {{"inputRadius", 12.0}, {"inputIntensity", 0.3}}),
+                                effect("CISharpenLuminance", {{"inputRadius", 3.0}, {"inputSharpness", 0.3}}),
+                                effect("CIGloom", {{"inputRadius", 9.0}, {"inputIntensity", 0.3}})};
+        const EffectChain nine = three + three + three;
+        const EffectChain end = three + EffectChain{effect("CIEdgeWork")};
+        const qint64 before = resetPeakMemory();
+        const QImage whole = filtered(nine + end, picture);
+        if (!isSanitized()) // which keeps what is freed
+            QVERIFY2(peakMemory() - before < 300, qPrintable(QString::number(peakMemory() - before)));
+        const double apart = TestPictures::meanDifference(whole, filtered(end, filtered(nine, picture)));
+        QVERIFY2(apart < 1, qPrintable(QString::number(apart)));
     }
 
     /// Also into the work on a single piece, here one that needs all others behind slow filters.

@@ -104,6 +104,9 @@ private Q_SLOTS:
         const QImage back = filtered({larger, smaller}, sample);
         QCOMPARE(back.format(), QImage::Format_RGB32);
         QVERIFY(TestPictures::meanDifference(back, sample) < 3);
+        const EffectEntry far = effect("CIBicubicScaleTransform", {{"inputScale", 10.0}});
+        const EffectEntry near = effect("CILanczosScaleTransform", {{"inputScale", 0.1}});
+        QVERIFY(TestPictures::meanDifference(filtered({far, near}, sample), sample) < 3);
     }
 
     void nearestSamplingIsForTheNextFilterAlone()
