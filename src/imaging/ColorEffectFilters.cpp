@@ -69,16 +69,12 @@ bool minimumComponent(WorkingImage &image, const FilterValues &)
 
 bool sepiaTone(WorkingImage &image, const FilterValues &values)
 {
-    using Floats = Wide::Four::Floats;
     const auto intensity = float(values.number("inputIntensity"));
     constexpr PixelMath::Matrix brown{{0.393F, 0.349F, 0.272F}, {0.769F, 0.686F, 0.534F}, {0.189F, 0.168F, 0.131F}, {}};
-    const Pixel share{intensity, intensity, intensity, 0};
     return addEncodedStep(image, [=](Pixel &pixel) {
-        const Floats toned = brown.floats(pixel);
-        const Floats positive = toned > 0 ? toned : Floats{};
-        const Floats limited = positive < 1 ? positive : Floats{} + 1;
-        auto &own = *reinterpret_cast<Floats *>(&pixel);
-        own += *reinterpret_cast<const Floats *>(&share) * (limited - own);
+        Pixel toned = brown(pixel);
+        eachColor(toned, clamped);
+        pixel = mixed(pixel, toned, intensity);
     });
 }
 

@@ -61,15 +61,11 @@ struct Matrix
     Pixel ofBlue;
     Pixel more; ///< is added to all
 
-    [[nodiscard]] Wide::Four::Floats floats(const Pixel &p) const
-    {
-        const auto four = [](const Pixel &pixel) { return *reinterpret_cast<const Wide::Four::Floats *>(&pixel); };
-        return p.r * four(ofRed) + p.g * four(ofGreen) + p.b * four(ofBlue) + four(more);
-    }
     [[nodiscard]] Pixel operator()(const Pixel &p) const
     {
-        const Wide::Four::Floats sum = floats(p);
-        return {sum[0], sum[1], sum[2], p.a};
+        return {p.r * ofRed.r + p.g * ofGreen.r + p.b * ofBlue.r + more.r,
+                p.r * ofRed.g + p.g * ofGreen.g + p.b * ofBlue.g + more.g,
+                p.r * ofRed.b + p.g * ofGreen.b + p.b * ofBlue.b + more.b, p.a};
     }
 };
 

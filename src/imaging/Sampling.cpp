@@ -142,6 +142,23 @@ private:
     std::vector<Pixel> m_sums;
 };
 
+// Whether every pixel comes from where it is; `in` is as large as `out`.
+bool isUnmoved(const Fetch &fetch, QSize size)
+{
+    constexpr double little = 1e-7;
+    const VipsRect &area = fetch.area;
+    if (!fetch.ends.empty())
+        return false;
+    const QPointF *place = fetch.places.data();
+    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
+        for (int x = area.left; x < VIPS_RECT_RIGHT(&area); ++x, ++place) {
+            if (!(std::abs(place->x() - x - 0.5) < little && std::abs(size.height() - place->y() - y - 0.5) < little))
+                return false;
+        }
+    }
+    return true;
+}
+
 /// Appends the places for a row of pixels, and where each pixel's end when they can be several.
 using FindPlaces = std::function<void(QPointF first, int count, Fetch &fetch)>;
 
@@ -152,6 +169,8 @@ bool fillArea(VipsRegion &out, VipsRegion &in, const VipsRect &area, Manner mann
     Fetch fetch{area, {}, {}};
     for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y)
         find(QPointF(area.left + 0.5, out.im->Ysize - y - 0.5), area.width, fetch);
+    if (input == QSize(out.im->Xsize, out.im->Ysize) && isUnmoved(fetch, input))
+        return vips_region_prepare_to(&in, &out, &area, area.left, area.top) == 0;
     for (QPointF &place : fetch.places) {
         place = inReach(QPointF(place.x(), input.height() - place.y()), input);
         if (manner.isNearest)

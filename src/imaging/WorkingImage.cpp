@@ -1,6 +1,7 @@
 #include "WorkingImage.h"
 
 #include "HalfFloats.h"
+#include "PixelSource.h"
 #include "SrgbCurve.h"
 
 #include <QThread>
@@ -63,31 +64,7 @@ int runStep(VipsRegion *out, void *regions, void *, void *data, gboolean *)
 }
 
 using Light = WorkingImage::Light;
-using Levels = std::array<float, 256>;
-
-Levels levelsOf(Light light)
-{
-    Levels levels;
-    for (size_t i = 0; i < levels.size(); ++i) {
-        const float encoded = float(i) / 255;
-        levels[i] = light == Light::Linear ? SrgbCurve::linear(encoded) : encoded;
-    }
-    return levels;
-}
-
-Pixel fromRgb(QRgb rgb, Light light, const Levels &levels)
-{
-    const int alpha = qAlpha(rgb);
-    if (alpha == 255)
-        return {levels[size_t(qRed(rgb))], levels[size_t(qGreen(rgb))], levels[size_t(qBlue(rgb))], 1};
-    if (alpha == 0)
-        return {};
-    const auto part = [&](int component) {
-        const float encoded = float(component) / float(alpha);
-        return light == Light::Linear ? SrgbCurve::linear(encoded) : encoded;
-    };
-    return {part(qRed(rgb)), part(qGreen(rgb)), part(qBlue(rgb)), float(alpha) / 255};
-}
+using PointSteps = std::vector<WorkingImage::PointStep>;
 
 // No filter makes sense of more, and sums of such values stay numbers.
 void makeSane(Pixel *row, int count)
@@ -103,76 +80,35 @@ void makeSane(Pixel *row, int count)
     });
 }
 
-constexpr int kMostAtOnce = 256; // pixels, that stay in the processor's nearest memory
-
 // Calls `finish(row, count, x, y)` for the pixels of an area behind the steps, a few at a time.
 template<typename Finish>
-void runRows(VipsRegion &in, const VipsRect &area, const std::vector<WorkingImage::RowStep> &steps, Finish finish)
+void runRows(VipsRegion &in, const VipsRect &area, const PointSteps &steps, Finish finish)
 {
-    std::array<Pixel, kMostAtOnce> part;
-    for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-        for (int x = area.left; x < VIPS_RECT_RIGHT(&area); x += kMostAtOnce) {
-            const int count = std::min(kMostAtOnce, VIPS_RECT_RIGHT(&area) - x);
-            const Pixel *from = pixelAt(in, x, y);
-            if (!steps.empty()) {
-                std::memcpy(part.data(), from, size_t(count) * sizeof(Pixel));
-                from = part.data();
-            }
-            for (const auto &step : steps)
-                step(part.data(), count, x, y);
-            finish(from, count, x, y);
+    std::array<Pixel, PixelBlock::kMost> part;
+    inBlocks(area, [&](int x, int y, int count) {
+        const Pixel *from = pixelAt(in, x, y);
+        if (!steps.empty()) {
+            std::memcpy(part.data(), from, size_t(count) * sizeof(Pixel));
+            from = part.data();
         }
-    }
+        for (const auto &step : steps)
+            step.onRow(part.data(), count, x, y);
+        finish(from, count, x, y);
+    });
 }
 
-/// Pixels as they come from a picture, behind the first steps.
-class Source
+// The same with blocks, when no step needs to know the place.
+template<typename Finish>
+void runBlocks(VipsRegion &in, const VipsRect &area, const PointSteps &steps, Finish finish)
 {
-public:
-    Source(const QImage &pixels, Light light, std::vector<WorkingImage::RowStep> steps)
-        : m_pixels(pixels)
-        , m_light(light)
-        , m_levels(levelsOf(light))
-        , m_steps(std::move(steps))
-        , m_isOpaque(!pixels.hasAlphaChannel())
-    {}
-
-    /// Calls `finish(row, count, x, y)` as above.
-    template<typename Finish>
-    void run(const VipsRect &area, Finish finish) const
-    {
-        std::array<Pixel, kMostAtOnce> part;
-        for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-            const auto *line = reinterpret_cast<const QRgb *>(m_pixels.constScanLine(y));
-            for (int x = area.left; x < VIPS_RECT_RIGHT(&area); x += kMostAtOnce) {
-                const int count = std::min(kMostAtOnce, VIPS_RECT_RIGHT(&area) - x);
-                read(part.data(), line + x, count);
-                for (const auto &step : m_steps)
-                    step(part.data(), count, x, y);
-                finish(part.data(), count, x, y);
-            }
-        }
-    }
-
-private:
-    void read(Pixel *to, const QRgb *from, int count) const
-    {
-        if (!m_isOpaque) {
-            std::transform(from, from + count, to, [this](QRgb rgb) { return fromRgb(rgb, m_light, m_levels); });
-            return;
-        }
-        const float *levels = m_levels.data();
-        std::transform(from, from + count, to, [levels](QRgb rgb) {
-            return Pixel{levels[rgb >> 16 & 255], levels[rgb >> 8 & 255], levels[rgb & 255], 1};
-        });
-    }
-
-    const QImage &m_pixels;
-    Light m_light;
-    Levels m_levels;
-    std::vector<WorkingImage::RowStep> m_steps;
-    bool m_isOpaque;
-};
+    PixelBlock block;
+    inBlocks(area, [&](int x, int y, int count) {
+        PixelBytes::load(block, pixelAt(in, x, y), count);
+        for (const auto &step : steps)
+            step.onBlock(block, count);
+        finish(block, count, x, y);
+    });
+}
 
 // Copies pixels into a piece.
 auto into(VipsRegion &out)
@@ -245,25 +181,25 @@ bool prepareSame(VipsRegion &in, const VipsRegion &out)
 
 bool WorkingImage::addRowStep(RowStep step)
 {
-    m_rowSteps.push_back(std::move(step));
+    m_pointSteps.push_back({std::move(step), {}});
     return true;
 }
 
 bool WorkingImage::addRows()
 {
     if (m_source) {
-        const Source source(*std::exchange(m_source, nullptr), m_sourceLight.value_or(m_light),
-                            std::exchange(m_rowSteps, {}));
+        const PixelSource source(*std::exchange(m_source, nullptr), m_sourceLight.value_or(m_light),
+                                 std::exchange(m_pointSteps, {}));
         return addStep(std::vector<VipsImage *>(), m_frame, Pieces::Rows,
                        [source](VipsRegion &out, VipsRegion *const *) {
                            source.run(out.valid, into(out));
                            return true;
                        });
     }
-    if (m_rowSteps.empty())
+    if (m_pointSteps.empty())
         return true;
     return addStep({m_image.get()}, size(), Pieces::Rows,
-                   [steps = std::exchange(m_rowSteps, {})](VipsRegion &out, VipsRegion *const *in) {
+                   [steps = std::exchange(m_pointSteps, {})](VipsRegion &out, VipsRegion *const *in) {
                        if (!prepareSame(*in[0], out))
                            return false;
                        runRows(*in[0], out.valid, steps, into(out));
@@ -418,86 +354,6 @@ bool WorkingImage::settle()
 
 namespace {
 
-/// The bytes of evenly many levels of linear light, fine enough for the darkest ones.
-class ByteTable
-{
-public:
-    static constexpr int kMost = (1 << 14) - 1;
-
-    ByteTable()
-    {
-        for (size_t i = 0; i < m_bytes.size(); ++i)
-            m_bytes[i] = uchar(SrgbCurve::encoded(float(i) / kMost) * 255 + 0.5F);
-    }
-    [[nodiscard]] QRgb operator[](int level) const { return m_bytes[size_t(level)]; }
-
-private:
-    std::array<uchar, kMost + 1> m_bytes;
-};
-
-int byteOf(float value)
-{
-    return value > 0 ? int(std::min(value, 1.0F) * 255 + 0.5F) : 0;
-}
-
-QRgb clearRgbFrom(const Pixel &pixel, Light light)
-{
-    const float alpha = pixel.a > 0 ? std::min(pixel.a, 1.0F) : 0;
-    const auto part = [&](float value) {
-        const float limited = value > 0 ? std::min(value, 1.0F) : 0;
-        return byteOf((light == Light::Linear ? SrgbCurve::encoded(limited) : limited) * alpha);
-    };
-    return qRgba(part(pixel.r), part(pixel.g), part(pixel.b), byteOf(alpha));
-}
-
-using AllLevels = std::array<int, kMostAtOnce * kBands>;
-
-// From 0 to `most`; 0 for no number.
-void findLevels(AllLevels &levels, const Pixel *from, int count, float last)
-{
-    const float *values = &from->r;
-    int *to = levels.data();
-    Wide::runFloats(count * kBands, [=](int i, auto many) TAMSEL_WIDE {
-        using Floats = typename decltype(many)::Floats;
-        using Ints = typename decltype(many)::Ints;
-        const Floats most = Floats{} + last;
-        Floats level = *reinterpret_cast<const Floats *>(values + i) * most + 0.5F;
-        level = level > 0 ? level : Floats{};
-        level = level < most ? level : most;
-        *reinterpret_cast<Ints *>(to + i) = __builtin_convertvector(level, Ints);
-    });
-}
-
-// At most kMostAtOnce pixels.
-void writeOpaque(QRgb *to, const Pixel *from, int count, Light light)
-{
-    static const ByteTable bytes;
-    AllLevels levels;
-    findLevels(levels, from, count, light == Light::Linear ? ByteTable::kMost : 255);
-    const int *level = levels.data();
-    if (light == Light::Encoded) {
-        for (int x = 0; x < count; ++x, level += kBands)
-            to[x] = 0xff000000U | QRgb(level[0]) << 16 | QRgb(level[1]) << 8 | QRgb(level[2]);
-        return;
-    }
-    for (int x = 0; x < count; ++x, level += kBands)
-        to[x] = 0xff000000U | bytes[level[0]] << 16 | bytes[level[1]] << 8 | bytes[level[2]];
-}
-
-// Whether every pixel is opaque.
-bool writeClear(QRgb *to, const Pixel *from, int count, Light light)
-{
-    writeOpaque(to, from, count, light);
-    bool isOpaque = true;
-    for (int x = 0; x < count; ++x) {
-        if (from[x].a >= 1)
-            continue;
-        to[x] = clearRgbFrom(from[x], light);
-        isOpaque = isOpaque && qAlpha(to[x]) == 255;
-    }
-    return isOpaque;
-}
-
 int visitPiece(VipsRegion *piece, void *, void *visit, void *, gboolean *)
 {
     return guarded([&] { return (*static_cast<std::function<bool(VipsRegion &)> *>(visit))(*piece); });
@@ -597,6 +453,32 @@ bool forBands(QSize size, const std::function<bool(const VipsRect &)> &work)
 
 }
 
+bool WorkingImage::computeInto(uchar *bits, qsizetype bytesPerLine, std::atomic<bool> &isOpaque)
+{
+    const auto at = [=](int x, int y) { return reinterpret_cast<QRgb *>(bits + y * bytesPerLine) + x; };
+    const auto writeBlock = [=, this](const PixelBlock &block, int count, int x, int y) {
+        PixelBytes::write(at(x, y), block, count, m_light);
+    };
+    const auto writeRow = [=, this, &isOpaque](const Pixel *row, int count, int x, int y) {
+        if (!PixelBytes::writeClear(at(x, y), row, count, m_light))
+            isOpaque = false;
+    };
+    const bool inBlocks = !m_mayBeClear && std::all_of(m_pointSteps.cbegin(), m_pointSteps.cend(),
+                                                       [](const PointStep &step) { return bool(step.onBlock); });
+    if (m_source) {
+        const PixelSource source(*m_source, m_sourceLight.value_or(m_light), m_pointSteps);
+        return forBands(m_frame, [&](const VipsRect &band) {
+            inBlocks ? source.runBlocks(band, writeBlock) : source.run(band, writeRow);
+            return !isSet(m_cancelled);
+        });
+    }
+    return sink([&](VipsRegion &piece) {
+        inBlocks ? runBlocks(piece, piece.valid, m_pointSteps, writeBlock)
+                 : runRows(piece, piece.valid, m_pointSteps, writeRow);
+        return !isSet(m_cancelled);
+    });
+}
+
 QImage WorkingImage::pixels()
 {
     if (!setForm(Alpha::Straight, m_light) || !fitFrame())
@@ -604,28 +486,9 @@ QImage WorkingImage::pixels()
     QImage image = largeImage(m_frame, m_mayBeClear ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     if (image.isNull())
         return {};
-    uchar *bits = image.bits(); // once: the threads must not detach the image
     std::atomic<bool> isOpaque = true;
-    const auto write = [&](const Pixel *row, int count, int x, int y) {
-        auto *to = reinterpret_cast<QRgb *>(bits + y * image.bytesPerLine()) + x;
-        if (!m_mayBeClear)
-            writeOpaque(to, row, count, m_light);
-        else if (!writeClear(to, row, count, m_light))
-            isOpaque = false;
-    };
-    bool isDone = false;
-    if (m_source) {
-        const Source source(*m_source, m_sourceLight.value_or(m_light), m_rowSteps);
-        isDone = forBands(m_frame, [&](const VipsRect &band) {
-            source.run(band, write);
-            return !isSet(m_cancelled);
-        });
-    } else {
-        isDone = sink([&](VipsRegion &piece) {
-            runRows(piece, piece.valid, m_rowSteps, write);
-            return !isSet(m_cancelled);
-        });
-    }
+    // The bits are asked for once: the threads must not detach the image.
+    const bool isDone = computeInto(image.bits(), image.bytesPerLine(), isOpaque);
     if (isOpaque)
         image.reinterpretAsFormat(QImage::Format_RGB32);
     return isDone ? image : QImage();

@@ -7,6 +7,7 @@
 #include <QPointF>
 #include <QSize>
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -23,6 +24,17 @@ struct Pixel
     float a = 0;
 };
 
+/// Pixels side by side, component by component: what many of them are computed with at once.
+struct PixelBlock
+{
+    static constexpr int kMost = 256; ///< that stay in the processor's nearest memory
+
+    std::array<float, kMost> r;
+    std::array<float, kMost> g;
+    std::array<float, kMost> b;
+    std::array<float, kMost> a;
+};
+
 /// A picture on its way through filters: a libvips pipeline whose pixels are computed piece by piece, on several
 /// threads, when the whole is asked for. Copies share what has been added so far. Rows run downward.
 class WorkingImage
@@ -34,6 +46,13 @@ public:
     /// Fills the valid part of `out`; false on failure. Runs on several threads at once.
     using Step = std::function<bool(VipsRegion &out, VipsRegion *const *in)>;
     using RowStep = std::function<void(Pixel *row, int count, int x, int y)>;
+    using BlockStep = std::function<void(PixelBlock &block, int count)>;
+    /// A step on pixels where they are, in two forms that do the same.
+    struct PointStep
+    {
+        RowStep onRow;
+        BlockStep onBlock; ///< empty for those that need to know the place
+    };
     using RowCombination = std::function<void(Pixel *row, const Pixel *other, int count)>;
 
     WorkingImage() = default;
@@ -96,12 +115,31 @@ public:
     template<typename Function>
     [[nodiscard]] bool addPixelStep(Function function)
     {
-        return addRowStep([function](Pixel *row, int count, int, int) {
+        const auto onRow = [function](Pixel *row, int count, int, int) {
             Wide::run([row, count, function]() TAMSEL_WIDE {
                 for (int i = 0; i < count; ++i)
                     function(row[i]);
             });
-        });
+        };
+        const auto onBlock = [function](PixelBlock &block, int count) {
+            Wide::run([&block, count, function]() TAMSEL_WIDE {
+                float *r = block.r.data();
+                float *g = block.g.data();
+                float *b = block.b.data();
+                float *a = block.a.data();
+#pragma GCC ivdep
+                for (int i = 0; i < count; ++i) {
+                    Pixel pixel{r[i], g[i], b[i], a[i]};
+                    function(pixel);
+                    r[i] = pixel.r;
+                    g[i] = pixel.g;
+                    b[i] = pixel.b;
+                    a[i] = pixel.a;
+                }
+            });
+        };
+        m_pointSteps.push_back({onRow, onBlock});
+        return true;
     }
     /// Adds a step `function(pixel, place)`; places count from the left bottom corner, to the middle of pixels.
     template<typename Function>
@@ -125,11 +163,15 @@ public:
     [[nodiscard]] QImage pixels();
 
     /// Set from another thread to end the work; for steps that take long over one piece. May be null.
-    [[nodiscard]] const std::atomic<bool> *cancelled() const { return m_cancelled; }
+    [[nodiscard]] const std::atomic<bool> *cancelled() const
+    {
+        return m_cancelled;
+    }
 
 private:
     [[nodiscard]] bool setForm(Alpha alpha, Light light);
     [[nodiscard]] bool settle();
+    [[nodiscard]] bool computeInto(uchar *bits, qsizetype bytesPerLine, std::atomic<bool> &isOpaque);
     [[nodiscard]] bool addRows();
     [[nodiscard]] bool fitFrame();
     [[nodiscard]] bool take(VipsImage *image);
@@ -139,8 +181,8 @@ private:
     const std::atomic<bool> *m_cancelled = nullptr;
     const QImage *m_source = nullptr; // until a step needs more than single pixels
     std::shared_ptr<VipsImage> m_image;
-    std::vector<RowStep> m_rowSteps;    // that are to follow, together
-    std::optional<Light> m_sourceLight; // the form in which the first of them takes the source
+    std::vector<PointStep> m_pointSteps; // that are to follow, together
+    std::optional<Light> m_sourceLight;  // the form in which the first of them takes the source
     Alpha m_alpha = Alpha::Straight;
     Light m_light = Light::Linear;
     QSize m_frame;
