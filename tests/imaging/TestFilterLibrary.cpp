@@ -246,6 +246,51 @@ private Q_SLOTS:
         }
     }
 
+    /// Cells far smaller than pixels and centres far outside take neither long nor much memory.
+    void tinyRenderingsAndFarCentresAreBounded()
+    {
+        const QImage picture = TestPictures::colorful(QSize(160, 120), /*withAlpha=*/true);
+        const qint64 before = resetPeakMemory();
+        for (const FilterAttributes &filter : allFilters()) {
+            EffectEntry far(filter.name);
+            for (const FilterInput &input : filter.inputs) {
+                if (input.attributeClass == u"CIVector")
+                    far.setValue(input.name, QPointF(1e4, -3e3));
+            }
+            QVERIFY2(!filtered({EffectEntry(filter.name)}, picture, 0.025).isNull(), qPrintable(filter.name));
+            QVERIFY2(!filtered({far}, picture).isNull(), qPrintable(filter.name));
+        }
+        if (!isSanitized())
+            QVERIFY2(peakMemory() - before < 200, qPrintable(QString::number(peakMemory() - before)));
+    }
+
+    /// What is evenly half clear looks as if it were opaque, behind a filter as well.
+    void alphaIsCarried()
+    {
+        const QStringList makeOpaque{QStringLiteral("CISobelGradients"), QStringLiteral("CIGaborGradients"),
+                                     QStringLiteral("CIPointillize")};
+        const auto faded = [](const QImage &image) {
+            QImage result = image.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+            for (qsizetype i = 0; i < result.sizeInBytes(); ++i)
+                result.bits()[i] = uchar((result.constBits()[i] * 128 + 127) / 255);
+            return result;
+        };
+        const QImage picture = TestPictures::colorful(QSize(90, 64));
+        for (const FilterAttributes &filter : allFilters()) {
+            EffectEntry entry(filter.name);
+            for (const FilterInput &input : filter.inputs) {
+                if (input.attributeClass == u"CIVector")
+                    entry.setValue(input.name, QPointF(0.1, 0.2));
+                if (input.attributeClass == u"NSNumber" && input.sliderMinimum && input.sliderMaximum)
+                    entry.setValue(input.name, 0.8 * *input.sliderMinimum + 0.2 * *input.sliderMaximum);
+            }
+            const double apart =
+                TestPictures::meanDifference(filtered({entry}, faded(picture)), faded(filtered({entry}, picture)));
+            QVERIFY2(makeOpaque.contains(filter.name) || apart < 2, // slopes strengthen the rounding
+                     qPrintable(filter.name + u' ' + QString::number(apart)));
+        }
+    }
+
     void unknownFiltersAreSkippedAndCancellingEndsIt()
     {
         QCOMPARE(filtered({effect("CINobody")}, alphaSample()), alphaSample());

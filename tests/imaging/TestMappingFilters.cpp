@@ -4,8 +4,10 @@
 #include <QTest>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <complex>
+#include <utility>
 
 namespace {
 
@@ -183,6 +185,65 @@ private Q_SLOTS:
                          const double share = std::abs(side) / 6;
                          return share < 1 ? p - std::polar(lensShift(share, 1.5) * 6, std::arg(side)) : p;
                      })};
+        QCOMPARE(firstDifference(cases), QString());
+    }
+
+    /// A pixel of a crowded turn is the mean of nine places; straightening takes what cubic curves through the pixels
+    /// tell.
+    void finePlacesAreFoundBetweenPixels()
+    {
+        const auto vortex = [](Place p) {
+            const double rest = std::max(0.0, 1 - std::abs(p - kCenter) / 11);
+            return kCenter + (p - kCenter) * std::polar(1.0, -60 * std::pow(rest, 4));
+        };
+        const auto meanOfNine = [=](ReferencePicture in) {
+            in.multiplyAlpha();
+            ReferencePicture out = in.mapped([&](int x, int y) {
+                const Place middle(x + 0.5, y + 0.5);
+                const double rest = std::max(0.0, 1 - std::abs(middle - kCenter) / 11);
+                if (240 * std::pow(rest, 3) <= 5.5)
+                    return fetched(in, vortex(middle), Edge::Clear);
+                Pixel mean{};
+                for (int i = 0; i < 9; ++i) {
+                    const Pixel part = fetched(in, vortex(middle + Place(i % 3 - 1, i / 3 - 1) / 3.0), Edge::Clear);
+                    for (size_t c = 0; c < 4; ++c)
+                        mean[c] += part[c] / 9;
+                }
+                return mean;
+            });
+            out.divideAlpha();
+            return out;
+        };
+        EffectEntry turned = effect("CIVortexDistortion", {{"inputRadius", 11.0}, {"inputAngle", 60.0}});
+        turned.setValue(QStringLiteral("inputCenter"), kStored);
+        const auto cubic = [](double t, const std::array<double, 4> &p) { // through the second and the third
+            return p[1] + t / 2 *
+                              (p[2] - p[0] +
+                               t * (2 * p[0] - 5 * p[1] + 4 * p[2] - p[3] + t * (3 * (p[1] - p[2]) + p[3] - p[0])));
+        };
+        const auto straight = [=](ReferencePicture in) {
+            in.multiplyAlpha();
+            const double enlarged = std::cos(0.3) + std::sin(0.3) * 32 / 24;
+            ReferencePicture out = in.mapped([&](int x, int y) {
+                const Place p = Place(16, 12) + Place(x + 0.5 - 16, y + 0.5 - 12) * std::polar(1 / enlarged, -0.3);
+                const int left = int(std::floor(p.real() - 0.5));
+                const int below = int(std::floor(p.imag() - 0.5));
+                Pixel result{};
+                for (size_t c = 0; c < 4; ++c) {
+                    std::array<double, 4> rows;
+                    for (int row = 0; row < 4; ++row) {
+                        const auto at = [&](int i) { return std::as_const(in).at(left + i - 1, below + row - 1)[c]; };
+                        rows[size_t(row)] = cubic(p.real() - 0.5 - left, {at(0), at(1), at(2), at(3)});
+                    }
+                    result[c] = cubic(p.imag() - 0.5 - below, rows);
+                }
+                return result;
+            });
+            out.divideAlpha();
+            return out;
+        };
+        const std::vector<FilterCase> cases{{turned, meanOfNine, 2},
+                                            {effect("CIStraightenFilter", {{"inputAngle", 0.3}}), straight, 2}};
         QCOMPARE(firstDifference(cases), QString());
     }
 
