@@ -38,3 +38,19 @@ std::optional<PhotoStep> PhotoStep::from(qint64 reference, qint64 photoCount, co
         return std::nullopt;
     return step;
 }
+
+QList<qint64> PhotoStep::likely(qint64 reference, qint64 photoCount, const IndexSet &selected, StepDirection direction)
+{
+    QList<qint64> indexes;
+    const auto add = [&](qint64 from, StepDirection way) {
+        const auto step = PhotoStep::from(from, photoCount, selected, way);
+        if (step && step->index != reference && !indexes.contains(step->index))
+            indexes << step->index;
+        return step ? step->index : from;
+    };
+    const bool isNext = direction == StepDirection::Next;
+    const qint64 ahead = add(reference, direction);
+    add(reference, isNext ? StepDirection::Previous : StepDirection::Next);
+    add(ahead, direction);
+    return indexes;
+}

@@ -2,6 +2,8 @@
 
 #include "IndexSet.h"
 
+#include <QList>
+
 #include <optional>
 
 enum class StepDirection { Previous, Next };
@@ -16,4 +18,7 @@ struct PhotoStep
     /// around the ends. Nothing when there is nowhere to go but `reference` itself.
     [[nodiscard]] static std::optional<PhotoStep> from(qint64 reference, qint64 photoCount, const IndexSet &selected,
                                                        StepDirection direction);
+    /// Where the next steps will probably lead after one in that direction, the likeliest first; none of them twice.
+    [[nodiscard]] static QList<qint64> likely(qint64 reference, qint64 photoCount, const IndexSet &selected,
+                                              StepDirection direction);
 };

@@ -44,9 +44,17 @@ struct Image::Source
     [[nodiscard]] virtual std::optional<QImage> render(const QRect &part, QSize target,
                                                        const std::atomic<bool> *cancelled) const = 0;
     [[nodiscard]] virtual bool isCurrent() const { return true; }
+    [[nodiscard]] virtual bool isDamaged() const { return false; }
     [[nodiscard]] virtual QImage embeddedThumbnail() const { return {}; }
     [[nodiscard]] virtual PictureNotes notes() const { return {}; }
 
+    static quint64 nextNumber()
+    {
+        static std::atomic<quint64> last = 0;
+        return ++last;
+    }
+
+    const quint64 number = nextNumber();
     QSize size;
     bool hasAlpha = false;
     QString path;
@@ -81,7 +89,9 @@ void logDamage(const QString &path, const FileIdentity &file)
 struct Image::FileSource final : Source
 {
     FileIdentity identity;
+    mutable std::atomic<bool> damaged = false; ///< found out by decoding
 
+    bool isDamaged() const override { return damaged; }
     bool isCurrent() const override
     {
         struct stat facts = {};
@@ -101,8 +111,10 @@ struct Image::FileSource final : Source
         auto decoded = Decoder::decode(file->descriptor.number(), path, request);
         if (!decoded)
             return std::nullopt;
-        if (decoded->damaged)
+        if (decoded->damaged) {
+            damaged = true;
             logDamage(path, identity);
+        }
         return std::move(decoded->pixels);
     }
 
@@ -139,6 +151,7 @@ struct Image::CropSource final : Source
     std::shared_ptr<const Source> below;
     bool isCurrent() const override { return below->isCurrent(); }
     PictureNotes notes() const override { return below->notes(); }
+    bool isDamaged() const override { return below->isDamaged(); }
     QPoint origin;
 
     std::optional<QImage> render(const QRect &part, QSize target, const std::atomic<bool> *cancelled) const override
@@ -171,6 +184,7 @@ struct Image::EffectSource final : Source
     std::shared_ptr<const Source> below;
     bool isCurrent() const override { return below->isCurrent(); }
     PictureNotes notes() const override { return below->notes(); }
+    bool isDamaged() const override { return below->isDamaged(); }
     EffectChain chain;
 
     std::optional<QImage> render(const QRect &part, QSize target, const std::atomic<bool> *cancelled) const override
@@ -288,13 +302,28 @@ Image Image::withEffects(const EffectChain &chain) const
 
 std::optional<QImage> Image::pixels(QSize size, const std::atomic<bool> *cancelled) const
 {
-    if (!d)
+    return pixelsOf(QRect(QPoint(), this->size()), size.isEmpty() ? this->size() : size, cancelled);
+}
+
+std::optional<QImage> Image::pixelsOf(const QRect &part, QSize size, const std::atomic<bool> *cancelled) const
+{
+    const QRect inside = part & QRect(QPoint(), this->size());
+    if (inside.isEmpty() || size.isEmpty())
         return std::nullopt;
-    const QSize target = size.isEmpty() ? d->size : size.boundedTo(d->size);
-    auto result = d->render(QRect(QPoint(), d->size), target, cancelled);
+    auto result = d->render(inside, size.boundedTo(inside.size()), cancelled);
     if (cancelled && cancelled->load())
         return std::nullopt;
     return result;
+}
+
+quint64 Image::number() const
+{
+    return d ? d->number : 0;
+}
+
+bool Image::isDamaged() const
+{
+    return d && d->isDamaged();
 }
 
 QImage Image::embeddedThumbnail() const

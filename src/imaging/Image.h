@@ -35,6 +35,8 @@ public:
     [[nodiscard]] bool hasAlpha() const;
     /// The same object, not merely an equal picture.
     [[nodiscard]] bool isSameAs(const Image &other) const { return d == other.d; }
+    /// A number that only this image and its copies have, so that pixels can be kept under it; 0 when null.
+    [[nodiscard]] quint64 number() const;
     /// The file's path; empty for pixels in memory.
     [[nodiscard]] QString path() const;
     /// Whether the file is still as it was when the handle was made: a changed file yields no pixels, and wants a new
@@ -50,6 +52,11 @@ public:
     /// Nothing when the file is gone or unreadable, or `cancelled` becomes true; effects that fail are left out.
     /// Blocks: any thread but the main one. A damaged file gives what could be read and is told of in the log once.
     [[nodiscard]] std::optional<QImage> pixels(QSize size = {}, const std::atomic<bool> *cancelled = nullptr) const;
+    /// The same of `part` alone (pixels of this image, inside it), scaled to exactly `size`, never enlarged.
+    [[nodiscard]] std::optional<QImage> pixelsOf(const QRect &part, QSize size,
+                                                 const std::atomic<bool> *cancelled = nullptr) const;
+    /// Whether the pixels that were made so far came from a file that was cut short or broken. Any thread.
+    [[nodiscard]] bool isDamaged() const;
     /// The small picture that the file carries; null when there is none, and for an image with a crop or effects.
     /// Reads the first kilobytes of the file.
     [[nodiscard]] QImage embeddedThumbnail() const;

@@ -4,18 +4,11 @@ namespace {
 
 /// A cancelled rendering may take a moment to notice; the next one does not wait for it.
 constexpr int kThreads = 2;
-constexpr int kRemembered = 100;
-
-QString poolKey(const QString &key, QSize size)
-{
-    return QStringLiteral("%1 %2x%3").arg(key).arg(size.width()).arg(size.height());
-}
 
 }
 
 ImageRenderer::ImageRenderer(PixelPool &pool)
     : m_pool(pool)
-    , m_made(kRemembered)
     , m_queue(QStringLiteral("hmphoto.render"), kThreads, DispatchQueue::AtEnd::LeaveBehind)
 {}
 
@@ -24,20 +17,12 @@ ImageRenderer::~ImageRenderer()
     cancel();
 }
 
-QImage ImageRenderer::find(const QString &key, const Image &image, QSize size)
+void ImageRenderer::render(const PixelRequest &request, Done done)
 {
-    const Image *made = m_made.object(key);
-    return made && made->isSameAs(image) ? m_pool.find(poolKey(key, size)) : QImage();
-}
-
-void ImageRenderer::render(const QString &key, const Image &image, QSize size, Done done)
-{
-    run([this, key, image, size, done = std::move(done)](const std::atomic<bool> &cancelled) {
-        return [this, key, image, size, done, pixels = image.pixels(size, &cancelled)] {
-            if (pixels) {
-                m_made.insert(key, new Image(image));
-                m_pool.insert(poolKey(key, size), *pixels);
-            }
+    run([this, request, done = std::move(done)](const std::atomic<bool> &cancelled) {
+        return [this, request, done, pixels = request.make(cancelled)] {
+            if (pixels)
+                m_pool.insert(request.key(), *pixels);
             done(pixels);
         };
     });

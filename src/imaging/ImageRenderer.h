@@ -1,12 +1,8 @@
 #pragma once
 
 #include "DispatchQueue.h"
-#include "Image.h"
 #include "PixelPool.h"
-
-#include <QCache>
-#include <QSize>
-#include <QString>
+#include "PixelRequest.h"
 
 #include <atomic>
 #include <functional>
@@ -28,10 +24,10 @@ public:
     ImageRenderer(const ImageRenderer &) = delete;
     ImageRenderer &operator=(const ImageRenderer &) = delete;
 
-    /// What the pool holds of `image`, which was last rendered under `key`, at that size; null when it has nothing.
-    [[nodiscard]] QImage find(const QString &key, const Image &image, QSize size);
+    /// What the pool holds of them, whoever made them; null when it has nothing.
+    [[nodiscard]] QImage find(const PixelRequest &request) { return m_pool.find(request.key()); }
     /// Calls `done` in a later turn of the event loop, unless another request or `cancel` comes first.
-    void render(const QString &key, const Image &image, QSize size, Done done);
+    void render(const PixelRequest &request, Done done);
     /// Does other work that showing the picture takes, on the same terms: `work` runs on a thread of the queue, what it
     /// returns on the main thread.
     void run(Work work);
@@ -39,7 +35,6 @@ public:
 
 private:
     PixelPool &m_pool;
-    QCache<QString, Image> m_made;                // of which image the pool's pixels under a key are
     std::shared_ptr<std::atomic<bool>> m_current; // whether what is under way is cancelled
     DispatchQueue m_queue;                        // last: its blocks end first
 };

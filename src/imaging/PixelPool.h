@@ -15,6 +15,7 @@ public:
     [[nodiscard]] static qint64 standardBudget();
 
     explicit PixelPool(qint64 budgetBytes);
+    [[nodiscard]] qint64 budget() const { return m_budget; }
 
     /// Null when it is not, or no longer, there; finding it makes it the most recently used.
     [[nodiscard]] QImage find(const QString &key);

@@ -1,6 +1,7 @@
 #include "EffectPreview.h"
 
 #include "FittedRect.h"
+#include "PhotoMessage.h"
 
 #include <QMouseEvent>
 #include <QPainter>
@@ -78,15 +79,8 @@ void EffectPreview::paintEvent(QPaintEvent *)
     const QString text = message();
     if (text.isEmpty())
         return;
-    const int flags = Qt::AlignCenter | Qt::TextWordWrap;
     const QRect area = m_isUnreadable ? rect() : QRect(0, height() - 40, width(), 32);
-    const QRect box = painter.boundingRect(area, flags, text).adjusted(-10, -4, 10, 4);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(0, 0, 0, 150));
-    painter.drawRoundedRect(box, 6, 6);
-    painter.setPen(Qt::white);
-    painter.drawText(box, flags, text);
+    paintPictureNote(painter, area, Qt::AlignCenter | Qt::TextWordWrap, text);
 }
 
 void EffectPreview::resizeEvent(QResizeEvent *event)

@@ -8,8 +8,6 @@
 #include "PIEditControlView.h"
 #include "PhotoLibrary.h"
 
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 
 #include <utility>
@@ -35,28 +33,6 @@ CropSize chosenSize()
     return kCropSizes.at(static_cast<size_t>(g_cropSizeIndex));
 }
 
-Qt::CursorShape cursorFor(int zone)
-{
-    using namespace CropZone;
-    switch (zone) {
-    case kNone:
-        return Qt::ArrowCursor;
-    case kMove:
-        return Qt::SizeAllCursor;
-    case kLeft + kMiddleY:
-    case kRight + kMiddleY:
-        return Qt::SizeHorCursor;
-    case kMiddleX + kTop:
-    case kMiddleX + kBottom:
-        return Qt::SizeVerCursor;
-    case kLeft + kTop:
-    case kRight + kBottom:
-        return Qt::SizeFDiagCursor;
-    default:
-        return Qt::SizeBDiagCursor;
-    }
-}
-
 }
 
 PIImageView::PIImageView(LibraryEditor &editor, QWidget *parent)
@@ -67,6 +43,7 @@ PIImageView::PIImageView(LibraryEditor &editor, QWidget *parent)
     , m_normalizeObserver(editor.library().notifications().observe(
           kNormalizeNotification, [this](const NotificationObject &) { acceptCrop(Keep::Crop); }))
 {
+    setFocusPolicy(Qt::StrongFocus);
     m_controlView->hide();
     connect(m_controlView, &PIEditControlView::controlClicked, this, &PIImageView::controlClicked);
     connect(this, &PhotoView::stateChanged, this, &PIImageView::takeUpFile);
@@ -89,7 +66,6 @@ void PIImageView::startCrop()
     m_crop = {};
     const bool wasCropping = std::exchange(m_cropping, true);
     setMouseTracking(true);
-    setFocusPolicy(Qt::StrongFocus);
     if (!wasCropping)
         showWhole();
     takeUpFile();
@@ -132,7 +108,6 @@ void PIImageView::cancelCrop()
     m_crop = {};
     m_controlView->hide();
     setMouseTracking(false);
-    setFocusPolicy(Qt::NoFocus);
     unsetCursor();
     cropWasChanged();
 }
@@ -189,7 +164,7 @@ QRectF scaled(const QRectF &rect, QSizeF from, QSizeF to)
 /// Until the whole picture is there, the part that was shown stays in its place.
 void PIImageView::showWhole()
 {
-    const QPixmap before = picture();
+    const QImage before = picture();
     setExtent(Extent::WholeFile);
     if (state() != State::Preview || before.isNull() || image().isNull())
         return;
@@ -199,7 +174,8 @@ void PIImageView::showWhole()
     QPainter painter(&preview);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     const QRectF whole(QPointF(), QSizeF(image().size()));
-    painter.drawPixmap(scaled(crop.isEmpty() ? whole : crop, whole.size(), preview.size()), before, before.rect());
+    painter.drawImage(scaled(crop.isEmpty() ? whole : crop, whole.size(), preview.size()), before,
+                      QRectF(before.rect()));
     painter.end();
     setPreview(preview);
 }
@@ -207,13 +183,13 @@ void PIImageView::showWhole()
 /// Until the cropped picture is there, its part of the whole picture stays.
 void PIImageView::showEdited()
 {
-    const QPixmap before = picture();
+    const QImage before = picture();
     const QSizeF whole = image().size();
     setExtent(Extent::AsEdited);
     const QRectF crop = photo() ? photo()->cropRect() : QRectF();
     if (state() != State::Preview || before.isNull() || whole.isEmpty())
         return;
-    setPreview(crop.isEmpty() ? before.toImage() : before.copy(scaled(crop, whole, before.size()).toRect()).toImage());
+    setPreview(crop.isEmpty() ? before : before.copy(scaled(crop, whole, before.size()).toRect()));
 }
 
 QRect PIImageView::pictureArea() const
@@ -236,67 +212,21 @@ void PIImageView::resizeEvent(QResizeEvent *event)
     placeControls();
 }
 
+/// Keys go to the view: a thin line along its edge says so.
+void PIImageView::paintFocus(QPainter &painter) const
+{
+    painter.setPen(palette().color(QPalette::Highlight));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
+}
+
 void PIImageView::paintEvent(QPaintEvent *event)
 {
     PhotoView::paintEvent(event);
+    QPainter painter(this);
+    if (hasFocus() && !m_cropping && window()->isActiveWindow())
+        paintFocus(painter);
     if (!isReady() || picture().isNull())
         return;
-    QPainter painter(this);
     paintCropOverlay(painter, pictureRect(), frame().toView(m_crop.cropRect()));
-}
-
-void PIImageView::showCursor(QPointF pointer)
-{
-    const int tracked = m_crop.trackZone();
-    setCursor(cursorFor(tracked != CropZone::kNone ? tracked : m_crop.zoneAt(pointer, frame())));
-}
-
-void PIImageView::mousePressEvent(QMouseEvent *event)
-{
-    if (!isReady() || event->button() != Qt::LeftButton || pictureRect().isEmpty())
-        return PhotoView::mousePressEvent(event);
-    m_crop.mouseDown(event->position(), frame());
-    showCursor(event->position());
-}
-
-void PIImageView::mouseMoveEvent(QMouseEvent *event)
-{
-    if (!isReady() || pictureRect().isEmpty())
-        return PhotoView::mouseMoveEvent(event);
-    if (!(event->buttons() & Qt::LeftButton))
-        static_cast<void>(m_crop.mouseUp()); // let go where it was not seen
-    if (m_crop.mouseDragged(event->position(), frame()))
-        cropWasChanged();
-    showCursor(event->position());
-}
-
-void PIImageView::mouseReleaseEvent(QMouseEvent *event)
-{
-    if (event->button() != Qt::LeftButton || !m_crop.mouseUp())
-        return PhotoView::mouseReleaseEvent(event);
-    showCursor(event->position());
-    cropWasChanged();
-}
-
-void PIImageView::keyPressEvent(QKeyEvent *event)
-{
-    if (!HandleCroppingKey(*this, *event))
-        PhotoView::keyPressEvent(event);
-}
-
-bool HandleCroppingKey(PIImageView &view, const QKeyEvent &event)
-{
-    if (!view.hasFocus() || !view.isCropping())
-        return false;
-    switch (event.key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        view.acceptCrop(PIImageView::Keep::Crop);
-        return true;
-    case Qt::Key_Escape:
-        view.cancelCrop();
-        return true;
-    default:
-        return false;
-    }
 }

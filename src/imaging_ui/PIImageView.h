@@ -2,6 +2,7 @@
 
 #include "CropEditing.h"
 #include "NotificationCenter.h"
+#include "PhotoStep.h"
 #include "PhotoView.h"
 
 class LibraryEditor;
@@ -24,6 +25,8 @@ public:
     /// There is a photo, and nothing is known against its file.
     [[nodiscard]] bool canCrop() const { return state() == State::Preview || state() == State::Sharp; }
     [[nodiscard]] bool isCropping() const { return m_cropping; }
+    /// A picture that is being cropped stays fitted.
+    [[nodiscard]] bool canZoom() const override { return !m_cropping && PhotoView::canZoom(); }
     /// The rectangle being edited, in pixels of the whole picture, while cropping; empty until the file is open.
     [[nodiscard]] const QRectF &cropRect() const { return m_crop.cropRect(); }
 
@@ -40,6 +43,8 @@ public:
 Q_SIGNALS:
     /// Cropping began or ended, or the rectangle is another one.
     void cropChanged();
+    /// A key asks for the photo before or after this one.
+    void stepWanted(StepDirection direction);
 
 protected:
     [[nodiscard]] QRect pictureArea() const override;
@@ -48,16 +53,21 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void focusInEvent(QFocusEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
 
 private:
     [[nodiscard]] bool isReady() const;
+    [[nodiscard]] bool handleStepKey(const QKeyEvent &event);
     [[nodiscard]] CropFrame frame() const;
     void takeUpFile();
     void showWhole();
     void showEdited();
     void controlClicked(int code);
     void placeControls();
+    void paintFocus(QPainter &painter) const;
     void showCursor(QPointF pointer);
     void cropWasChanged();
 

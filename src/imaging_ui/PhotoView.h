@@ -1,48 +1,51 @@
 #pragma once
 
-#include "Image.h"
-#include "ImageRenderer.h"
-#include "PixelPool.h"
+#include "PhotoPicture.h"
+#include "PictureZoom.h"
+#include "ZoomDetail.h"
 
-#include <QPixmap>
 #include <QTimer>
 #include <QWidget>
 
-#include <memory>
-
-class ImageCache;
-class PIPhoto;
-class ThumbnailMaker;
-struct OpenedPicture;
-
-/// One photo, fitted and centred: at once from its thumbnail or the small picture that its file carries, then sharp at
-/// the screen's resolution. Files are opened and pictures rendered in the background. A photo that cannot be shown is
-/// replaced by a message.
+/// One photo, fitted and centred, with the wheel, the keys and a double click zoomed about the pointer and dragged
+/// about. It shows at once what there is, and the sharp picture when that is made. A photo that cannot be shown is
+/// replaced by a message, and one whose file is damaged has a note.
 class PhotoView : public QWidget
 {
     Q_OBJECT
 
 public:
-    enum class State {
-        Empty,   ///< no photo
-        Preview, ///< the thumbnail, or nothing yet; the sharp picture is being made
-        Sharp,
-        Missing,   ///< the file is lost
-        Unreadable ///< the file is there but shows no picture
-    };
+    using State = PhotoPicture::State;
 
     /// All outlive the view; `pool` holds decoded pixels and may be shared.
     PhotoView(ThumbnailMaker &thumbnails, ImageCache &imageCache, PixelPool &pool, QWidget *parent = nullptr);
     ~PhotoView() override;
 
-    /// Null empties the view. The same photo again takes up its changes.
+    /// Null empties the view. Another photo is fitted; the same again takes up its changes.
     void setPhoto(const std::shared_ptr<PIPhoto> &photo);
-    [[nodiscard]] const std::shared_ptr<PIPhoto> &photo() const { return m_photo; }
+    [[nodiscard]] const std::shared_ptr<PIPhoto> &photo() const { return m_picture.photo(); }
     /// The photo's crop, effects or file changed.
-    void reload();
-    [[nodiscard]] State state() const { return m_state; }
-    /// Where the picture is shown; empty when there is none.
+    void reload() { m_picture.reload(); }
+    /// Photos that will probably be shown next, the likeliest first: their pictures are made in advance.
+    void setAhead(const PhotosAhead::PhotoList &photos) { m_picture.setAhead(photos); }
+
+    [[nodiscard]] State state() const { return m_picture.state(); }
+    /// What is in sight is as sharp as it gets.
+    [[nodiscard]] bool isSharp() const;
+    /// Where the picture stands, also beyond the view when it is zoomed; empty when there is none.
     [[nodiscard]] QRectF pictureRect() const;
+
+    /// There is a picture, and the view lets it be zoomed.
+    [[nodiscard]] virtual bool canZoom() const { return state() == State::Preview || state() == State::Sharp; }
+    [[nodiscard]] bool isFitted() const { return zoom().isFitted(); }
+    /// Pixels of the screen for one of the picture.
+    [[nodiscard]] double scale() const { return zoom().scale(); }
+    // About the middle of the view.
+    void zoomBy(double factor);
+    void zoomTo(double scale);
+    void zoomIn();
+    void zoomOut();
+    void fit();
 
     [[nodiscard]] QSize sizeHint() const override;
     [[nodiscard]] QSize minimumSizeHint() const override;
@@ -51,50 +54,42 @@ Q_SIGNALS:
     void stateChanged();
 
 protected:
-    enum class Extent {
-        AsEdited, ///< with the photo's crop and effects
-        WholeFile ///< the file as it is
-    };
+    using Extent = PhotoPicture::Extent;
     void setExtent(Extent extent);
     /// What is shown; null while the file is being opened, and when it cannot be.
-    [[nodiscard]] const Image &image() const { return m_image; }
-    /// What stands in the view at this moment, blurred or sharp; null when there is nothing.
-    [[nodiscard]] const QPixmap &picture() const { return m_picture; }
-    /// Stands in for the sharp picture while that is being made.
-    void setPreview(const QImage &preview);
+    [[nodiscard]] const Image &image() const { return m_picture.image(); }
+    /// What stands in the view fitted at this moment, blurred or sharp; null when there is nothing.
+    [[nodiscard]] const QImage &picture() const { return m_picture.pixels(); }
+    void setPreview(const QImage &preview) { m_picture.setPreview(preview); }
     /// Where the picture has room; the whole view.
     [[nodiscard]] virtual QRect pictureArea() const { return rect(); }
+    /// The keys of zooming, and the arrows while there is something to pan. True when it was one of them.
+    bool handleZoomKey(const QKeyEvent &event);
+    /// Shows that the picture can be dragged, or the ordinary pointer.
+    virtual void showPointer();
 
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void showEvent(QShowEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
 
 private:
-    [[nodiscard]] Image knownImage() const;
-    void showPreview();
-    void openFile();
-    void fileOpened(const OpenedPicture &picture, const QImage &embedded);
-    void cancelRendering();
-    void renderSharp();
-    void sharpArrived(const std::optional<QImage> &pixels);
-    void showFailure();
-    void setState(State state);
-    void setPicture(const QImage &pixels);
-    void paintMessage(QPainter &painter) const;
-    [[nodiscard]] bool hasPictureOfSameShape() const;
-    [[nodiscard]] QSize pictureSize() const;
-    [[nodiscard]] QRect deviceRect() const;
-    [[nodiscard]] QString message() const;
+    [[nodiscard]] PictureRoom room() const;
+    [[nodiscard]] PictureZoom &zoom() const;
+    [[nodiscard]] QPointF onScreen(QPointF position) const { return position * devicePixelRatioF(); }
+    void pictureChanged();
+    void zoomChanged();
+    void panBy(QPointF way);
+    void paintNotes(QPainter &painter) const;
 
-    ThumbnailMaker &m_thumbnails;
-    ImageCache &m_imageCache;
-    ImageRenderer m_renderer;
-    std::shared_ptr<PIPhoto> m_photo;
-    Image m_image;     // null while the file is being opened
-    Image m_rendering; // what is being rendered; null when nothing is
-    QSize m_renderingSize;
-    QPixmap m_picture; // thumbnail or sharp picture
-    State m_state = State::Empty;
-    Extent m_extent = Extent::AsEdited;
+    mutable PictureZoom m_zoom; ///< of what is shown where zoom() was last called
+    PhotoPicture m_picture;
+    ZoomDetail m_detail;
     QTimer m_resizeTimer;
+    std::optional<QPointF> m_dragFrom; ///< in a drag: where the pointer was last
 };

@@ -61,7 +61,7 @@ void PicturePreview::render()
         m_message = pixels ? QString() : tr("This file shows no picture.");
         update();
     };
-    m_renderer.render(m_path, m_image, CenterRectangle(m_image.size(), box), show);
+    m_renderer.render({m_image, CenterRectangle(m_image.size(), box)}, show);
 }
 
 void PicturePreview::paintEvent(QPaintEvent *)

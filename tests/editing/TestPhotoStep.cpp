@@ -10,6 +10,8 @@ class TestPhotoStep : public QObject
 private Q_SLOTS:
     void leads_data();
     void leads();
+    void isForeseen_data();
+    void isForeseen();
 };
 
 void TestPhotoStep::leads_data()
@@ -46,6 +48,33 @@ void TestPhotoStep::leads()
         QCOMPARE(step ? step->index : -1, qint64(wanted));
         QCOMPARE(step && step->becomesSelection, wanted >= 0 && selects);
     }
+}
+
+void TestPhotoStep::isForeseen_data()
+{
+    QTest::addColumn<int>("reference");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QString>("selected");
+    QTest::addColumn<QList<qint64>>("onward");
+    QTest::addColumn<QList<qint64>>("back");
+
+    using Indexes = QList<qint64>;
+    QTest::newRow("in the middle") << 3 << 9 << "3" << Indexes{4, 2, 5} << Indexes{2, 4, 1};
+    QTest::newRow("at the end") << 8 << 9 << "8" << Indexes{0, 7, 1} << Indexes{7, 0, 6};
+    QTest::newRow("of three") << 0 << 3 << "0" << Indexes{1, 2} << Indexes{2, 1};
+    QTest::newRow("of two") << 1 << 2 << "1" << Indexes{0} << Indexes{0};
+    QTest::newRow("of one") << 0 << 1 << "0" << Indexes{} << Indexes{};
+    QTest::newRow("within the selection") << 4 << 20 << "2-4 9 12" << Indexes{9, 3, 12} << Indexes{3, 9, 2};
+}
+
+void TestPhotoStep::isForeseen()
+{
+    QFETCH(int, reference);
+    QFETCH(int, count);
+    QFETCH(QString, selected);
+    const IndexSet indexes = IndexSet::fromArchive(selected);
+    QTEST(PhotoStep::likely(reference, count, indexes, StepDirection::Next), "onward");
+    QTEST(PhotoStep::likely(reference, count, indexes, StepDirection::Previous), "back");
 }
 
 REGISTER_TEST(TestPhotoStep)

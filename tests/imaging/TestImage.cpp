@@ -241,6 +241,12 @@ private Q_SLOTS:
         const QSize small(30, 25);
         QVERIFY(meanDifference(*after.pixels(small), scaled(inverted.copy(rect.toRect()), small)) < 3);
         QCOMPARE(*image.withEffects(chain).withEffects(chain).pixels(), picture);
+        const QRect part(30, 20, 60, 40);
+        const QImage ofBoth = inverted.copy(rect.toRect()).copy(part);
+        QCOMPARE(*before.pixelsOf(part, part.size()), ofBoth);
+        QCOMPARE(*after.pixelsOf(part, part.size() * 2), ofBoth); // never enlarged
+        QVERIFY(meanDifference(*after.pixelsOf(part, small), scaled(ofBoth, small)) < 3);
+        QVERIFY(!after.pixelsOf({200, 0, 10, 10}, small));
     }
 
     void tellsOfDamageOnce()
@@ -252,6 +258,8 @@ private Q_SLOTS:
         int told = 0;
         SystemLog::setSink([&](const QString &line) { told += line.contains(path); });
         const Image image = Image::fromFile(path);
+        const Image edited = image.cropped({10, 10, 300, 200}).withEffects(chainOf({"Invert"}));
+        QVERIFY(!image.isDamaged()); // as far as the header tells
         for (int i = 0; i < 3; ++i) {
             const auto pixels = image.pixels();
             QVERIFY(pixels);
@@ -259,6 +267,9 @@ private Q_SLOTS:
             QVERIFY(Image::fromFile(path).pixels(QSize(32, 24)));
         }
         QCOMPARE(told, 1);
+        QVERIFY(image.isDamaged() && edited.isDamaged());
+        const Image sound = Image::fromFile(folder.add(QStringLiteral("sound.jpg"), file));
+        QVERIFY(sound.pixels() && !sound.isDamaged());
         QVERIFY(folder.add(QStringLiteral("cut.jpg"), file.left(file.size() / 2)) == path); // another state of the file
         QVERIFY(Image::fromFile(path).pixels());
         SystemLog::setSink({});

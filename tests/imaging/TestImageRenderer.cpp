@@ -13,8 +13,6 @@ Image plain(const QColor &color, QSize size = {600, 400})
     return Image::fromPixels(pixels);
 }
 
-const QString kKey = QStringLiteral("photo");
-
 }
 
 class TestImageRenderer : public QObject
@@ -29,33 +27,34 @@ private Q_SLOTS:
         QList<QRgb> answers;
         const auto answer = [&](const std::optional<QImage> &pixels) { answers << pixels.value().pixel(5, 5); };
         for (int turn = 0; turn < 20; ++turn) {
-            renderer.render(kKey, plain(Qt::red), {60, 40}, answer);
-            renderer.render(kKey, plain(Qt::blue), {60, 40}, answer);
+            renderer.render({plain(Qt::red), {60, 40}}, answer);
+            renderer.render({plain(Qt::blue), {60, 40}}, answer);
         }
         QTRY_COMPARE(answers.size(), 1);
         QCOMPARE(answers.first(), QColor(Qt::blue).rgb());
 
-        renderer.render(kKey, plain(Qt::red), {60, 40}, answer);
+        renderer.render({plain(Qt::red), {60, 40}}, answer);
         renderer.cancel();
-        renderer.render(QStringLiteral("other"), plain(Qt::green), {60, 40}, answer);
+        renderer.render({plain(Qt::green), {60, 40}}, answer);
         QTRY_COMPARE(answers.size(), 2);
         QCOMPARE(answers.last(), QColor(Qt::green).rgb());
     }
 
-    void whatWasMadeIsFoundForTheSameImageAndSizeOnly()
+    void whatWasMadeIsFoundForTheSameImagePartAndSizeOnly()
     {
         PixelPool pool(64 << 20);
         ImageRenderer renderer(pool);
         const Image image = plain(Qt::red);
-        QVERIFY(renderer.find(kKey, image, {60, 40}).isNull());
+        QVERIFY(renderer.find({image, {60, 40}}).isNull());
         bool done = false;
-        renderer.render(kKey, image, {60, 40}, [&](const auto &) { done = true; });
+        renderer.render({image, {60, 40}}, [&](const auto &) { done = true; });
         QTRY_VERIFY(done);
-        QCOMPARE(renderer.find(kKey, image, {60, 40}).size(), QSize(60, 40));
-        QVERIFY(renderer.find(kKey, image, {30, 20}).isNull());
-        QVERIFY(renderer.find(kKey, plain(Qt::red), {60, 40}).isNull()); // edited since: another image
+        QCOMPARE(renderer.find({image, {60, 40}}).size(), QSize(60, 40));
+        QVERIFY(renderer.find({image, {30, 20}}).isNull());
+        QVERIFY(renderer.find({plain(Qt::red), {60, 40}}).isNull()); // edited since: another image
+        QVERIFY(renderer.find({image, {60, 40}, {0, 0, 60, 40}}).isNull());
         pool.clear();
-        QVERIFY(renderer.find(kKey, image, {60, 40}).isNull());
+        QVERIFY(renderer.find({image, {60, 40}}).isNull());
     }
 
     void noAnswerAfterTheEnd()
@@ -64,7 +63,7 @@ private Q_SLOTS:
         bool told = false;
         {
             ImageRenderer renderer(pool);
-            renderer.render(kKey, plain(Qt::red), {60, 40}, [&](const auto &) { told = true; });
+            renderer.render({plain(Qt::red), {60, 40}}, [&](const auto &) { told = true; });
         }
         QCoreApplication::processEvents();
         QVERIFY(!told);

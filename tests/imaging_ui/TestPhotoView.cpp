@@ -10,6 +10,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWheelEvent>
 
 namespace {
 
@@ -60,6 +61,7 @@ struct Desk
         library.thumbnails().waitUntilIdle();
         QTRY_VERIFY(!photo.isWaitingForThumbnail());
     }
+    int grey(int x) { return view.grab().toImage().pixelColor(x, 200).red(); }
     QColor centre() { return view.grab().toImage().pixelColor(200, 200); }
 };
 
@@ -199,6 +201,113 @@ private Q_SLOTS:
         QTRY_COMPARE(desk.view.state(), state);
         QVERIFY(desk.view.accessibleDescription().contains(name));
         QVERIFY(desk.view.grab().toImage() != empty);
+    }
+
+    void aFileThatWasCutShortShowsWhatItHas()
+    {
+        Desk desk;
+        const QByteArray whole = CameraFile::jpeg(QColor(Qt::red), {800, 600});
+        desk.show();
+        desk.view.setPhoto(desk.file(QStringLiteral("whole.jpg"), whole));
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        const QImage sound = desk.view.grab().toImage();
+        desk.view.setPhoto(desk.file(QStringLiteral("cut.jpg"), whole.left(whole.size() * 3 / 4)));
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        const QImage cut = desk.view.grab().toImage();
+        QCOMPARE(cut.pixelColor(200, 60), sound.pixelColor(200, 60));      // the part
+        QVERIFY(cut.copy(0, 360, 400, 40) != sound.copy(0, 360, 400, 40)); // the note
+        desk.view.setPhoto(desk.file(QStringLiteral("empty.jpg"), {}));
+        QTRY_COMPARE(desk.view.state(), State::Unreadable);
+    }
+
+    void theWheelZoomsToTheFullResolutionAndBack()
+    {
+        Desk desk;
+        const auto photo = desk.stripes(QStringLiteral("a.png"), {1600, 1200}, kBlack, kWhite);
+        desk.show();
+        desk.view.setPhoto(photo);
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        QVERIFY(desk.view.isFitted() && std::abs(desk.grey(200) - 188) < 70);
+        const auto turn = [&](int angle) {
+            QWheelEvent event({250, 200}, desk.view.mapToGlobal(QPointF(250, 200)), {}, {0, angle}, Qt::NoButton,
+                              Qt::NoModifier, Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(&desk.view, &event);
+        };
+        for (int notch = 0; notch < 30 && desk.view.scale() < 1; ++notch)
+            turn(120);
+        QCOMPARE(desk.view.scale(), 1.0);
+        QVERIFY(std::abs(desk.view.pictureRect().x() - (250 - 1000)) < 8); // the point at the pointer stays
+        QTRY_VERIFY(desk.view.isSharp());
+        QVERIFY(desk.grey(200) < 5 || desk.grey(200) > 250);
+        QCOMPARE(desk.grey(202), desk.grey(200));
+        QVERIFY(std::abs(desk.grey(201) - desk.grey(200)) > 245); // pixel on pixel
+        for (int notch = 0; notch < 30 && !desk.view.isFitted(); ++notch)
+            turn(-120);
+        QVERIFY(desk.view.isFitted() && desk.view.isSharp());
+        QCOMPARE(desk.view.pictureRect(), QRectF(0, 50, 400, 300));
+    }
+
+    void keysAndTheMousePan()
+    {
+        Desk desk;
+        const auto photo = desk.stripes(QStringLiteral("a.png"), {1600, 1200}, kBlack, kWhite);
+        desk.show();
+        desk.view.setPhoto(photo);
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        const QPointF fitted = desk.view.pictureRect().topLeft();
+        const auto key = [&](Qt::Key pressed) { QTest::keyClick(&desk.view, pressed); };
+        key(Qt::Key_Right); // nothing to pan
+        QCOMPARE(desk.view.pictureRect().topLeft(), fitted);
+        key(Qt::Key_1);
+        QCOMPARE(desk.view.scale(), 1.0);
+        const QPointF before = desk.view.pictureRect().topLeft();
+        key(Qt::Key_Right);
+        key(Qt::Key_Up);
+        QCOMPARE(desk.view.pictureRect().topLeft(), before + QPointF(-50, 50));
+        QTest::mousePress(&desk.view, Qt::LeftButton, {}, {200, 200});
+        QTest::mouseMove(&desk.view, {230, 190});
+        QTest::mouseRelease(&desk.view, Qt::LeftButton, {}, {230, 190});
+        QCOMPARE(desk.view.pictureRect().topLeft(), before + QPointF(-20, 40));
+        key(Qt::Key_Minus);
+        QCOMPARE(desk.view.scale(), 0.8);
+        key(Qt::Key_Plus);
+        QCOMPARE(desk.view.scale(), 1.0);
+        key(Qt::Key_0);
+        QVERIFY(desk.view.isFitted());
+        QTest::mouseDClick(&desk.view, Qt::LeftButton, {}, {200, 200});
+        QCOMPARE(desk.view.scale(), 1.0);
+        desk.view.setPhoto(desk.stripes(QStringLiteral("b.png"), {1600, 1200}, kBlack, kWhite));
+        QVERIFY(desk.view.isFitted()); // another photo is seen whole
+    }
+
+    void whatComesNextIsSharpAtOnce()
+    {
+        Desk desk;
+        QList<std::shared_ptr<PIPhoto>> photos;
+        for (const char *name : {"a.png", "b.png", "c.png"})
+            photos << desk.stripes(QString::fromLatin1(name), {1200, 900}, 0xffff0000, 0xffff0000);
+        photos.at(1)->setCropRect({0, 0, 600, 450});
+        desk.show();
+        desk.view.setPhoto(photos.at(0));
+        desk.view.setAhead({photos.at(1)});
+        const auto isPrepared = [&](int index) {
+            const Image image = photos.at(index)->knownImage(desk.library.imageCache());
+            return !image.isNull() && !desk.pool.find(PixelRequest{image, {400, 300}}.key()).isNull();
+        };
+        QTRY_VERIFY(isPrepared(1));
+        QCOMPARE(desk.view.state(), State::Sharp); // before anything was prepared
+        desk.view.setPhoto(photos.at(1));
+        QCOMPARE(desk.view.state(), State::Sharp);
+
+        desk.view.setAhead({photos.at(2)});
+        desk.view.setPhoto(photos.at(2)); // whose picture is being made: it is taken when it is there
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        photos.at(1)->setCropRect({0, 0, 300, 450});
+        desk.library.thumbnails().updateForFilters(*photos.at(1));
+        desk.view.setPhoto(photos.at(1)); // as it is edited now
+        QCOMPARE(desk.view.state(), State::Preview);
+        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        QCOMPARE(desk.view.pictureRect().size(), QSizeF(267, 400));
     }
 
     void aFileThatGoesBeforeItIsRead()

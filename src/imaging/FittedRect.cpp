@@ -15,3 +15,8 @@ QRect fittedDeviceRect(QSize picture, QSize viewSize, qreal devicePixelRatio)
                      std::clamp(qRound(picture.height() * scale), 1, view.height()));
     return {QPoint((view.width() - size.width()) / 2, (view.height() - size.height()) / 2), size};
 }
+
+QSize fittedPixels(QSize picture, const PictureRoom &room)
+{
+    return fittedDeviceRect(picture, room.size, room.pixelRatio).size().boundedTo(picture);
+}

@@ -1,0 +1,234 @@
+#include "PhotoPicture.h"
+
+#include "PIPhoto.h"
+#include "ThumbnailMaker.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+/// A thumbnail at its largest is one of a larger picture, of unknown size.
+constexpr int kMostEnlarged = 100;
+
+}
+
+PhotoPicture::PhotoPicture(ThumbnailMaker &thumbnails, ImageCache &imageCache, PixelPool &pool, Room room)
+    : m_thumbnails(thumbnails)
+    , m_imageCache(imageCache)
+    , m_room(std::move(room))
+    , m_renderer(pool)
+    , m_ahead(imageCache, pool, [this](const PIPhoto &photo) { wasPrepared(photo); })
+{}
+
+void PhotoPicture::setPhoto(const std::shared_ptr<PIPhoto> &photo)
+{
+    if (photo != m_photo) {
+        cancelRendering();
+        m_next.clear(); // what is being made for it goes on: the likely steps from here are among it
+        m_image = {};
+        m_pixels = {};
+        m_state = State::Empty;
+    }
+    m_photo = photo;
+    reload();
+}
+
+void PhotoPicture::setExtent(Extent extent)
+{
+    if (std::exchange(m_extent, extent) == extent)
+        return;
+    m_pixels = {}; // is of another part, though its shape may be the same
+    reload();
+}
+
+void PhotoPicture::setAhead(const PhotosAhead::PhotoList &photos)
+{
+    m_next = photos;
+    prepareAhead();
+}
+
+Image PhotoPicture::knownImage() const
+{
+    return m_extent == Extent::WholeFile ? m_photo->knownFileImage(m_imageCache) : m_photo->knownImage(m_imageCache);
+}
+
+void PhotoPicture::reload()
+{
+    const bool present = m_photo && !m_photo->isFileLost();
+    const Image before = m_image;
+    m_image = present ? knownImage() : Image();
+    if (!present)
+        return showFailure();
+    if (m_image.isNull())
+        return openFile();
+    if (!m_image.isSameAs(before) || m_pixels.isNull())
+        showPreview();
+    renderSharp();
+}
+
+void PhotoPicture::roomChanged()
+{
+    if (m_photo && m_image.isNull())
+        reload();
+    else
+        renderSharp();
+}
+
+/// What there is at once, laid where the sharp picture will be. A thumbnail is of the photo as it is edited.
+void PhotoPicture::showPreview()
+{
+    const bool isEdited = !m_photo->cropRect().isEmpty() || !m_photo->filterDicts().isEmpty();
+    const bool hasThumbnail = m_extent == Extent::AsEdited || !isEdited;
+    const QImage thumbnail = hasThumbnail ? m_thumbnails.availableThumbnail(*m_photo) : QImage();
+    if (!thumbnail.isNull() || !hasPixelsOfSameShape())
+        m_pixels = thumbnail;
+    setState(State::Preview);
+}
+
+/// What is shown may stay until what comes after an edit is there, unless it would be drawn out of shape.
+bool PhotoPicture::hasPixelsOfSameShape() const
+{
+    const QSizeF before = m_pixels.size();
+    const QSizeF now = m_image.isNull() ? before : QSizeF(m_image.size());
+    constexpr double kTolerance = 0.01;
+    return !before.isEmpty() &&
+           std::abs(before.width() * now.height() / (before.height() * now.width()) - 1) < kTolerance;
+}
+
+void PhotoPicture::setPreview(const QImage &preview)
+{
+    if (m_state != State::Preview)
+        return;
+    m_pixels = preview;
+    setState(State::Preview);
+}
+
+/// Until the file is open, the picture takes the shape that the photo and its thumbnail tell of.
+void PhotoPicture::openFile()
+{
+    if (m_state != State::Missing && m_state != State::Unreadable)
+        showPreview(); // else the message stands until something better comes
+    if (m_room().isEmpty())
+        return cancelRendering(); // done when there is some
+    if (isBeingPrepared())
+        return;
+    if (!m_photo->fileRef()->verify())
+        return showFailure();
+    cancelRendering();
+    m_ahead.cancel(); // what is wanted now has the processors for itself
+    m_renderer.run([this, recipe = m_photo->recipe(m_imageCache), needsPreview = m_pixels.isNull(),
+                    isWhole = m_extent == Extent::WholeFile](const std::atomic<bool> &) -> std::function<void()> {
+        const OpenedPicture picture = recipe.open();
+        const Image &image = isWhole ? picture.file : picture.shown;
+        const QImage embedded = needsPreview ? image.embeddedThumbnail() : QImage();
+        return [this, picture, embedded] { fileOpened(picture, embedded); };
+    });
+}
+
+void PhotoPicture::fileOpened(const OpenedPicture &picture, const QImage &embedded)
+{
+    m_photo->takePicture(picture, m_imageCache);
+    m_image = m_extent == Extent::WholeFile ? picture.file : picture.shown;
+    if (m_image.isNull())
+        return showFailure();
+    if (m_pixels.isNull())
+        m_pixels = embedded;
+    setState(State::Preview);
+    renderSharp();
+}
+
+void PhotoPicture::cancelRendering()
+{
+    m_renderer.cancel();
+    m_rendering = {};
+}
+
+void PhotoPicture::renderSharp()
+{
+    const PictureRoom room = m_room();
+    const PixelRequest wanted{m_image, fittedPixels(m_image.size(), room)};
+    if (m_image.isNull() || wanted.size.isEmpty())
+        return;
+    if (m_state == State::Sharp && m_pixels.size() == wanted.size)
+        return prepareAhead();
+    const QImage made = m_renderer.find(wanted);
+    if (!made.isNull()) {
+        cancelRendering();
+        sharpArrived(made);
+        return;
+    }
+    if (m_rendering.isSameAs(wanted) || isBeingPrepared())
+        return;
+    m_rendering = wanted;
+    m_ahead.cancel();
+    m_renderer.render(wanted, [this](const auto &pixels) { sharpArrived(pixels); });
+}
+
+void PhotoPicture::sharpArrived(const std::optional<QImage> &pixels)
+{
+    m_rendering = {};
+    if (!pixels) {
+        m_image = {};
+        showFailure();
+        return;
+    }
+    m_pixels = *pixels;
+    setState(State::Sharp);
+    prepareAhead();
+}
+
+void PhotoPicture::showFailure()
+{
+    cancelRendering();
+    m_pixels = {};
+    if (!m_photo)
+        setState(State::Empty);
+    else if (m_photo->isFileLost() || !QFileInfo::exists(m_photo->fileRef()->path()))
+        setState(State::Missing);
+    else
+        setState(State::Unreadable);
+    prepareAhead();
+}
+
+void PhotoPicture::setState(State state)
+{
+    m_state = state;
+    Q_EMIT stateChanged();
+}
+
+/// Only when nothing keeps the processors busy that is wanted now.
+void PhotoPicture::prepareAhead()
+{
+    if (m_photo && m_state != State::Preview && !m_room().isEmpty())
+        m_ahead.prepare(m_next, m_room());
+}
+
+/// Whether the photo on show was reached while its picture was being made in advance: that work goes on.
+bool PhotoPicture::isBeingPrepared() const
+{
+    return m_extent == Extent::AsEdited && m_ahead.isUnderWay(*m_photo);
+}
+
+void PhotoPicture::wasPrepared(const PIPhoto &photo)
+{
+    if (m_photo.get() == &photo && m_state != State::Sharp)
+        reload();
+}
+
+QSize PhotoPicture::size() const
+{
+    if (!m_image.isNull() || !m_photo || m_pixels.isNull())
+        return m_image.size();
+    if (m_extent == Extent::AsEdited && !m_photo->cropRect().isEmpty())
+        return m_photo->cropRect().toRect().size();
+    const QSizeF known = m_photo->fileRef() ? m_photo->fileRef()->knownPhotoSize() : QSizeF();
+    if (!known.isEmpty())
+        return known.toSize();
+    const QSize thumbnail = m_pixels.size();
+    const bool isWhole = std::max(thumbnail.width(), thumbnail.height()) < ThumbnailMaker::kBoxSide;
+    return isWhole ? thumbnail : thumbnail * kMostEnlarged;
+}
