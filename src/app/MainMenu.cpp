@@ -64,7 +64,9 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &cropSize
 
     QMenu *view = bar.addMenu(tr("&View"));
     addCommands(*view, actions,
-                {Command::ShowCaptions, Command::ShowDates, Command::ShowFileNames, std::nullopt, Command::FewerColumns,
+                {Command::PreviewSelection, Command::PreviewFolder, std::nullopt, Command::ZoomPhotoIn,
+                 Command::ZoomPhotoOut, Command::FitPhoto, Command::PhotoAtFullSize, std::nullopt,
+                 Command::ShowCaptions, Command::ShowDates, Command::ShowFileNames, std::nullopt, Command::FewerColumns,
                  Command::MoreColumns, std::nullopt, Command::ShowDetail, Command::FullScreen, std::nullopt,
                  Command::ShowSelection});
     addCommands(*bar.addMenu(tr("&Go")), actions,

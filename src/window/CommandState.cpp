@@ -35,6 +35,8 @@ bool CommandState::isEnabled(EnabledWhen when) const
         return isPhotoCurrent;
     case EnabledWhen::CanCrop:
         return selectedPhotos == 1 && canCropPhoto;
+    case EnabledWhen::CanZoomPhoto:
+        return canZoomPhoto;
     case EnabledWhen::CropSizeIsChosen:
         return isFolderShown && isCropSizeChosen;
     case EnabledWhen::PhotoHasEffects:

@@ -10,6 +10,7 @@ struct CommandState
     int selectedPhotos = 0;
     bool isPhotoCurrent = false;
     bool canCropPhoto = false; ///< the current one, whose file can be shown
+    bool canZoomPhoto = false; ///< the current one
     bool isCropping = false;
     bool isCropSizeChosen = false;
     bool hasPhotoEffects = false; ///< the current one

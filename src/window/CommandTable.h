@@ -55,8 +55,14 @@ enum class Command {
     ShowCaptions,
     ShowDates,
     ShowFileNames,
+    PreviewSelection,
+    PreviewFolder,
     FewerColumns,
     MoreColumns,
+    ZoomPhotoIn,
+    ZoomPhotoOut,
+    FitPhoto,
+    PhotoAtFullSize,
     ShowDetail,
     FullScreen,
     Back,
@@ -77,6 +83,7 @@ enum class EnabledWhen {
     SeveralPhotosAreSelected,
     PhotoIsCurrent,
     CanCrop,
+    CanZoomPhoto,
     CropSizeIsChosen, ///< and a folder is shown
     PhotoHasEffects,  ///< the current one
     ThereAreEffectSets,

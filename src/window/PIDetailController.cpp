@@ -16,7 +16,10 @@
 #include "StepControl.h"
 #include "UserDefaults.h"
 
+#include <QAction>
 #include <QBoxLayout>
+
+#include <utility>
 
 namespace {
 
@@ -97,6 +100,9 @@ void PIDetailController::addStepControl(QAction &previous, QAction &next)
     m_photoSide->layout()->addWidget(m_stepControl);
     m_photoSide->layout()->setAlignment(m_stepControl, Qt::AlignHCenter);
     m_stepControl->setEnabled(canStep());
+    connect(m_photoView, &PIImageView::stepWanted, this, [&previous, &next](StepDirection direction) {
+        (direction == StepDirection::Next ? next : previous).trigger();
+    });
 }
 
 void PIDetailController::photoWasSelected(const NotificationObject &object)
@@ -104,6 +110,7 @@ void PIDetailController::photoWasSelected(const NotificationObject &object)
     PIPhoto *photo = object.as<PIPhoto>();
     m_photo = photo ? photo->shared_from_this() : nullptr;
     m_photoView->photoWasSelected(m_photo);
+    prepareNeighbours();
     showCurrentPhoto();
 }
 
@@ -118,6 +125,22 @@ void PIDetailController::showCurrentPhoto()
     if (m_stepControl)
         m_stepControl->setEnabled(canStep());
     m_library.notifications().post(kUpdateDetailNotification, m_photo);
+}
+
+/// The photos to which the next steps lead will be sharp at once.
+void PIDetailController::prepareNeighbours()
+{
+    const std::shared_ptr<const PIFolder> folder = m_editor.view().shownFolder();
+    const qsizetype position = folder ? folder->photos().indexOf(m_photo) : -1;
+    if (position < 0)
+        return;
+    const auto direction =
+        std::exchange(m_position, position) > position ? StepDirection::Previous : StepDirection::Next;
+    PIGroup::PhotoList neighbours;
+    for (const qint64 index :
+         PhotoStep::likely(position, folder->photos().size(), m_editor.view().selectedIndexes(), direction))
+        neighbours << folder->photos().at(index);
+    m_photoView->setAhead(neighbours);
 }
 
 bool PIDetailController::canStep() const

@@ -56,6 +56,7 @@ private:
     void reloadPhoto();
     void showCurrentPhoto();
     [[nodiscard]] bool canStep() const;
+    void prepareNeighbours();
 
     LibraryEditor &m_editor;
     PhotoLibrary &m_library;
@@ -64,6 +65,7 @@ private:
     QVariantMap m_openSections; ///< by layout name
     QWidget *m_photoSide;       ///< the photo and what belongs to it
     PIImageView *m_photoView;
+    qint64 m_position = 0;                ///< of the photo in the folder on show
     StepControl *m_stepControl = nullptr; ///< null until there are commands for it
     PIDetailWordsVC *m_wordController = nullptr;
     PIDetailCropVC *m_cropController = nullptr;

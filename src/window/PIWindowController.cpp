@@ -11,6 +11,7 @@
 #include "Housekeeping.h"
 #include "ImageFormat.h"
 #include "ImportRunner.h"
+#include "LargePhotoCommands.h"
 #include "LibraryActions.h"
 #include "LibraryNotifications.h"
 #include "LibraryWindow.h"
@@ -31,6 +32,7 @@
 #include "UserPaths.h"
 #include "ViewCommands.h"
 #include "WindowPreferences.h"
+#include "WindowTitle.h"
 
 #include <QAbstractSpinBox>
 #include <QAction>
@@ -62,12 +64,6 @@ void alertWhenNothingWasAdded(const PhotoImport::Outcome &outcome)
                   PIWindowController::tr("The folders or files you specified did not contain any usable images."));
 }
 
-/// A title in which nothing of a name is taken for the mark of unsaved changes.
-QString titlePart(QString name)
-{
-    return name.replace(QLatin1String("[*]"), QLatin1String("[*][*]"));
-}
-
 }
 
 PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defaults, const QString &databasePath)
@@ -94,6 +90,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_effectCommands(
           new EffectCommands(m_editor, defaults, m_filterCatalogue, *m_actions, *m_detailController, *m_window))
     , m_cropCommands(new CropCommands(m_editor, defaults, *m_actions, *m_thumbnailView, *m_detailController, *m_window))
+    , m_largePhotoCommands(new LargePhotoCommands(m_editor, *m_actions, *m_detailController, *m_window))
     , m_printCommands(new PrintCommands(m_editor, defaults, *m_actions, *m_window))
     , m_exportCommands(new ExportCommands(m_editor, defaults, *m_actions, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
@@ -101,7 +98,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
 {
     buildPanes();
     bindCommands();
-    bindViewCommands(*m_actions, *m_thumbnailView, defaults);
+    bindViewCommands(*m_actions, *m_thumbnailView, *m_window, defaults);
     observe();
     QTimer::singleShot(0, m_paneSplitter, &PaneSplitter::setInitialSplit);
     photoWasSelected();
@@ -143,9 +140,6 @@ void PIWindowController::bindCommands()
     m_actions->bind(Command::Forward, [this](bool) { navigateFolders(m_history.goForward()); });
     m_actions->setChecked(Command::ShowDetail, m_defaults.value(WindowPreferences::kShowDetail));
     m_actions->bind(Command::ShowDetail, [this](bool on) { toggleDetail(on); });
-    m_actions->bind(Command::FullScreen, [this](bool on) {
-        m_window->setWindowState(m_window->windowState().setFlag(Qt::WindowFullScreen, on));
-    });
 }
 
 void PIWindowController::observe()
@@ -156,11 +150,10 @@ void PIWindowController::observe()
             &PIWindowController::gridSelectionDidChange);
     connect(m_thumbnailView, &ThumbnailGridView::photoActivated, this, &PIWindowController::showDetail);
     connect(m_cropCommands, &CropCommands::largePhotoWanted, this, &PIWindowController::showDetail);
+    connect(m_largePhotoCommands, &LargePhotoCommands::largePhotoWanted, this, &PIWindowController::showDetail);
     connect(m_cropCommands, &CropCommands::changed, this, &PIWindowController::enableCommands);
     connect(m_thumbnailView, &ThumbnailGridView::columnsLaidOut, this, &PIWindowController::enableCommands);
     connect(m_window.get(), &LibraryWindow::didResignKey, this, &PIWindowController::windowDidResignKey);
-    connect(m_window.get(), &LibraryWindow::fullScreenChanged, this,
-            [this](bool on) { m_actions->setChecked(Command::FullScreen, on); });
     connect(m_importRunner, &ImportRunner::runningChanged, this, &PIWindowController::enableCommands);
     connect(m_outline, &PIOutlineView::dropped, this,
             [this](const QDropEvent &event, const NavigatorDrop &place) { m_drops.dropOnNavigator(event, place); });
@@ -430,7 +423,8 @@ void PIWindowController::gridSelectionDidChange()
 void PIWindowController::windowDidResignKey()
 {
     QWidget *field = m_window->focusWidget();
-    if (!m_detailController->view()->isAncestorOf(field) || field == &m_detailController->photoView())
+    const PIImageView &photoView = m_detailController->photoView();
+    if (!m_detailController->view()->isAncestorOf(field) || (field == &photoView && photoView.isCropping()))
         return; // cropping keeps its keys
     m_thumbnailView->setFocus();
     if (QApplication::activeModalWidget())
@@ -471,6 +465,7 @@ void PIWindowController::enableCommands()
     m_editCommands->describe(state);
     m_effectCommands->describe(state);
     m_cropCommands->describe(state);
+    m_largePhotoCommands->describe(state);
     state.isDirty = m_library.isDirty();
     state.isImporting = isImporting();
     state.canGoBack = m_history.canGoBack();

@@ -23,6 +23,7 @@ class ExportCommands;
 class Housekeeping;
 class ImportRunner;
 class LibraryActions;
+class LargePhotoCommands;
 class LibraryWindow;
 class NavigatorModel;
 class PIDetailController;
@@ -146,6 +147,7 @@ private:
     EditCommands *m_editCommands;
     EffectCommands *m_effectCommands;
     CropCommands *m_cropCommands;
+    LargePhotoCommands *m_largePhotoCommands;
     PrintCommands *m_printCommands;
     ExportCommands *m_exportCommands;
     DropCommands m_drops;

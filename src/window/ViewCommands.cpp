@@ -1,6 +1,7 @@
 #include "ViewCommands.h"
 
 #include "LibraryActions.h"
+#include "LibraryWindow.h"
 #include "ThumbnailGridView.h"
 #include "UserDefaults.h"
 #include "WindowPreferences.h"
@@ -19,14 +20,23 @@ void bindText(LibraryActions &actions, ThumbnailGridView &grid, UserDefaults &de
     });
 }
 
+void bindFullScreen(LibraryActions &actions, LibraryWindow &window)
+{
+    actions.bind(Command::FullScreen,
+                 [&window](bool on) { window.setWindowState(window.windowState().setFlag(Qt::WindowFullScreen, on)); });
+    QObject::connect(&window, &LibraryWindow::fullScreenChanged, &actions,
+                     [&actions](bool on) { actions.setChecked(Command::FullScreen, on); });
 }
 
-void bindViewCommands(LibraryActions &actions, ThumbnailGridView &grid, UserDefaults &defaults)
+}
+
+void bindViewCommands(LibraryActions &actions, ThumbnailGridView &grid, LibraryWindow &window, UserDefaults &defaults)
 {
     bindText(actions, grid, defaults, Command::ShowCaptions, WindowPreferences::kShowCaptions, TileLine::Caption);
     bindText(actions, grid, defaults, Command::ShowDates, WindowPreferences::kShowDates, TileLine::Date);
     bindText(actions, grid, defaults, Command::ShowFileNames, WindowPreferences::kShowFileNames, TileLine::FileName);
 
+    bindFullScreen(actions, window);
     grid.setColumnCount(defaults.value(WindowPreferences::kColumnCount));
     actions.bind(Command::FewerColumns, [&grid](bool) { grid.addColumns(-1); });
     actions.bind(Command::MoreColumns, [&grid](bool) { grid.addColumns(1); });
