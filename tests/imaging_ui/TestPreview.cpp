@@ -49,10 +49,11 @@ struct PreviewDesk : UndoHouse
     [[nodiscard]] PIEditControlView &strip() const { return *view().findChild<PIEditControlView *>(); }
     [[nodiscard]] QColor centre() const { return view().grab().toImage().pixelColor(view().rect().center()); }
     void key(Qt::Key pressed) const { QTest::keyClick(&view(), pressed); }
+    /// Not by the platform's pointer, which may be over what another test has left.
     void movePointer() const
     {
         for (const int x : {60, 100, 140})
-            QTest::mouseMove(&view(), {x, 100});
+            QTest::mouseMove(controller->windowHandle(), view().mapTo(controller.data(), QPoint(x, 100)));
     }
     void click(const QString &toolTip) const
     {
