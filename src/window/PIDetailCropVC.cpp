@@ -25,11 +25,12 @@ PIDetailCropVC::PIDetailCropVC(LibraryEditor &editor, const PIDetailController &
     m_cropSizeField->setAccessibleName(tr("Crop size"));
     m_uncropButton->setToolTip(tr("Show the whole picture again"));
     m_uncropButton->setAccessibleName(m_uncropButton->text());
-    auto *layout = new QHBoxLayout(this);
+    m_buttons->addWidget(m_uncropButton);
+    m_buttons->addStretch();
+    auto *layout = new QVBoxLayout(this); // one row of all would be wider than a narrow pane
     layout->setContentsMargins(12, 4, 12, 10);
-    layout->addWidget(m_cropSizeField, 1);
+    layout->addWidget(m_cropSizeField);
     layout->addLayout(m_buttons);
-    layout->addWidget(m_uncropButton);
     connect(&view, &PIImageView::cropChanged, this, &PIDetailCropVC::selectionChanged);
     connect(m_uncropButton, &QPushButton::clicked, this, &PIDetailCropVC::uncrop);
     selectionChanged();
@@ -44,8 +45,8 @@ void PIDetailCropVC::addCommands(QAction &crop, QMenu &cropSizes)
     sizes->setDefaultAction(cropSizes.menuAction());
     sizes->setToolTip(tr("Hold the crop to a shape"));
     sizes->setPopupMode(QToolButton::InstantPopup);
-    m_buttons->addWidget(button);
-    m_buttons->addWidget(sizes);
+    m_buttons->insertWidget(0, button);
+    m_buttons->insertWidget(1, sizes);
 }
 
 void PIDetailCropVC::selectionChanged()
