@@ -226,6 +226,17 @@ void PIAppController::followFiles()
     connect(follower, &LibraryFollower::walking, progress, &LostFileProgress::walking);
     connect(follower, &LibraryFollower::finished, progress, &LostFileProgress::finished);
     connect(progress, &LostFileProgress::cancelled, follower, &LibraryFollower::cancelSearch);
+    m_windowController->actions().bind(Command::SearchAgain, [this](bool) { searchAgain(); });
+}
+
+void PIAppController::searchAgain()
+{
+    constexpr int kAnswerMilliseconds = 10'000;
+    QStatusBar &bar = *m_windowController->window().statusBar();
+    if (m_follower && m_follower->searchAgain())
+        bar.showMessage(tr("Looking for missing files…"), kAnswerMilliseconds);
+    else
+        bar.showMessage(tr("No files are missing."), kAnswerMilliseconds);
 }
 
 bool PIAppController::isSearching() const

@@ -88,6 +88,7 @@ private:
     void loadLibrary();
     void showLibrary(const QStringList &files);
     void followFiles();
+    void searchAgain();
 
     NotificationCenter m_notifications;
     FileBookmarkService m_bookmarks;

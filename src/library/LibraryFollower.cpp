@@ -19,6 +19,7 @@ LibraryFollower::LibraryFollower(PhotoLibrary &library, LocatorFileFinder &finde
     , m_finder(finder)
     , m_folder(library, finder)
     , m_search(library, finder, options)
+    , m_mounts(this)
     , m_check(
           library, finder, QStringLiteral("hmphoto.fileCheck"),
           [this](const FileCheck::Files &changed, const FileCheck::Files &doubtful) { takeChecked(changed, doubtful); },
@@ -98,6 +99,15 @@ void LibraryFollower::lookAgain()
 {
     if (m_begun)
         m_folder.lookAgain();
+}
+
+bool LibraryFollower::searchAgain()
+{
+    const auto missing =
+        m_library.usedFileRefs([](const PIFileRef &file) { return file.isFileLost() && !file.isVolumeAway(); });
+    m_search.allowAnotherWalk(missing);
+    m_folder.lookAt(missing);
+    return !missing.isEmpty();
 }
 
 /// What was away may be back, and what is on show may have gone.

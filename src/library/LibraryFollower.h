@@ -31,6 +31,9 @@ public:
     /// Looks at every file of the folder, as when the window comes to the front after others were used.
     void lookAgain();
     void cancelSearch() { m_search.cancel(); }
+    /// Looks everywhere for all files that are missing, also for those that an earlier walk did not find. False when
+    /// none is missing.
+    bool searchAgain();
     [[nodiscard]] bool isSearching() const { return m_isChecking || m_search.isRunning() || m_searchSoon.isActive(); }
 
 Q_SIGNALS:

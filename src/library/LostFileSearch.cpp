@@ -61,16 +61,32 @@ void LostFileSearch::start()
         run(m_near, files);
 }
 
+void LostFileSearch::allowAnotherWalk(const QList<std::shared_ptr<PIFileRef>> &files)
+{
+    for (const auto &file : files)
+        m_walkAgain.insert(file->guid());
+}
+
 void LostFileSearch::cancel()
 {
     m_summary.cancelled = isRunning();
     m_far.stop.request_stop();
 }
 
+namespace {
+
+qsizetype missingAmong(const QList<LocatorFileFinder::Unsettled> &files)
+{
+    return std::count_if(files.cbegin(), files.cend(), [](const auto &file) { return file.doubt != Doubt::Changed; });
+}
+
+}
+
 void LostFileSearch::run(Stage &stage, const Files &files)
 {
     stage.running = true;
     stage.found = 0;
+    stage.open = missingAmong(files);
     stage.stop = {};
     stage.patience.start();
     BookmarkOptions options = m_options;
@@ -105,6 +121,8 @@ void LostFileSearch::takeProgress(Stage &stage, const BookmarkProgress &walk)
 void LostFileSearch::giveUp(Stage &stage)
 {
     stage.stop.request_stop();
+    m_summary.timedOut = true;
+    m_summary.missing += stage.open;
     end(stage, stage.run);
 }
 
@@ -122,15 +140,20 @@ void LostFileSearch::take(Stage &stage, const QList<SearchedFile> &files)
 {
     Files rest;
     for (const SearchedFile &searched : files) {
+        const bool isMissing = searched.file.doubt != Doubt::Changed;
+        stage.open -= isMissing && stage.open > 0;
         if (isTold(searched.status))
             continue;
-        const bool isToBeWalkedFor = &stage == &m_near && searched.file.isNew && searched.status != Status::Missing;
+        const bool isToBeWalkedFor = &stage == &m_near && searched.status != Status::Missing &&
+                                     (m_walkAgain.remove(searched.file.guid) || searched.file.isNew);
         if (isToBeWalkedFor)
             rest.append(searched.file);
         else if (searched.status == Status::Unsearched)
             m_announced.remove(searched.file.guid); // nothing more becomes known of it
-        if (&stage == &m_far)
-            m_summary.missing += searched.file.doubt != Doubt::Changed;
+        if (&stage != &m_far || !stage.running)
+            continue;
+        m_summary.missing += isMissing;
+        m_summary.timedOut |= searched.status == Status::Unsearched && !m_summary.cancelled;
     }
     m_rest += rest;
     announceAtOnce(rest);
@@ -243,8 +266,7 @@ void LostFileSearch::walkForRest()
     const Files rest = std::exchange(m_rest, {});
     if (!m_summary.cancelled)
         return run(m_far, rest);
-    m_summary.missing +=
-        std::count_if(rest.cbegin(), rest.cend(), [](const auto &file) { return file.doubt != Doubt::Changed; });
+    m_summary.missing += missingAmong(rest);
 }
 
 QSet<QString> LostFileSearch::pathsInUse() const

@@ -16,8 +16,8 @@ class PIFileRef;
 
 /// Looks in the background for the files that are not where they were, and lets the library's references and photos
 /// follow what is found, batch by batch. All are first looked for near their old places, which is quick; the rest
-/// together with one walk, and once only: what was not found then is looked for near its old place from then on.
-/// Main thread.
+/// together with one walk, and once only: what was not found then is looked for near its old place from then on, unless
+/// another walk is asked for. Main thread.
 class LostFileSearch
 {
 public:
@@ -26,6 +26,7 @@ public:
         qsizetype found = 0;   ///< at other places
         qsizetype missing = 0; ///< looked for everywhere and not found, or not until the end
         bool cancelled = false;
+        bool timedOut = false; ///< there was no time to look everywhere, or a disk did not answer
     };
 
     /// Called a few times a second while a walk is under way, with the number of files that it has found.
@@ -52,6 +53,8 @@ public:
     void noteAnnounced(const QSet<const PIFileRef *> &files);
     /// Looks for everything that the finder noted since the last time; nothing happens when it noted nothing.
     void start();
+    /// The next time that these are noted they are walked for again.
+    void allowAnotherWalk(const QList<std::shared_ptr<PIFileRef>> &files);
     /// Ends the walk, or forgoes it. What was found so far stays; the rest stays lost.
     void cancel();
     [[nodiscard]] bool isRunning() const { return m_near.running || m_far.running; }
@@ -67,6 +70,7 @@ private:
         int run = 0;         ///< counts up when one begins, and when it is waited for no longer
         QTimer patience;     ///< with a disk
         qsizetype found = 0; ///< at other places
+        qsizetype open = 0;  ///< missing ones that nothing was told of yet
         std::stop_source stop;
         DispatchQueue queue;
     };
@@ -98,6 +102,7 @@ private:
     QTimer m_tellOfRewritten;            ///< a file may be written for a while: it is not to be read again all the time
     std::function<bool(const PIFileRef &)> m_isWatched;
     QSet<QString> m_announced; ///< guids of files that were, while it is not known yet what became of them
+    QSet<QString> m_walkAgain; ///< guids of files
     Files m_rest;              ///< not found near their old places, and to be walked for
     MainThreadLink<LostFileSearch> m_link{*this};
     Stage m_near;

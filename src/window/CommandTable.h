@@ -12,6 +12,7 @@ enum class Command {
     AddFiles,
     AddFolder,
     FindOrphans,
+    SearchAgain,
     NewGroup,
     NewFolder,
     Save,

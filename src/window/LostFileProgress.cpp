@@ -59,12 +59,14 @@ void LostFileProgress::finished(const LostFileSearch::Summary &summary)
 {
     m_delay.stop();
     hide();
-    if (summary.found == 0 && summary.missing == 0 && !summary.cancelled)
+    if (summary.found == 0 && summary.missing == 0 && !summary.cancelled && !summary.timedOut)
         return;
     QString text = tr("Moved files found: %L1.").arg(summary.found);
     if (summary.missing > 0)
         text += QStringLiteral(" ") + tr("Still missing: %L1.").arg(summary.missing);
     if (summary.cancelled)
         text += QStringLiteral(" ") + tr("The search was cancelled.");
+    else if (summary.timedOut)
+        text += QStringLiteral(" ") + tr("The search ended before it had looked everywhere: it took too long.");
     m_bar.showMessage(text, kResultMilliseconds);
 }

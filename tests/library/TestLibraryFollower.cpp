@@ -119,6 +119,44 @@ private Q_SLOTS:
         QVERIFY(!m_photo->isFileLost());
     }
 
+    void aVolumeComesBackByItself()
+    {
+        BookmarkOptions options = m_house->options();
+        options.volumes = std::make_shared<const Volumes>(QByteArray(), identifyMount); // none is mounted
+        m_follower = std::make_unique<LibraryFollower>(*m_house->library, *m_house->finder, options);
+        m_follower->setFolder(m_house->folder);
+        m_follower->begin();
+        m_house->move("shown", "unplugged");
+        QTRY_VERIFY(m_photo->isVolumeAway());
+        QTRY_VERIFY(!m_follower->isSearching());
+        QVERIFY(!m_follower->searchAgain()); // it is not missing
+
+        m_follower->setFolder(nullptr); // what is not on show comes back, too
+        m_house->move("unplugged", "shown");
+        m_tilesChanged = 0;
+        Q_EMIT m_follower->findChild<MountWatcher *>()->mountsChanged();
+        QTRY_VERIFY(!m_photo->isFileLost());
+        QVERIFY(m_tilesChanged > 0);
+    }
+
+    void whatAWalkDidNotFindCanBeLookedForAgain()
+    {
+        m_house->move("shown/a.png", "a.png");
+        QFile file(m_house->at("a.png"));
+        QVERIFY(file.open(QFile::ReadOnly));
+        const QByteArray content = file.readAll();
+        QVERIFY(file.remove());
+        QTRY_VERIFY(m_photo->isFileLost());
+        QTRY_VERIFY(!m_follower->isSearching());
+        QVERIFY(QDir().mkpath(m_house->at("back")));
+        QFile copy(m_house->at("back/a.png"));
+        QVERIFY(copy.open(QFile::WriteOnly) && copy.write(content) == content.size());
+        copy.close();
+        QVERIFY(m_follower->searchAgain());
+        QTRY_COMPARE(path(), m_house->at("back/a.png"));
+        QVERIFY(!m_follower->searchAgain());
+    }
+
     void aDiskThatDoesNotAnswerHoldsUpItsOwnFilesOnly()
     {
         m_follower.reset();

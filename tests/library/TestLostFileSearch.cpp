@@ -121,6 +121,23 @@ private Q_SLOTS:
         QVERIFY(far->isFileLost());
         QCOMPARE(far->fileRef()->path(), house.at("a/far.png"));
         QCOMPARE(m_foldersWalked, 0);
+        QCOMPARE(search(lost).found, 0);
+        lost.allowAnotherWalk({far->fileRef()});
+        QCOMPARE(search(lost).found, 1);
+        QCOMPARE(far->fileRef()->path(), house.at("b/far.png"));
+    }
+
+    void aWalkWithoutTimeSaysSo()
+    {
+        FollowedLibrary &house = *m_house;
+        (void)house.add("a/far.png");
+        house.move("a/far.png", "b/far.png");
+        BookmarkOptions options = house.options();
+        options.timeLimit = {};
+        LostFileSearch lost(*house.library, *house.finder, options);
+        const Summary summary = search(lost);
+        QVERIFY(summary.timedOut && !summary.cancelled);
+        QCOMPARE(summary.missing, 1);
     }
 
     void aPlaceGivenByHandMeanwhileStays()
