@@ -78,52 +78,27 @@ bool FileCommands::setDate(PhotoLibrary &library, PIPhoto &photo, const QDateTim
     return set;
 }
 
-namespace {
-
-/// Tells the photos of these files, but for those that were told already.
-void tellPhotos(PhotoLibrary &library, const QSet<const PIFileRef *> &taken, const QSet<const PIPhoto *> &told)
+QList<FileCommands::MovedFile> FileCommands::filesFoundWith(const PIPhoto &photo, const PIFolder *shownFolder,
+                                                            const QString &path)
 {
-    library.fileRefs().takeUpPaths(taken);
-    library.forEachPhotoOf(taken, [&](const std::shared_ptr<PIPhoto> &photo) {
-        if (!told.contains(photo.get()))
-            library.pictureChanged(*photo);
-    });
-}
-
-}
-
-int FileCommands::updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<PIPhoto> &photo,
-                                   const PIFolder *shownFolder, const QString &path)
-{
-    if (!photo->fileRef())
-        return 0;
-    const QString oldFolder = folderOf(photo->fileRef()->path());
+    const auto &file = photo.fileRef();
+    if (!file)
+        return {};
+    const QString oldFolder = folderOf(file->path());
     const QString newFolder = folderOf(path);
-    const bool wasAway = photo->isVolumeAway();
-    QSet<const PIFileRef *> taken;
-    QSet<const PIPhoto *> told;
-    const auto take = [&](PIPhoto &found, const QString &place) {
-        found.fileRef()->setPath(place);
-        library.pictureChanged(found);
-        taken.insert(found.fileRef().get());
-        told.insert(&found);
-    };
-    take(*photo, path);
+    QList<MovedFile> found{{.file = file, .path = path, .isChosen = true}};
+    QSet<const PIFileRef *> known{file.get()};
     const PIGroup::PhotoList photos = shownFolder ? shownFolder->photos() : PIGroup::PhotoList();
     for (qsizetype i = photos.size() - 1; i >= 0; --i) {
-        PIPhoto &other = *photos[i];
-        if (&other == photo.get() || !other.fileRef() || !other.isFileLost() || other.isVolumeAway() != wasAway ||
-            !other.fileRef()->path().startsWith(oldFolder))
-            continue;
-        const QString candidate =
-            QVString::appendingPathComponent(newFolder, QVString::lastPathComponent(other.fileRef()->path()));
-        if (entryTypeAt(candidate))
-            take(other, candidate);
+        const auto &other = photos[i]->fileRef();
+        if (photos[i]->isFileLost() && photos[i]->isVolumeAway() == photo.isVolumeAway() &&
+            !known.contains(other.get()) && other->path().startsWith(oldFolder)) {
+            known.insert(other.get());
+            const QString name = QVString::lastPathComponent(other->path());
+            found.append({.file = other, .path = QVString::appendingPathComponent(newFolder, name)});
+        }
     }
-    tellPhotos(library, taken, told);
-    library.setDirtyForGood();
-    library.notifications().post(kSelectNotification, photo);
-    return static_cast<int>(told.size()) - 1;
+    return found;
 }
 
 QString FileCommands::movedFolderOf(const QString &path)
@@ -132,6 +107,14 @@ QString FileCommands::movedFolderOf(const QString &path)
     for (QString folder = moved; folder.size() > 1 && !entryTypeAt(folder); folder = folderOf(folder))
         moved = folder;
     return moved;
+}
+
+QString FileCommands::folderLeftOf(const QString &path)
+{
+    QString folder = folderOf(path);
+    while (folder.size() > 1 && entryTypeAt(folder) != EntryType::Folder)
+        folder = folderOf(folder);
+    return folder;
 }
 
 std::optional<FileCommands::LostTree> FileCommands::lostTreeIn(const QString &folder, const PhotoLibrary &library,
@@ -160,8 +143,8 @@ QList<FileCommands::MovedFile> FileCommands::preparedFiles(QList<MovedFile> file
                                                            const FileFinder::Preparation &prepare)
 {
     files.removeIf([](const MovedFile &file) {
-        return entryTypeAt(file.path) != EntryType::File ||
-               (file.size > 0 && static_cast<quint64>(QFileInfo(file.path).size()) != file.size);
+        return !file.isChosen && (entryTypeAt(file.path) != EntryType::File ||
+                                  (file.size > 0 && static_cast<quint64>(QFileInfo(file.path).size()) != file.size));
     });
     if (prepare)
         for (MovedFile &file : files)
@@ -169,18 +152,20 @@ QList<FileCommands::MovedFile> FileCommands::preparedFiles(QList<MovedFile> file
     return files;
 }
 
-void FileCommands::takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files)
+qsizetype FileCommands::takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files)
 {
     QSet<const PIFileRef *> taken;
     for (const MovedFile &moved : files) {
-        if (!moved.file->isFileLost() || entryTypeAt(moved.path) != EntryType::File)
+        if (!moved.isChosen && (!moved.file->isFileLost() || entryTypeAt(moved.path) != EntryType::File))
             continue; // found, or gone, since it was chosen
         library.fileFinder().usePrepared(moved.path, moved.bookmark);
         moved.file->setPath(moved.path);
         taken.insert(moved.file.get());
     }
     if (taken.isEmpty())
-        return;
-    tellPhotos(library, taken, {});
+        return 0;
+    library.fileRefs().takeUpPaths(taken);
+    library.forEachPhotoOf(taken, [&](const std::shared_ptr<PIPhoto> &photo) { library.pictureChanged(*photo); });
     library.setDirtyForGood();
+    return taken.size();
 }

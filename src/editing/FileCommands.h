@@ -25,12 +25,6 @@ namespace FileCommands {
 /// Sets the file's date, in whole seconds, and takes up what the file system made of it.
 [[nodiscard]] bool setDate(PhotoLibrary &library, PIPhoto &photo, const QDateTime &date, QString *reason);
 
-/// The user found the missing file of `photo` at `path`: the photo takes it, and so does every other lost photo of
-/// `shownFolder` (may be null) that stood in or below the same old folder and whose file name exists in the new one.
-/// Returns how many others were found.
-int updateLostPhotos(PhotoLibrary &library, const std::shared_ptr<PIPhoto> &photo, const PIFolder *shownFolder,
-                     const QString &path);
-
 /// Lost files that stood under one folder.
 struct LostTree
 {
@@ -38,23 +32,31 @@ struct LostTree
     QList<std::shared_ptr<PIFileRef>> files;
 };
 
-/// The highest folder above a file that is no longer there; the file's own when that is. Any thread but the main one: a
-/// disk may not answer.
+// For any thread but the main one: a disk may not answer.
+/// The highest folder above a file that is no longer there; the file's own when that is.
 [[nodiscard]] QString movedFolderOf(const QString &path);
+/// The lowest folder above a file that is still there.
+[[nodiscard]] QString folderLeftOf(const QString &path);
 
 /// The lost files under `folder`, which held that of `photo`; nothing when they are fewer than two. Those on a volume
 /// that is away count only when that of the photo is.
 [[nodiscard]] std::optional<LostTree> lostTreeIn(const QString &folder, const PhotoLibrary &library,
                                                  const PIPhoto &photo);
 
-/// One file of a lost tree at the place where it would be after the move.
+/// A missing file with the place where it may be now.
 struct MovedFile
 {
     std::shared_ptr<PIFileRef> file;
     QString path;
     QByteArray bookmark = {}; ///< made before, by preparedFiles(); may be empty
-    quint64 size = 0;         ///< of the file that is missing; 0 when it is not known
+    quint64 size = 0;         ///< of the file that is missing; 0 when that is not known, or not to be looked at
+    bool isChosen = false;    ///< by the user, who knows: whatever stands there is the file
 };
+
+/// The user found the missing file of `photo` at `path`: that one, and every other lost file of a photo of
+/// `shownFolder` (may be null) that stood in or below the same old folder, where one of its name would be in the new
+/// folder.
+[[nodiscard]] QList<MovedFile> filesFoundWith(const PIPhoto &photo, const PIFolder *shownFolder, const QString &path);
 
 /// Where each file of the tree would be if its folder had moved to `newFolder`.
 [[nodiscard]] QList<MovedFile> filesMovedTo(const PhotoLibrary &library, const LostTree &tree,
@@ -64,7 +66,7 @@ struct MovedFile
 /// rest. Any thread.
 [[nodiscard]] QList<MovedFile> preparedFiles(QList<MovedFile> files, const FileFinder::Preparation &prepare);
 
-/// Lets each reference whose file is still lost take its new path and tells the photos that show it.
-void takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files);
+/// Lets each reference whose file is still lost take its new path and tells the photos that show it. Returns how many.
+qsizetype takeMovedFiles(PhotoLibrary &library, const QList<MovedFile> &files);
 
 }

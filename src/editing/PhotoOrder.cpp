@@ -10,7 +10,7 @@
 
 namespace {
 
-/// Each key is made once: it may be read from the disk.
+/// Each key is made once.
 template<typename Key>
 PIGroup::PhotoList sortedBy(const PIGroup::PhotoList &photos, const std::function<Key(PIPhoto &)> &keyOf)
 {
@@ -38,7 +38,7 @@ PIGroup::PhotoList PhotoOrder::byName(const PIGroup::PhotoList &photos)
 PIGroup::PhotoList PhotoOrder::byDate(const PIGroup::PhotoList &photos)
 {
     return sortedBy<double>(
-        photos, [](const PIPhoto &photo) { return photo.fileRef() ? photo.fileRef()->creationTime() : 0.0; });
+        photos, [](const PIPhoto &photo) { return photo.fileRef() ? photo.fileRef()->knownCreationTime() : 0.0; });
 }
 
 namespace {

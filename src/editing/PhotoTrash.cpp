@@ -44,7 +44,7 @@ PIGroup::PhotoList PhotoTrash::trashable(const PIGroup::PhotoList &photos)
 {
     PIGroup::PhotoList reachable;
     for (const auto &photo : photos) {
-        if (photo->fileRef() && photo->fileRef()->verify())
+        if (!photo->isFileLost())
             reachable.append(photo);
     }
     return reachable;

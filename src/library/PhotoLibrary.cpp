@@ -10,6 +10,7 @@ PhotoLibrary::PhotoLibrary(const QString &thumbnailFolder, FileFinder &finder, N
     : m_notifications(notifications)
     , m_finder(finder)
     , m_fileRefs({&finder, &m_imageCache})
+    , m_fileFacts(notifications)
     , m_thumbnails(thumbnailFolder, m_imageCache, notifications)
 {
     m_savingObserver = notifications.observe(kSavingNotification, [this](const NotificationObject &) {

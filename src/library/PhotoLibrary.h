@@ -1,6 +1,7 @@
 #pragma once
 
 #include "EffectSetStore.h"
+#include "FileFacts.h"
 #include "FileRefRegistry.h"
 #include "ImageCache.h"
 #include "KeywordVocabulary.h"
@@ -39,6 +40,8 @@ public:
     [[nodiscard]] FileFinder &fileFinder() const { return m_finder; }
     [[nodiscard]] ImageCache &imageCache() { return m_imageCache; }
     [[nodiscard]] ThumbnailMaker &thumbnails() { return m_thumbnails; }
+    /// Reads what is not known of the files.
+    [[nodiscard]] FileFacts &fileFacts() { return m_fileFacts; }
     [[nodiscard]] NotificationCenter &notifications() { return m_notifications; }
 
     [[nodiscard]] bool isDirty() const { return m_dirty; }
@@ -82,6 +85,7 @@ private:
     FileFinder &m_finder;
     ImageCache m_imageCache;
     FileRefRegistry m_fileRefs;
+    FileFacts m_fileFacts;
     ThumbnailMaker m_thumbnails;
     KeywordVocabulary m_keywords;
     EffectSetStore m_effectSets;

@@ -143,7 +143,7 @@ void ThumbnailMaker::makeThumbnail(PIPhoto &photo)
         *earlier = photo.weak_from_this();
         return;
     }
-    if (!photo.fileRef() || !photo.fileRef()->verify())
+    if (photo.isFileLost())
         return;
     m_inFlight.insert(photo.guid(), {});
     if (++m_sequence % kJobsPerRound == 0)

@@ -64,6 +64,7 @@ void PIFileRef::take(const FoundFile &file)
     }
     m_creationTime = 0;
     m_fileSize = 0;
+    ++m_factsAge;
 }
 
 void PIFileRef::update(From from)
@@ -107,6 +108,7 @@ void PIFileRef::forgetFacts()
     m_creationTime = 0;
     m_fileSize = 0;
     m_photoSize = {};
+    ++m_factsAge;
 }
 
 double PIFileRef::creationTime()
@@ -132,11 +134,25 @@ QSizeF PIFileRef::photoSize()
 
 void PIFileRef::setFileAttributes()
 {
-    if (m_fileLost)
-        return;
+    if (!m_fileLost)
+        setFileAttributes(FileAttributes::of(m_path));
+}
+
+void PIFileRef::setFileAttributes(const FileAttributes &attributes)
+{
+    if (attributes.size != 0)
+        m_fileSize = attributes.size;
+    if (attributes.creationTime != 0)
+        m_creationTime = attributes.creationTime;
+}
+
+FileAttributes FileAttributes::of(const QString &path)
+{
+    FileAttributes attributes;
     struct stat info = {};
-    if (::stat(QFile::encodeName(m_path).constData(), &info) == 0)
-        m_fileSize = static_cast<quint64>(info.st_size);
-    if (const auto date = FileDates::dateOf(m_path))
-        m_creationTime = static_cast<double>(*date);
+    if (::stat(QFile::encodeName(path).constData(), &info) == 0)
+        attributes.size = static_cast<quint64>(info.st_size);
+    if (const auto date = FileDates::dateOf(path))
+        attributes.creationTime = static_cast<double>(*date);
+    return attributes;
 }

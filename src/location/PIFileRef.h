@@ -15,6 +15,16 @@ class ImageCache;
 class QVXmlDecoder;
 class QVXmlEncoder;
 
+/// What the file system tells of a file.
+struct FileAttributes
+{
+    quint64 size = 0;        ///< bytes; 0 when unknown
+    double creationTime = 0; ///< seconds since 1970; 0 when unknown
+
+    /// Looks at the file, which may take as long as its disk likes: not for the main thread of a program with a window.
+    [[nodiscard]] static FileAttributes of(const QString &path);
+};
+
 /// The library's handle on one image file. Photos hold one of these, never a path. It follows its file through a
 /// FileFinder and caches facts about it. Main thread.
 class PIFileRef : public std::enable_shared_from_this<PIFileRef>
@@ -61,8 +71,16 @@ public:
     [[nodiscard]] quint64 fileSize();
     /// Pixels; empty when unknown. Reads the picture's header when not known yet.
     [[nodiscard]] QSizeF photoSize();
-    /// The pixel size if it is known already; never touches the file.
+    // The same as far as they are known; these never touch the file.
+    [[nodiscard]] double knownCreationTime() const { return m_creationTime; }
+    [[nodiscard]] quint64 knownFileSize() const { return m_fileSize; }
     [[nodiscard]] QSizeF knownPhotoSize() const { return m_photoSize; }
+    /// Date and size, or there is no file to have them.
+    [[nodiscard]] bool areAttributesKnown() const { return m_fileLost || (m_creationTime != 0 && m_fileSize != 0); }
+    /// Counts up whenever what was known of the file is given up: what is read for another age is of another file.
+    [[nodiscard]] quint32 factsAge() const { return m_factsAge; }
+    /// Takes up what was read, as far as that told anything.
+    void setFileAttributes(const FileAttributes &attributes);
     /// The file has another content: its facts are read again.
     void forgetFacts();
     void setCreationTime(double seconds) { m_creationTime = seconds; }
@@ -82,6 +100,7 @@ private:
     QString m_path;
     QString m_guid;
     double m_creationTime = 0;
+    quint32 m_factsAge = 0;
     QSizeF m_photoSize{0, 0};
     quint64 m_fileSize = 0;
     quint64 m_saveIndex = 0;

@@ -1,6 +1,5 @@
 #include "FoundFileDialog.h"
 
-#include "DirectoryReader.h"
 #include "FormatMessage.h"
 #include "GiveAlert.h"
 #include "StringUtilities.h"
@@ -49,28 +48,20 @@ public:
     }
 
 protected:
-    void accept() override
+    /// A folder has been entered by now, and what is not there refused.
+    void done(int result) override
     {
-        const QString path = selectedFiles().value(0);
-        const auto type = entryTypeAt(path);
-        if (type && *type != EntryType::Folder && QVString::lastPathComponent(path) != m_name)
+        if (result == Accepted && QVString::lastPathComponent(selectedFiles().value(0)) != m_name)
             GiveAlert(
                 QCoreApplication::translate("FoundFileDialog", "This is another file."),
                 QCoreApplication::translate("FoundFileDialog", "Only a file named “%1” can be chosen.").arg(m_name));
         else
-            QFileDialog::accept();
+            QFileDialog::done(result);
     }
 
 private:
     QString m_name;
 };
-
-QString nearestFolder(QString folder)
-{
-    while (folder.size() > 1 && entryTypeAt(folder) != EntryType::Folder)
-        folder = QVString::deletingLastPathComponent(folder);
-    return folder;
-}
 
 }
 
@@ -78,6 +69,6 @@ QString askForFileNamed(const QString &name, const QString &folder, QWidget &win
 {
     const QString question =
         FormatMessage(QCoreApplication::translate("FoundFileDialog", "Where is \"%@\"?"), {MessageArgument(name)});
-    OneNameDialog dialog(name, question, nearestFolder(folder), &window);
+    OneNameDialog dialog(name, question, folder, &window);
     return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }

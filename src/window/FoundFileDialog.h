@@ -5,5 +5,5 @@
 class QWidget;
 
 /// Lets the user show where the file of that name is now: only a file of exactly this name can be chosen. Empty when
-/// the user gave up. Begins with what is left of the path of `folder`, in which the file stood.
+/// the user gave up. Begins with `folder`.
 [[nodiscard]] QString askForFileNamed(const QString &name, const QString &folder, QWidget &window);

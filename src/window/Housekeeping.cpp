@@ -6,6 +6,7 @@
 #include "InBackground.h"
 #include "LibraryEditor.h"
 #include "MakeProgressDialog.h"
+#include "MovedFilesRun.h"
 #include "PIFolder.h"
 #include "PIOrphanDialog.h"
 #include "PhotoLibrary.h"
@@ -16,10 +17,12 @@
 #include <QProgressDialog>
 
 #include <atomic>
+#include <utility>
 
 namespace {
 
 constexpr int kProgressMilliseconds = 100;
+constexpr int kJobsAtOnce = 4; // a disk may not answer
 
 }
 
@@ -35,7 +38,7 @@ Housekeeping::Housekeeping(LibraryEditor &editor, ImportRunner &importRunner, QW
     , m_editor(editor)
     , m_importRunner(importRunner)
     , m_window(window)
-    , m_worker(QStringLiteral("hmphoto.housekeeping"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
+    , m_worker(QStringLiteral("hmphoto.housekeeping"), kJobsAtOnce, DispatchQueue::AtEnd::LeaveBehind)
 {
     m_progressTimer.setInterval(kProgressMilliseconds);
     connect(&m_progressTimer, &QTimer::timeout, this, &Housekeeping::showProgress);
@@ -43,18 +46,18 @@ Housekeeping::Housekeeping(LibraryEditor &editor, ImportRunner &importRunner, QW
 
 Housekeeping::~Housekeeping()
 {
-    if (m_search)
-        m_search->stop.request_stop();
+    stopSearch();
 }
 
 void Housekeeping::findOrphansCore(const QString &folder)
 {
-    if (folder.isEmpty() || m_search)
+    if (folder.isEmpty())
         return;
+    stopSearch();
     m_search = std::make_shared<Search>();
     m_progress = makeProgressDialog(tr("Find Orphan Files"), tr("Looking for photo files…"), m_window);
     m_progress->setWindowModality(Qt::WindowModal);
-    connect(m_progress.get(), &QProgressDialog::canceled, this, [search = m_search] { search->stop.request_stop(); });
+    connect(m_progress.get(), &QProgressDialog::canceled, this, &Housekeeping::stopSearch);
     m_progressTimer.start();
 
     inBackground(
@@ -63,7 +66,22 @@ void Housekeeping::findOrphansCore(const QString &folder)
             return findOrphans(request, search->stop.get_token(),
                                [search](qsizetype filesSeen) { search->filesSeen = filesSeen; });
         },
-        [this, folder](const OrphanSearchResult &result) { searchEnded(folder, result); });
+        [this, folder, search = m_search](const OrphanSearchResult &result) {
+            if (search == m_search)
+                searchEnded(folder, result);
+        });
+}
+
+/// It is not waited for: a disk that does not answer must not keep the user from searching elsewhere.
+void Housekeeping::stopSearch()
+{
+    m_progressTimer.stop();
+    if (m_progress) {
+        m_progress->hide();
+        m_progress.release()->deleteLater(); // it may be what called
+    }
+    if (m_search)
+        std::exchange(m_search, {})->stop.request_stop();
 }
 
 void Housekeeping::showProgress()
@@ -87,9 +105,7 @@ void Housekeeping::tellSkipped(const OrphanSearchResult &result)
 
 void Housekeeping::searchEnded(const QString &folder, const OrphanSearchResult &result)
 {
-    m_progressTimer.stop();
-    m_progress.reset();
-    m_search.reset();
+    stopSearch();
     if (result.cancelled)
         return;
     tellSkipped(result);
@@ -130,17 +146,11 @@ void Housekeeping::tellGone(qsizetype count)
 
 void Housekeeping::reattach(const QList<FileCommands::MovedFile> &files)
 {
-    if (files.isEmpty())
-        return;
-    inBackground(
-        m_worker, this,
-        [files, prepare = m_editor.library().fileFinder().preparation()] {
-            return FileCommands::preparedFiles(files, prepare);
-        },
-        [this, count = files.size()](const QList<FileCommands::MovedFile> &prepared) {
-            FileCommands::takeMovedFiles(m_editor.library(), prepared);
-            tellGone(count - prepared.size());
-        });
+    MovedFilesRun::start(m_editor.library(), m_worker, files, tr("Re-attach Files"), m_window, this,
+                         [](const MovedFilesRun::Outcome &outcome) {
+                             if (!outcome.isCancelled)
+                                 tellGone(outcome.notFound);
+                         });
 }
 
 void Housekeeping::clearCaches()

@@ -26,8 +26,8 @@ public:
     Housekeeping(LibraryEditor &editor, ImportRunner &importRunner, QWidget &window);
     ~Housekeeping() override;
 
-    /// Searches the folder and shows what was found, or that nothing was; nothing happens without a folder, or while a
-    /// search runs.
+    /// Searches the folder and shows what was found, or that nothing was, in place of a search that runs. Nothing
+    /// happens without a folder.
     void findOrphansCore(const QString &folder);
     /// Gives the missing photos that were picked their files back and adds the other files that were.
     void orphansPicked(const OrphanList &orphans, bool success);
@@ -36,6 +36,7 @@ public:
 private:
     struct Search;
 
+    void stopSearch();
     void showProgress();
     void reattach(const QList<FileCommands::MovedFile> &files);
     static void tellGone(qsizetype count);

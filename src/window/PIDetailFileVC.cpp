@@ -1,19 +1,19 @@
 #include "PIDetailFileVC.h"
 
 #include "FileCommands.h"
+#include "FileNotifications.h"
 #include "FileViewer.h"
 #include "FormatMessage.h"
-#include "FoundFileDialog.h"
 #include "GiveAlert.h"
 #include "Icons.h"
 #include "InBackground.h"
-#include "PIFolder.h"
+#include "LostFileCommands.h"
 #include "PhotoLibrary.h"
+#include "PlainText.h"
 #include "StringUtilities.h"
 #include "TextForPeople.h"
 
 #include <QDateTimeEdit>
-#include <QFileDialog>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -23,15 +23,16 @@
 namespace {
 
 constexpr int kNarrowestField = 60;
+constexpr int kReadsAtOnce = 4; // a disk may not answer
 
 }
 
 PIDetailFileVC::PIDetailFileVC(PhotoLibrary &library, const PIDetailController &controller, ShownFolder shownFolder,
                                QWidget *parent)
     : PIDetailBaseVC(library, controller, parent)
-    , m_shownFolder(std::move(shownFolder))
-    , m_worker(QStringLiteral("hmphoto.fileSection"), 1, DispatchQueue::AtEnd::LeaveBehind) // a disk may not answer
-
+    , m_lostFiles(new LostFileCommands(
+          library, std::move(shownFolder), [this] { return photo(); }, *this))
+    , m_worker(QStringLiteral("hmphoto.fileSection"), kReadsAtOnce, DispatchQueue::AtEnd::LeaveBehind)
     , m_name(new QLineEdit(this))
     , m_path(new QLabel(this))
     , m_reveal(new QToolButton(this))
@@ -45,9 +46,14 @@ PIDetailFileVC::PIDetailFileVC(PhotoLibrary &library, const PIDetailController &
     build();
     connect(m_name, &QLineEdit::editingFinished, this, &PIDetailFileVC::renameFile);
     connect(m_date, &QDateTimeEdit::editingFinished, this, &PIDetailFileVC::setDate);
-    connect(m_find, &QPushButton::clicked, this, &PIDetailFileVC::findFile);
-    connect(m_findTree, &QPushButton::clicked, this, &PIDetailFileVC::findMovedTree);
+    connect(m_find, &QPushButton::clicked, m_lostFiles, &LostFileCommands::findFile);
+    connect(m_findTree, &QPushButton::clicked, this, [this] { m_lostFiles->findMovedTree(m_movedFolder); });
+    connect(m_lostFiles, &LostFileCommands::done, this, &PIDetailFileVC::selectionChanged);
     connect(m_reveal, &QToolButton::clicked, this, [this] { revealInFileViewer({photo()->fileRef()->path()}); });
+    m_factsObserver = library.notifications().observe(kFileFactsNotification, [this](const NotificationObject &file) {
+        if (havePhoto() && photo()->fileRef() && file.isSameAs(photo()->fileRef()))
+            showFacts();
+    });
     selectionChanged();
 }
 
@@ -64,6 +70,7 @@ void PIDetailFileVC::build()
     m_name->setAccessibleName(tr("File name"));
     m_path->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_path->setWordWrap(true);
+    m_path->setMinimumWidth(kNarrowestField); // a long name cannot be wrapped
     m_path->setTextFormat(Qt::PlainText);
     m_reveal->setIcon(themedIcon(QLatin1String("folder-open")));
     m_reveal->setAutoRaise(true);
@@ -76,6 +83,7 @@ void PIDetailFileVC::build()
     m_date->setToolTip(tr("The file's date. Changing it changes the file's modification date on disk"));
     m_date->setAccessibleName(tr("File date"));
     m_missing->setWordWrap(true);
+    m_missing->setMinimumWidth(kNarrowestField);
     m_missing->setTextFormat(Qt::PlainText);
     m_find->setToolTip(tr("Show where the missing file is now"));
     m_findTree->setToolTip(tr("Show where the folder of all these missing files is now"));
@@ -115,8 +123,8 @@ void PIDetailFileVC::selectionChanged()
     showFacts();
     if (lost)
         showMissing();
-    else if (present && photo()->fileRef()->knownPhotoSize().isEmpty())
-        readPhotoSize();
+    if (present)
+        readFacts();
 }
 
 /// The pane scrolls beneath the pointer: only who works in the date means to change it.
@@ -137,10 +145,11 @@ void PIDetailFileVC::showFacts()
     m_shownFile = file;
     m_path->setText(file ? QVString::abbreviateHomeFolderPath(QVString::deletingLastPathComponent(file->path()))
                          : QString());
+    m_path->setToolTip(plainText(m_path->text()));
     const QSizeF pixels = file ? file->knownPhotoSize() : QSizeF();
     m_photoSize->setText(
         pixels.isEmpty() ? unknown : QStringLiteral("%1 x %2").arg(int(pixels.width())).arg(int(pixels.height())));
-    const quint64 bytes = file ? file->fileSize() : 0;
+    const quint64 bytes = file ? file->knownFileSize() : 0;
     m_fileSize->setText(bytes > 0 ? FileSizeString(bytes) : unknown);
 }
 
@@ -151,14 +160,26 @@ void PIDetailFileVC::showName(const PIFileRef *file)
         m_name->setText(file ? QVString::lastPathComponent(file->path()) : QString());
 }
 
-void PIDetailFileVC::showDate(PIFileRef *file)
+/// Nor does the field take another date while it is being worked in.
+void PIDetailFileVC::showDate(const PIFileRef *file)
 {
-    if (file && m_shownFile.lock().get() == file && m_date->hasFocus())
+    const double date = file ? file->knownCreationTime() : 0;
+    const bool isNews = m_shownFile.lock().get() != file || date != m_fileDate;
+    if (file && m_date->hasFocus() && (!isNews || (m_shownFile.lock().get() == file && isDateEdited())))
         return;
-    const double date = file ? file->creationTime() : 0;
+    m_fileDate = date;
     m_date->setSpecialValueText(tr("Unknown")); // shown for the earliest date there is
     m_date->setDateTime(date != 0 ? QDateTime::fromSecsSinceEpoch(static_cast<qint64>(date))
                                   : m_date->minimumDateTime());
+    m_shownDate = m_date->dateTime();
+}
+
+/// By the clock on the wall: in the hour that comes twice when summer time ends, the field cannot tell which one it
+/// shows.
+bool PIDetailFileVC::isDateEdited() const
+{
+    const QDateTime date = m_date->dateTime();
+    return date.date() != m_shownDate.date() || date.time() != m_shownDate.time();
 }
 
 /// A volume may never come back, so there is a way out also for its photos.
@@ -173,12 +194,10 @@ void PIDetailFileVC::showMissing()
     m_missing->setText(!file->isVolumeAway() ? tr("This file is missing.")
                        : point.isEmpty()     ? tr("Volume not mounted. The photo comes back with it.")
                                          : tr("Volume not mounted: “%1”. The photo comes back with it.").arg(point));
-    inBackground(
-        m_worker, this, [path = file->path()] { return FileCommands::movedFolderOf(path); },
-        [this, lost = photo()](const QString &folder) {
-            if (havePhoto() && photo() == lost && lost->isFileLost())
-                showLostTree(folder);
-        });
+    m_lostFiles->findMovedFolder(file->path(), [this, lost = photo()](const QString &folder) {
+        if (havePhoto() && photo() == lost && lost->isFileLost())
+            showLostTree(folder);
+    });
 }
 
 void PIDetailFileVC::showLostTree(const QString &folder)
@@ -190,6 +209,13 @@ void PIDetailFileVC::showLostTree(const QString &folder)
         m_missing->setText(CountText(tree->files.size(), {},
                                      tr("This file is missing, and with it %n files in all from the folder “%1”."))
                                .arg(QVString::abbreviateHomeFolderPath(tree->folder)));
+}
+
+void PIDetailFileVC::readFacts()
+{
+    library().fileFacts().want({photo()->fileRef()});
+    if (photo()->fileRef()->knownPhotoSize().isEmpty())
+        readPhotoSize();
 }
 
 void PIDetailFileVC::readPhotoSize()
@@ -224,49 +250,14 @@ void PIDetailFileVC::renameFile()
 
 void PIDetailFileVC::setDate()
 {
-    if (missingFile())
+    if (missingFile() || !isDateEdited())
         return;
-    const QDateTime date = m_date->dateTime();
-    if (date == m_date->minimumDateTime())
+    if (m_date->dateTime() == m_date->minimumDateTime())
         return; // unknown, and not given
-    if (date.toSecsSinceEpoch() == static_cast<qint64>(photo()->fileRef()->creationTime()))
-        return;
     QString reason;
-    if (!FileCommands::setDate(library(), *photo(), date, &reason))
+    if (!FileCommands::setDate(library(), *photo(), m_date->dateTime(), &reason))
         GiveAlert(tr("The date could not be changed."), reason);
     m_shownFile.reset(); // the field shows what the file system made of it
     showFacts();
-}
-
-void PIDetailFileVC::findFile()
-{
-    const auto lost = photo();
-    const QString name = QVString::lastPathComponent(lost->fileRef()->path());
-    const QString folder = QVString::deletingLastPathComponent(lost->fileRef()->path());
-    const QString path = askForFileNamed(name, folder, *window());
-    if (!path.isEmpty() && photo() == lost)
-        FileCommands::updateLostPhotos(library(), lost, m_shownFolder().get(), path);
-}
-
-void PIDetailFileVC::findMovedTree()
-{
-    const auto tree = FileCommands::lostTreeIn(m_movedFolder, library(), *photo());
-    if (!tree)
-        return;
-    const QString folder = QFileDialog::getExistingDirectory(
-        window(), tr("Where is the folder “%1” now?").arg(QVString::lastPathComponent(tree->folder)));
-    if (folder.isEmpty())
-        return;
-    inBackground(
-        m_worker, this,
-        [moved = FileCommands::filesMovedTo(library(), *tree, folder), prepare = library().fileFinder().preparation()] {
-            return FileCommands::preparedFiles(moved, prepare);
-        },
-        [this](const QList<FileCommands::MovedFile> &found) {
-            if (found.isEmpty())
-                GiveAlert(tr("No missing files were found."),
-                          tr("The folder you chose holds none of the missing files."));
-            FileCommands::takeMovedFiles(library(), found);
-            selectionChanged();
-        });
+    readFacts();
 }

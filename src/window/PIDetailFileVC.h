@@ -3,8 +3,11 @@
 #include "DispatchQueue.h"
 #include "PIDetailBaseVC.h"
 
+#include <QDateTime>
+
 #include <functional>
 
+class LostFileCommands;
 class PIFileRef;
 class PIFolder;
 class QDateTimeEdit;
@@ -36,17 +39,19 @@ private:
     void build();
     void showFacts();
     void showName(const PIFileRef *file);
-    void showDate(PIFileRef *file);
+    void showDate(const PIFileRef *file);
+    [[nodiscard]] bool isDateEdited() const;
     void showMissing();
     void showLostTree(const QString &folder);
+    void readFacts();
     void readPhotoSize();
     void renameFile();
     void setDate();
-    void findFile();
-    void findMovedTree();
 
-    ShownFolder m_shownFolder;
+    LostFileCommands *m_lostFiles;
     std::weak_ptr<PIFileRef> m_shownFile; ///< whose name and date stand in the fields
+    double m_fileDate = 0;                ///< which the date field was given last
+    QDateTime m_shownDate;                ///< what the field made of it: shown as long as nobody edits it
     QString m_movedFolder;                ///< that of the missing photo on show, and of others
     DispatchQueue m_worker;
     QLineEdit *m_name;
@@ -58,4 +63,5 @@ private:
     QLabel *m_missing;
     QPushButton *m_find;
     QPushButton *m_findTree;
+    NotificationCenter::Observer m_factsObserver;
 };

@@ -77,7 +77,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_actions(new LibraryActions(*m_window))
     , m_navigatorModel(new NavigatorModel(library, m_editor, m_window.get()))
     , m_outline(new PIOutlineView(*m_navigatorModel, m_window.get()))
-    , m_thumbnailView(new ThumbnailGridView(library.thumbnails(), library.notifications(), m_window.get()))
+    , m_thumbnailView(new ThumbnailGridView(library, m_window.get()))
     , m_detailController(new PIDetailController(m_editor, m_undoManager, m_filterCatalogue, defaults, m_window.get()))
     , m_paneSplitter(new PaneSplitter(
           defaults, {new NavigatorPane(*m_outline, *m_actions), m_thumbnailView, m_detailController->view()},

@@ -1,10 +1,9 @@
 #include "PhotoCommands.h"
 
-#include "FileDates.h"
+#include "DateSort.h"
 #include "FileViewer.h"
 #include "FolderChooser.h"
 #include "GiveAlert.h"
-#include "InBackground.h"
 #include "Isaac.h"
 #include "LibraryActions.h"
 #include "LibraryNotifications.h"
@@ -29,7 +28,8 @@ PhotoCommands::PhotoCommands(LibraryEditor &editor, QVUndoManager &undo, Thumbna
     , m_edits(editor)
     , m_trash(editor, undo, std::make_shared<DesktopTrash>())
     , m_pasteboard(new PhotoPasteboard(editor.library(), this))
-    , m_dates(QStringLiteral("hmphoto.dates"), 1, DispatchQueue::AtEnd::LeaveBehind)
+    , m_dateSort(new DateSort(
+          editor, window, [this] { sortFolder(PhotoEdits::Order::Date); }, this))
 {
     connect(m_pasteboard, &PhotoPasteboard::canPasteChanged, this, &PhotoCommands::canPasteChanged);
 }
@@ -50,7 +50,7 @@ void PhotoCommands::bind(LibraryActions &actions)
     bindTo(Command::ExtractFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Move); });
     bindTo(Command::CopyToNewFolder, [](Self &self) { self.extractFolder(PhotoEdits::Transfer::Copy); });
     bindTo(Command::SortByName, [](Self &self) { self.sortFolder(PhotoEdits::Order::Name); });
-    bindTo(Command::SortByDate, [](Self &self) { self.sortByDate(); });
+    bindTo(Command::SortByDate, [](Self &self) { self.m_dateSort->start(); });
     bindTo(Command::SortAtRandom, [](Self &self) { self.sortFolder(PhotoEdits::Order::Random); });
     bindTo(Command::Reveal, [](Self &self) { self.reveal(); });
     bindTo(Command::EditImage, [](Self &self) { self.editImage(); });
@@ -134,38 +134,6 @@ void PhotoCommands::sortFolder(PhotoEdits::Order order)
     if (order == PhotoEdits::Order::Random && !m_random)
         m_random = std::make_unique<Isaac>(Isaac::startedWith(secondsOfThisMillennium()));
     static_cast<void>(m_edits.sortFolder(order, [this] { return m_random->next(); }));
-}
-
-/// The files are asked for their dates in the background: a disk that does not answer holds up such sorting alone.
-void PhotoCommands::sortByDate()
-{
-    const auto folder = m_grid.folder();
-    if (!folder)
-        return;
-    QStringList paths;
-    for (const auto &photo : std::as_const(*folder).photos()) {
-        if (!photo->isFileLost())
-            paths.append(photo->fileRef()->path());
-    }
-    inBackground(
-        m_dates, this,
-        [paths] {
-            QHash<QString, qint64> dates;
-            for (const QString &path : paths)
-                dates.insert(path, FileDates::dateOf(path).value_or(0));
-            return dates;
-        },
-        [this, asked = std::weak_ptr<PIFolder>(folder)](const QHash<QString, qint64> &dates) {
-            const auto shown = m_grid.folder();
-            if (!shown || shown != asked.lock())
-                return;
-            for (const auto &photo : std::as_const(*shown).photos()) {
-                const qint64 date = photo->fileRef() ? dates.value(photo->fileRef()->path()) : 0;
-                if (date > 0)
-                    photo->fileRef()->setCreationTime(static_cast<double>(date));
-            }
-            sortFolder(PhotoEdits::Order::Date);
-        });
 }
 
 void PhotoCommands::extractFolder(PhotoEdits::Transfer transfer)

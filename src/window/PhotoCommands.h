@@ -1,6 +1,5 @@
 #pragma once
 
-#include "DispatchQueue.h"
 #include "PhotoEdits.h"
 #include "PhotoTrash.h"
 
@@ -9,6 +8,7 @@
 #include <functional>
 #include <memory>
 
+class DateSort;
 class Isaac;
 class LibraryActions;
 class PhotoPasteboard;
@@ -60,7 +60,6 @@ Q_SIGNALS:
 private:
     void selectMarked();
     void sortFolder(PhotoEdits::Order order);
-    void sortByDate();
     void extractFolder(PhotoEdits::Transfer transfer);
     void reveal();
     void editImage();
@@ -73,6 +72,6 @@ private:
     PhotoEdits m_edits;
     PhotoTrash m_trash;
     PhotoPasteboard *m_pasteboard;
+    DateSort *m_dateSort;
     std::unique_ptr<Isaac> m_random; ///< seeded when first needed
-    DispatchQueue m_dates;           ///< reads files' dates; last: its blocks end first
 };

@@ -55,7 +55,7 @@ void ThumbnailGridModel::learnDate(int row)
     const auto shown = photo(row);
     if (!shown)
         return;
-    const double seconds = shown->fileRef() && !shown->isFileLost() ? shown->fileRef()->creationTime() : 0;
+    const double seconds = shown->fileRef() && !shown->isFileLost() ? shown->fileRef()->knownCreationTime() : 0;
     QString text;
     if (seconds != 0)
         text = g_dateFormatter.string(QDateTime::fromSecsSinceEpoch(qint64(seconds)).date());

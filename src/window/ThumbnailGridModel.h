@@ -41,7 +41,7 @@ public:
 
     // A date costs a look at the file, so it is learnt apart from painting.
     [[nodiscard]] bool isDateKnown(int row) const;
-    /// Reads the date of the photo's file.
+    /// Takes up the date of the photo's file as far as that is known.
     void learnDate(int row);
     void forgetDate(const PIPhoto &photo);
 

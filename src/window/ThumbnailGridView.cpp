@@ -1,9 +1,11 @@
 #include "ThumbnailGridView.h"
 
 #include "AccessibleGrid.h"
+#include "FileNotifications.h"
 #include "LibraryNotifications.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
+#include "PhotoLibrary.h"
 #include "RubberBand.h"
 #include "ThumbnailDelegate.h"
 #include "ThumbnailGridModel.h"
@@ -18,11 +20,11 @@
 #include <algorithm>
 #include <utility>
 
-ThumbnailGridView::ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCenter &notifications, QWidget *parent)
+ThumbnailGridView::ThumbnailGridView(PhotoLibrary &library, QWidget *parent)
     : QAbstractItemView(parent)
     , m_model(new ThumbnailGridModel(this))
-    , m_fetcher(new TileFetcher(thumbnails, *m_model, this))
-    , m_delegate(new ThumbnailDelegate(m_fetcher->pictures(), thumbnails.placeholder(), this))
+    , m_fetcher(new TileFetcher(library.thumbnails(), library.fileFacts(), *m_model, this))
+    , m_delegate(new ThumbnailDelegate(m_fetcher->pictures(), library.thumbnails().placeholder(), this))
     , m_band(new RubberBand(*this))
     , m_dropScroll(new QTimer(this))
 {
@@ -49,8 +51,13 @@ ThumbnailGridView::ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCen
         if (const auto *photo = object.as<PIPhoto>())
             redraw(*photo);
     };
-    m_thumbnailObserver = notifications.observe(kThumbnailNotification, changed);
-    m_redrawObserver = notifications.observe(kRedrawNotification, changed);
+    NotificationCenter &center = library.notifications();
+    m_thumbnailObserver = center.observe(kThumbnailNotification, changed);
+    m_redrawObserver = center.observe(kRedrawNotification, changed);
+    m_factsObserver = center.observe(kFileFactsNotification, [this](const NotificationObject &object) {
+        if (const auto *file = object.as<PIFileRef>())
+            m_fetcher->factsTold(*file);
+    });
 }
 
 ThumbnailGridView::~ThumbnailGridView() = default;

@@ -13,11 +13,11 @@
 
 class PIFolder;
 class PIPhoto;
+class PhotoLibrary;
 class QTimer;
 class RubberBand;
 class ThumbnailDelegate;
 class ThumbnailGridModel;
-class ThumbnailMaker;
 class TileFetcher;
 
 /// The photos of one folder as a grid of thumbnails. Layout is arithmetic and only visible tiles are painted, so that
@@ -29,7 +29,7 @@ class ThumbnailGridView final : public QAbstractItemView
 
 public:
     /// Both outlive the view.
-    ThumbnailGridView(ThumbnailMaker &thumbnails, NotificationCenter &notifications, QWidget *parent = nullptr);
+    explicit ThumbnailGridView(PhotoLibrary &library, QWidget *parent = nullptr);
     ~ThumbnailGridView() override;
 
     /// Shows the folder with the selection it remembers, or its first photo selected; null empties the grid.
@@ -169,4 +169,5 @@ private:
     int m_wheelRest = 0; // part of a notch, from fine-grained wheels
     NotificationCenter::Observer m_thumbnailObserver;
     NotificationCenter::Observer m_redrawObserver;
+    NotificationCenter::Observer m_factsObserver;
 };

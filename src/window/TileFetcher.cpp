@@ -1,5 +1,6 @@
 #include "TileFetcher.h"
 
+#include "FileFacts.h"
 #include "PIPhoto.h"
 #include "ThumbnailGridModel.h"
 #include "ThumbnailMaker.h"
@@ -26,9 +27,10 @@ int processors()
 
 }
 
-TileFetcher::TileFetcher(ThumbnailMaker &thumbnails, ThumbnailGridModel &model, QObject *parent)
+TileFetcher::TileFetcher(ThumbnailMaker &thumbnails, FileFacts &facts, ThumbnailGridModel &model, QObject *parent)
     : QObject(parent)
     , m_thumbnails(thumbnails)
+    , m_facts(facts)
     , m_model(model)
     , m_pictures(kPictureBytes)
     , m_embedded([this](const QString &guid) { embeddedReady(guid); })
@@ -72,6 +74,7 @@ void TileFetcher::setVisible(GridLayout::Span visible)
         return;
     m_visible = visible;
     m_wanted.clear();
+    m_undated.clear();
     m_pictures.makeRoomFor(kPagesKept * visible.count());
     m_scheduler.setVisible(visible);
     m_workTimer.start(0);
@@ -81,6 +84,7 @@ void TileFetcher::modelReset()
 {
     m_visible = {};
     m_wanted.clear();
+    m_undated.clear();
     m_scheduler.reset(m_model.rowCount());
 }
 
@@ -96,6 +100,7 @@ void TileFetcher::photoChanged(const PIPhoto &photo)
 void TileFetcher::lookAgain()
 {
     m_wanted.clear();
+    m_undated.clear();
     m_scheduler.recheckVisible();
     m_workTimer.start(0);
 }
@@ -121,10 +126,8 @@ bool TileFetcher::prepare(int index)
     const auto photo = m_model.photo(index);
     if (!photo)
         return false;
-    if (m_datesWanted && m_visible.contains(index) && !m_model.isDateKnown(index)) {
-        m_model.learnDate(index);
-        Q_EMIT tileChanged(index);
-    }
+    if (m_datesWanted && m_visible.contains(index) && !m_model.isDateKnown(index))
+        fetchDate(index, *photo);
     if (m_pictures.isReady(photo->guid()))
         return false;
 
@@ -140,6 +143,30 @@ bool TileFetcher::prepare(int index)
     if (m_visible.contains(index) && !photo->isFileLost())
         showEmbedded(index, *photo);
     return !photo->isFileLost() && !photo->isWaitingForThumbnail();
+}
+
+void TileFetcher::fetchDate(int index, const PIPhoto &photo)
+{
+    const auto &file = photo.fileRef();
+    if (photo.isFileLost() || file->knownCreationTime() != 0)
+        learnDate(index);
+    else
+        m_undated.append(file);
+}
+
+void TileFetcher::learnDate(int index)
+{
+    m_model.learnDate(index);
+    Q_EMIT tileChanged(index);
+}
+
+void TileFetcher::factsTold(const PIFileRef &file)
+{
+    for (int index = m_visible.first; m_datesWanted && index <= m_visible.last; ++index) {
+        const auto photo = m_model.photo(index);
+        if (photo && photo->fileRef().get() == &file)
+            learnDate(index);
+    }
 }
 
 /// A picture that is out of date stands in only for as long as a new one can be hoped for.
@@ -190,6 +217,7 @@ int TileFetcher::pendingJobs() const
 void TileFetcher::visiblePrepared()
 {
     m_embedded.want(std::exchange(m_wanted, {}));
+    m_facts.want(std::exchange(m_undated, {}));
 }
 
 void TileFetcher::embeddedReady(const QString &fileGuid)

@@ -7,8 +7,11 @@
 #include <QObject>
 #include <QTimer>
 
+#include <memory>
 #include <vector>
 
+class FileFacts;
+class PIFileRef;
 class PIPhoto;
 class ThumbnailGridModel;
 class ThumbnailMaker;
@@ -20,8 +23,8 @@ class TileFetcher final : public QObject, private TileSource
     Q_OBJECT
 
 public:
-    /// Both outlive the fetcher.
-    TileFetcher(ThumbnailMaker &thumbnails, ThumbnailGridModel &model, QObject *parent = nullptr);
+    /// All outlive the fetcher.
+    TileFetcher(ThumbnailMaker &thumbnails, FileFacts &facts, ThumbnailGridModel &model, QObject *parent = nullptr);
 
     [[nodiscard]] const TilePictures &pictures() const { return m_pictures; }
     /// The side of the square for pictures; while it keeps changing, the pictures there are stay.
@@ -32,6 +35,8 @@ public:
     void modelReset();
     /// The photo's picture may have changed.
     void photoChanged(const PIPhoto &photo);
+    /// What can be known of the file is.
+    void factsTold(const PIFileRef &file);
 
 Q_SIGNALS:
     /// The tile has something new to show.
@@ -47,17 +52,21 @@ private:
     void applySide();
     void lookAgain();
     void work();
+    void fetchDate(int index, const PIPhoto &photo);
+    void learnDate(int index);
     void dropStale(int index, const PIPhoto &photo);
     void showEmbedded(int index, const PIPhoto &photo);
     void embeddedReady(const QString &fileGuid);
 
     ThumbnailMaker &m_thumbnails;
+    FileFacts &m_facts;
     ThumbnailGridModel &m_model;
     TilePictures m_pictures;
     EmbeddedThumbnails m_embedded;
     ThumbnailScheduler m_scheduler;
     GridLayout::Span m_visible;
     std::vector<EmbeddedThumbnails::File> m_wanted; // on show without a picture, from the top
+    QList<std::shared_ptr<PIFileRef>> m_undated;    // the same without a date
     bool m_datesWanted = false;
     QTimer m_workTimer;
     QTimer m_sideTimer;

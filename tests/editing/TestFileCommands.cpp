@@ -118,9 +118,9 @@ private Q_SLOTS:
         for (const auto &lost : photos)
             (void)lost->fileRef()->verify();
 
-        QCOMPARE(
-            FileCommands::updateLostPhotos(*m_library, photos[0], m_folder.get(), path(QStringLiteral("away/a.jpg"))),
-            2);
+        const auto candidates =
+            FileCommands::filesFoundWith(*photos[0], m_folder.get(), path(QStringLiteral("away/a.jpg")));
+        QCOMPARE(FileCommands::takeMovedFiles(*m_library, FileCommands::preparedFiles(candidates, {})), 3);
         QStringList found;
         for (const auto &one : photos)
             found << QString(one->isFileLost() ? u'!' : u' ') +

@@ -206,6 +206,7 @@ private Q_SLOTS:
         QVERIFY(maker.thumbnail(*photo).isNull());
         QVERIFY(photo->isWaitingForThumbnail());
         test.finder.lost.clear();
+        QVERIFY(photo->fileRef()->verify());
         (void)maker.thumbnail(*photo);
         QCOMPARE(maker.sequenceCount(), quint64(0));
         maker.updateForFilters(*photo);

@@ -8,6 +8,7 @@
 #include "UserDefaults.h"
 
 #include <QImage>
+#include <QLabel>
 #include <QPushButton>
 #include <QWidget>
 
@@ -43,6 +44,22 @@ struct DetailScene : UndoHouse
     }
 
     void select(const std::shared_ptr<PIPhoto> &current) { notifications.post(kSelectNotification, current); }
+
+    /// As after the file was changed.
+    void showAnew()
+    {
+        photo->fileRef()->forgetFacts();
+        select(photo);
+    }
+
+    /// All that is told.
+    QStringList texts() const
+    {
+        QStringList texts;
+        for (const auto *label : window.findChildren<QLabel *>())
+            texts << label->text();
+        return texts;
+    }
 
     template<typename Widget>
     Widget &child(const char *accessibleName) const

@@ -17,6 +17,8 @@
 #include <QDropEvent>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QProgressDialog>
+#include <QSemaphore>
 #include <QTest>
 #include <QTimer>
 
@@ -249,6 +251,20 @@ private Q_SLOTS:
         PhotoDesk desk(3);
         for (int i = 0; i < 3; ++i) // the last one first
             QVERIFY(FileDates::setDate(desk.dir.filePath(QStringLiteral("%1.png").arg(i)), 1000 - i));
+        const auto answers = std::make_shared<QSemaphore>();
+        desk.library.fileFacts().setReader([answers](const QString &path) {
+            answers->acquire();
+            return FileAttributes::of(path);
+        });
+        QTRY_VERIFY(desk.folder->photos().first()->fileRef()->areAttributesKnown()); // of the current one
+        desk.folder->photos().first()->fileRef()->forgetFacts();
+        desk.trigger(Command::SortByDate);
+        auto *progress = desk.controller->window().findChild<QProgressDialog *>();
+        QVERIFY(progress);
+        Q_EMIT progress->canceled(); // a disk does not answer
+        answers->release(1000);
+        QTRY_VERIFY(desk.folder->photos().last()->fileRef()->areAttributesKnown());
+        QCOMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("012"));
         desk.trigger(Command::SortByDate);
         QTRY_COMPARE(PhotoDesk::names(*desk.folder), QStringLiteral("210"));
     }

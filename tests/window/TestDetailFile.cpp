@@ -2,12 +2,20 @@
 
 #include "DetailScene.h"
 
-#include "AlertPresenter.h"
+#include "FakeAlerts.h"
 #include "FileDates.h"
+#include "FoundFileDialog.h"
 
+#include <QAbstractProxyModel>
 #include <QDateTimeEdit>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileSystemModel>
 #include <QLineEdit>
+#include <QScopeGuard>
+#include <QSemaphore>
 #include <QTest>
+#include <QTimer>
 #include <QWheelEvent>
 
 class TestDetailFile : public QObject
@@ -36,14 +44,102 @@ private Q_SLOTS:
         DetailScene pane;
         const qint64 withSeconds = 1000000037;
         QVERIFY(FileDates::setDate(pane.path, withSeconds));
-        pane.photo->fileRef()->setCreationTime(0);
-        pane.notifications.post(kSelectNotification, pane.photo);
         auto &date = pane.child<QDateTimeEdit>("File date");
+        pane.showAnew();
+        QTRY_COMPARE(date.dateTime().toSecsSinceEpoch(), withSeconds);
         QTest::keyClick(&date, Qt::Key_Return);
         QCOMPARE(FileDates::dateOf(pane.path), withSeconds);
         date.setDateTime(date.dateTime().addDays(1));
         QTest::keyClick(&date, Qt::Key_Return);
         QCOMPARE(FileDates::dateOf(pane.path), withSeconds + 24 * 60 * 60);
+    }
+
+    void theHourThatComesTwiceIsLeftAlone()
+    {
+        const QByteArray zone = qgetenv("TZ");
+        const auto restore = qScopeGuard([&] { zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone); });
+        qputenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3");
+        DetailScene pane;
+        auto &date = pane.child<QDateTimeEdit>("File date");
+        constexpr qint64 kSecondTime = 1698543000; // half past two, in October of 2023
+        for (const qint64 seconds : {kSecondTime - 3600, kSecondTime}) {
+            QVERIFY(FileDates::setDate(pane.path, seconds));
+            pane.showAnew();
+            QTRY_COMPARE(pane.photo->fileRef()->knownCreationTime(), double(seconds));
+            QCOMPARE(date.time(), QTime(2, 30));
+            QTest::keyClick(&date, Qt::Key_Return);
+            QCOMPARE(FileDates::dateOf(pane.path), seconds);
+        }
+    }
+
+    void aDiskThatDoesNotAnswerLeavesTheFactsUnknown()
+    {
+        DetailScene pane;
+        const auto answers = std::make_shared<QSemaphore>();
+        pane.library.fileFacts().setReader([answers](const QString &) {
+            answers->acquire();
+            return FileAttributes{12000, 1000000000};
+        });
+        auto &date = pane.child<QDateTimeEdit>("File date");
+        QTRY_VERIFY(pane.photo->fileRef()->areAttributesKnown()); // read before
+        pane.showAnew();
+        QCOMPARE(date.text(), QStringLiteral("Unknown"));
+        QVERIFY(!pane.texts().contains(QStringLiteral("12.00 KB")));
+        pane.window.activateWindow();
+        date.setFocus(); // does not keep it from being filled
+        answers->release();
+        QTRY_VERIFY(pane.texts().contains(QStringLiteral("12.00 KB")));
+        QCOMPARE(date.dateTime().toSecsSinceEpoch(), 1000000000);
+    }
+
+    void aNameThatCannotBeGivenIsTold()
+    {
+        DetailScene pane;
+        FakeAlerts alerts;
+        auto &name = pane.child<QLineEdit>("File name");
+        name.selectAll();
+        QTest::keyClicks(&name, QStringLiteral("sub/b.png"));
+        QTest::keyClick(&name, Qt::Key_Return);
+        QCOMPARE(alerts.said, QStringList(QStringLiteral("Rename failed.")));
+        QCOMPARE(alerts.messages, QStringList(QStringLiteral("The file \"a.png\" could not be renamed. A file cannot "
+                                                             "have this name.")));
+        QCOMPARE(name.text(), QStringLiteral("a.png"));
+        QVERIFY(QFile::exists(pane.path));
+    }
+
+    void onlyAFileOfExactlyThatNameCanBeShown()
+    {
+        QTemporaryDir dir;
+        FakeAlerts alerts;
+        const QString other = dir.filePath(QStringLiteral("IMG_1.JPG"));
+        const QString wanted = dir.filePath(QStringLiteral("sub/IMG_1.jpg"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("sub")));
+        QVERIFY(QFile(other).open(QFile::WriteOnly) && QFile(wanted).open(QFile::WriteOnly));
+        QWidget window;
+        window.show();
+        QStringList offered;
+        QTimer::singleShot(0, &window, [&] {
+            auto &dialog = *window.findChild<QFileDialog *>();
+            const auto *shown = qobject_cast<QAbstractProxyModel *>(dialog.proxyModel());
+            const auto *files = qobject_cast<QFileSystemModel *>(shown->sourceModel());
+            (void)QTest::qWaitFor([&] {
+                return files->index(other).isValid() &&
+                       shown->rowCount(shown->mapFromSource(files->index(dir.path()))) == 2;
+            });
+            for (const QString &path : {other, dir.filePath(QStringLiteral("sub")), wanted})
+                if (shown->flags(shown->mapFromSource(files->index(path))) & Qt::ItemIsEnabled)
+                    offered << path;
+            for (const QString &path : {other, wanted}) {
+                dialog.findChild<QLineEdit *>()->setText(path);
+                QMetaObject::invokeMethod(&dialog, "accept");
+            }
+            if (dialog.isVisible())
+                dialog.reject();
+        });
+        QCOMPARE(askForFileNamed(QStringLiteral("IMG_1.jpg"), dir.path(), window), wanted);
+        QCOMPARE(alerts.said, QStringList(QStringLiteral("This is another file.")));
+        QVERIFY(!offered.contains(other));
+        QVERIFY(offered.contains(dir.filePath(QStringLiteral("sub"))));
     }
 
     void whatIsTypedStaysAndTheWheelChangesNothing()

@@ -32,7 +32,7 @@ struct Desk
 
     explicit Desk(const QString &thumbnails = {})
         : library(thumbnails.isEmpty() ? dir.path() : thumbnails, finder, notifications)
-        , view(library.thumbnails(), notifications)
+        , view(library)
     {
         Decoder::initialize();
         view.resize(620, 500);
