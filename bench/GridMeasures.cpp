@@ -31,7 +31,7 @@ struct Desk
     PathFileFinder finder;
     PhotoLibrary library{thumbnails.path(), finder, notifications};
     std::shared_ptr<PIFolder> folder = std::make_shared<PIFolder>(QStringLiteral("Photos"));
-    ThumbnailGridView view{library.thumbnails(), notifications};
+    ThumbnailGridView view{library};
 
     explicit Desk(const QStringList &photos)
     {
