@@ -146,7 +146,7 @@ void PIPreview::insertText(const QString &text)
     if (!text.startsWith(u' ') || !m_photos.photo())
         return;
     toggleMark();
-    m_editor.library().setDirty(true); // no undo entry does it, and the mark is to be saved
+    m_editor.library().setDirtyForGood(); // undo does not take it back
     m_title->show();
     m_restTimer.start();
 }
