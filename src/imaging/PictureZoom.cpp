@@ -8,11 +8,13 @@
 namespace {
 
 constexpr double kSame = 1e-6;
+constexpr double kRounding = 0.1; ///< of sizes, which are whole numbers
 /// The resolutions at which a zoomed picture is made; between them the painter scales down, by less than two.
 constexpr double kLevels[] = {1.0 / 8, 1.0 / 4, 1.0 / 2, 1};
-/// What is made beyond the sight moves in steps of so many pixels, so that small ways need nothing new.
+/// The edges of a part that is made, in pixels of the picture, so that small ways need nothing new.
 constexpr int kGrid = 256;
-constexpr double kMostMargin = 2; ///< what is made, by what is in sight, along a side
+/// What is made, by what is in sight, along a side: the first for which there are pixels enough.
+constexpr double kMargins[] = {2, 1.5, 1.2, 1};
 
 bool isSame(double a, double b)
 {
@@ -27,6 +29,23 @@ QSize scaledUp(QSize size, double scale)
 double pixelsOf(QSize size, double scale)
 {
     return size.width() * scale * size.height() * scale;
+}
+
+double levelOf(const PictureZoom::Pixels &pixels)
+{
+    return double(pixels.size.width()) / pixels.part.width();
+}
+
+/// Larger by `margin`, and out to the grid.
+QRect spread(const QRect &sight, double margin)
+{
+    const double across = sight.width() * (margin - 1) / 2;
+    const double down = sight.height() * (margin - 1) / 2;
+    const auto below = [](double at) { return int(std::floor(at / kGrid)) * kGrid; };
+    const auto above = [](double at) { return int(std::ceil(at / kGrid)) * kGrid; };
+    const QPoint topLeft(below(sight.x() - across), below(sight.y() - down));
+    const QPoint end(above(sight.x() + sight.width() + across), above(sight.y() + sight.height() + down));
+    return {topLeft, QSize(end.x() - topLeft.x(), end.y() - topLeft.y())};
 }
 
 /// Along one side: in the middle when there is room, else without a gap at either end.
@@ -161,20 +180,25 @@ PictureZoom::Pixels PictureZoom::wanted(qint64 mostPixels, Make make) const
     if (make == Make::Whole || pixelsOf(whole.size(), level) <= most)
         return {whole, scaledUp(whole.size(), level)};
 
-    const double margin = std::min(kMostMargin, std::sqrt(most / pixelsOf(sight.size(), level)));
-    const int across = int(sight.width() * (margin - 1) / 2) / kGrid * kGrid;
-    const int down = int(sight.height() * (margin - 1) / 2) / kGrid * kGrid;
-    const QRect part = sight.adjusted(-across, -down, across, down) & whole;
-    return {part, scaledUp(part.size(), level)};
+    for (const double margin : kMargins) {
+        const QRect part = spread(sight, margin) & whole;
+        const QSize size = scaledUp(part.size(), level);
+        if (qint64(size.width()) * size.height() <= mostPixels)
+            return {part, size};
+    }
+    return {sight, scaledUp(sight.size(), level)};
 }
 
 bool PictureZoom::isServedBy(const Pixels &pixels, const Pixels &wanted) const
 {
     if (pixels.part.isEmpty() || wanted.part.isEmpty() || !pixels.part.contains(partInSight()))
         return false;
-    const double level = double(pixels.size.width()) / pixels.part.width();
-    const double wantedLevel = double(wanted.size.width()) / wanted.part.width();
-    return std::abs(level / wantedLevel - 1) < 0.1; // sizes are whole numbers
+    return std::abs(levelOf(pixels) / levelOf(wanted) - 1) < kRounding;
+}
+
+bool PictureZoom::isCoarse(const Pixels &pixels) const
+{
+    return !pixels.part.isEmpty() && levelOf(pixels) < std::min(scale(), 1.0) * (1 - kRounding);
 }
 
 QRectF PictureZoom::placeOf(const QRect &part) const

@@ -49,6 +49,8 @@ public:
     [[nodiscard]] Pixels wanted(qint64 mostPixels, Make make) const;
     /// Whether `pixels` hold all that is in sight, in the detail that `wanted` has.
     [[nodiscard]] bool isServedBy(const Pixels &pixels, const Pixels &wanted) const;
+    /// Whether `pixels` have less detail than the screen could show.
+    [[nodiscard]] bool isCoarse(const Pixels &pixels) const;
     /// Where a part of the picture stands.
     [[nodiscard]] QRectF placeOf(const QRect &part) const;
 

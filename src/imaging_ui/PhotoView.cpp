@@ -104,9 +104,11 @@ void PhotoView::paintNotes(QPainter &painter) const
     if (state() == State::Sharp && image().isDamaged())
         paintPictureNote(painter, area, Qt::AlignHCenter | Qt::AlignBottom | Qt::TextWordWrap,
                          tr("This file is damaged. What could be read of it is shown."));
-    if (!isFitted())
-        paintPictureNote(painter, area, Qt::AlignRight | Qt::AlignTop,
-                         tr("%1 %").arg(locale().toString(scale() * 100, 'f', 0)));
+    if (isFitted())
+        return;
+    const QString percent = tr("%1 %").arg(locale().toString(scale() * 100, 'f', 0));
+    paintPictureNote(painter, area, Qt::AlignRight | Qt::AlignTop,
+                     m_detail.isCoarse(zoom()) ? tr("%1, not in full detail").arg(percent) : percent);
 }
 
 void PhotoView::resizeEvent(QResizeEvent *event)

@@ -35,8 +35,8 @@ public:
     /// Where the picture stands, also beyond the view when it is zoomed; empty when there is none.
     [[nodiscard]] QRectF pictureRect() const;
 
-    /// There is a picture, and the view lets it be zoomed.
-    [[nodiscard]] virtual bool canZoom() const { return state() == State::Preview || state() == State::Sharp; }
+    /// There is a picture whose size is known, and the view lets it be zoomed.
+    [[nodiscard]] virtual bool canZoom() const { return !image().isNull(); }
     [[nodiscard]] bool isFitted() const { return zoom().isFitted(); }
     /// Pixels of the screen for one of the picture.
     [[nodiscard]] double scale() const { return zoom().scale(); }

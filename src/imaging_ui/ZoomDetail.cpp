@@ -22,11 +22,17 @@ ZoomDetail::ZoomDetail(PixelPool &pool, std::function<void()> arrived)
 
 void ZoomDetail::clear()
 {
-    m_renderer.cancel();
-    m_pending = {};
+    stopPending();
     m_shown = {};
     m_pixels = {};
     m_isComplete = false;
+}
+
+/// What comes late would replace what is wanted now.
+void ZoomDetail::stopPending()
+{
+    m_renderer.cancel();
+    m_pending = {};
 }
 
 void ZoomDetail::follow(const Image &image, const PictureZoom &zoom, PictureZoom::Make make)
@@ -37,8 +43,11 @@ void ZoomDetail::follow(const Image &image, const PictureZoom &zoom, PictureZoom
         clear();
     const PictureZoom::Pixels wanted = zoom.wanted(m_mostPixels, make);
     m_isComplete = zoom.isServedBy({m_shown.part, m_shown.size}, wanted);
-    if (m_isComplete || zoom.isServedBy({m_pending.part, m_pending.size}, wanted))
+    if (m_isComplete)
+        return stopPending();
+    if (zoom.isServedBy({m_pending.part, m_pending.size}, wanted))
         return;
+    stopPending();
     const PixelRequest request{image, wanted.size, wanted.part};
     if (request.isSameAs(m_refused))
         return;
@@ -61,6 +70,11 @@ void ZoomDetail::take(const PixelRequest &request, const QImage &pixels)
     m_shown = request;
     m_pixels = pixels;
     m_isComplete = true;
+}
+
+bool ZoomDetail::isCoarse(const PictureZoom &zoom) const
+{
+    return m_isComplete && zoom.isCoarse({m_shown.part, m_shown.size});
 }
 
 void ZoomDetail::paint(QPainter &painter, const PictureZoom &zoom, double pixelRatio) const

@@ -19,11 +19,14 @@ public:
     void follow(const Image &image, const PictureZoom &zoom, PictureZoom::Make make);
     /// There are pixels for all that is in sight, in the detail that is shown.
     [[nodiscard]] bool isComplete() const { return m_isComplete; }
+    /// They are complete, but a picture of so many pixels has more detail.
+    [[nodiscard]] bool isCoarse(const PictureZoom &zoom) const;
     /// Nothing when there are no pixels. `pixelRatio` is that of the screen.
     void paint(QPainter &painter, const PictureZoom &zoom, double pixelRatio) const;
 
 private:
     void clear();
+    void stopPending();
     void take(const PixelRequest &request, const QImage &pixels);
 
     ImageRenderer m_renderer;

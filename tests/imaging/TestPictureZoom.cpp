@@ -151,7 +151,7 @@ private Q_SLOTS:
         QTest::newRow("100 %") << 1.0 << kPlenty << Make::Parts << whole << kPhoto;
         QTest::newRow("enlarged") << 4.0 << kPlenty << Make::Parts << whole << kPhoto;
         QTest::newRow("a part with something around it")
-            << 0.3 << qint64(5'000'000) << Make::Parts << QRect(1232, 232, 3536, 3536) << QSize(1768, 1768);
+            << 0.3 << qint64(5'000'000) << Make::Parts << QRect(768, 0, 4352, 4000) << QSize(2176, 2000);
         QTest::newRow("only what is in sight")
             << 1.0 << qint64(400'000) << Make::Parts << QRect(2700, 1700, 600, 600) << QSize(600, 600);
         QTest::newRow("as a whole, so not all detail")
@@ -167,6 +167,7 @@ private Q_SLOTS:
         const PictureZoom::Pixels wanted = zoom.wanted(most, make);
         QTEST(wanted.part, "part");
         QTEST(wanted.size, "size");
+        QCOMPARE(zoom.isCoarse(wanted), make == PictureZoom::Make::Whole);
         QVERIFY(qint64(wanted.size.width()) * wanted.size.height() <= most);
         QVERIFY(zoom.isServedBy(wanted, wanted));
     }
@@ -180,11 +181,30 @@ private Q_SLOTS:
         const auto isServed = [&] { return zoom.isServedBy(made, zoom.wanted(most, PictureZoom::Make::Parts)); };
         zoom.panBy({100, 100});
         QVERIFY(isServed());
-        zoom.panBy({200, 0});
+        zoom.panBy({300, 0});
         QVERIFY(!isServed());
-        zoom.panBy({-200, 0});
+        zoom.panBy({-300, 0});
         zoom.zoomBy(1.2, zoom.middle()); // shows more detail
         QVERIFY(!isServed());
+    }
+
+    /// Far in, where only a few pixels are in sight.
+    void panningFarInDoesNotAlwaysNeedAnotherPart()
+    {
+        constexpr qint64 most = 2'000'000;
+        PictureZoom zoom = zoomOn();
+        zoom.zoomTo(8, zoom.middle());
+        auto made = zoom.wanted(most, PictureZoom::Make::Parts);
+        int parts = 1;
+        for (int step = 0; step < 300; ++step) { // 300 pixels of the picture
+            zoom.panBy({-8, 8});
+            const auto wanted = zoom.wanted(most, PictureZoom::Make::Parts);
+            if (zoom.isServedBy(made, wanted))
+                continue;
+            made = wanted;
+            ++parts;
+        }
+        QVERIFY(parts > 1 && parts < 10);
     }
 
     void partsStandWhereTheWholeHasThem()
