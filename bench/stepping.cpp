@@ -98,9 +98,7 @@ public:
 private:
     void showCurrent(Ahead ahead)
     {
-        m_view.setPhoto(m_list.photo());
-        if (ahead == Ahead::Yes)
-            m_view.setAhead(m_list.ahead());
+        m_view.setPhoto(m_list.photo(), ahead == Ahead::Yes ? m_list.ahead() : PIGroup::PhotoList());
     }
     /// Sharp and painted.
     bool waitUntilSharp()

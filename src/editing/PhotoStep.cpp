@@ -39,6 +39,16 @@ std::optional<PhotoStep> PhotoStep::from(qint64 reference, qint64 photoCount, co
     return step;
 }
 
+StepDirection PhotoStep::between(qint64 from, qint64 to, qint64 photoCount, const IndexSet &selected)
+{
+    for (const StepDirection direction : {StepDirection::Next, StepDirection::Previous}) {
+        const auto step = PhotoStep::from(from, photoCount, selected, direction);
+        if (step && step->index == to)
+            return direction;
+    }
+    return from > to ? StepDirection::Previous : StepDirection::Next;
+}
+
 QList<qint64> PhotoStep::likely(qint64 reference, qint64 photoCount, const IndexSet &selected, StepDirection direction)
 {
     QList<qint64> indexes;

@@ -18,6 +18,8 @@ struct PhotoStep
     /// around the ends. Nothing when there is nowhere to go but `reference` itself.
     [[nodiscard]] static std::optional<PhotoStep> from(qint64 reference, qint64 photoCount, const IndexSet &selected,
                                                        StepDirection direction);
+    /// Which way somebody went who came from one photo to another.
+    [[nodiscard]] static StepDirection between(qint64 from, qint64 to, qint64 photoCount, const IndexSet &selected);
     /// Where the next steps will probably lead after one in that direction, the likeliest first; none of them twice.
     [[nodiscard]] static QList<qint64> likely(qint64 reference, qint64 photoCount, const IndexSet &selected,
                                               StepDirection direction);

@@ -49,12 +49,12 @@ PIImageView::PIImageView(LibraryEditor &editor, QWidget *parent)
     connect(this, &PhotoView::stateChanged, this, &PIImageView::takeUpFile);
 }
 
-void PIImageView::photoWasSelected(const std::shared_ptr<PIPhoto> &photo)
+void PIImageView::photoWasSelected(const std::shared_ptr<PIPhoto> &photo, const PhotosAhead::PhotoList &ahead)
 {
     const bool wasCropping = m_cropping;
     acceptCrop(Keep::Crop);
     cancelCrop(); // in case that it was refused
-    setPhoto(photo);
+    setPhoto(photo, ahead);
     if (wasCropping)
         startCrop();
 }

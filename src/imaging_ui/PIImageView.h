@@ -20,7 +20,7 @@ public:
     explicit PIImageView(LibraryEditor &editor, QWidget *parent = nullptr);
 
     /// Shows another photo. A crop in progress is accepted for the photo before, and cropping begins with this one.
-    void photoWasSelected(const std::shared_ptr<PIPhoto> &photo);
+    void photoWasSelected(const std::shared_ptr<PIPhoto> &photo, const PhotosAhead::PhotoList &ahead = {});
 
     /// There is a photo, and nothing is known against its file.
     [[nodiscard]] bool canCrop() const { return state() == State::Preview || state() == State::Sharp; }

@@ -99,8 +99,7 @@ void PIPreview::showPhoto(qsizetype index)
 
 void PIPreview::showCurrent()
 {
-    setPhoto(m_photos.photo());
-    setAhead(m_photos.ahead());
+    setPhoto(m_photos.photo(), m_photos.ahead());
     setWindowTitle();
 }
 

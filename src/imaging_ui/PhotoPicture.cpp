@@ -24,12 +24,16 @@ PhotoPicture::PhotoPicture(ThumbnailMaker &thumbnails, ImageCache &imageCache, P
     , m_ahead(imageCache, pool, [this](const PIPhoto &photo) { wasPrepared(photo); })
 {}
 
-void PhotoPicture::setPhoto(const std::shared_ptr<PIPhoto> &photo)
+void PhotoPicture::setPhoto(const std::shared_ptr<PIPhoto> &photo, const PhotosAhead::PhotoList &ahead)
 {
+    m_next = ahead;
     if (photo != m_photo) {
         cancelRendering();
-        m_next.clear(); // what is being made for it goes on: the likely steps from here are among it
+        if (m_photo && m_extent == Extent::AsEdited)
+            m_ahead.hold(*m_photo, m_held);
+        m_held = {};
         m_image = {};
+        m_isOpenedAgain = false;
         m_pixels = {};
         m_state = State::Empty;
     }
@@ -42,25 +46,30 @@ void PhotoPicture::setExtent(Extent extent)
     if (std::exchange(m_extent, extent) == extent)
         return;
     m_pixels = {}; // is of another part, though its shape may be the same
+    m_held = {};
     reload();
 }
 
-void PhotoPicture::setAhead(const PhotosAhead::PhotoList &photos)
-{
-    m_next = photos;
-    prepareAhead();
-}
-
+/// What was shown stays as long as it holds: under another handle its pixels would be made again.
 Image PhotoPicture::knownImage() const
 {
-    return m_extent == Extent::WholeFile ? m_photo->knownFileImage(m_imageCache) : m_photo->knownImage(m_imageCache);
+    if (const Image held = m_held.of(*m_photo); !held.isNull())
+        return held;
+    return m_extent == Extent::WholeFile ? m_photo->knownFileImage(m_imageCache) : m_ahead.knownImage(*m_photo);
+}
+
+void PhotoPicture::setImage(const Image &image)
+{
+    m_image = image;
+    if (!image.isNull())
+        m_held = {m_photo, m_photo->recipe(m_imageCache), image};
 }
 
 void PhotoPicture::reload()
 {
     const bool present = m_photo && !m_photo->isFileLost();
     const Image before = m_image;
-    m_image = present ? knownImage() : Image();
+    setImage(present ? knownImage() : Image());
     if (!present)
         return showFailure();
     if (m_image.isNull())
@@ -132,7 +141,7 @@ void PhotoPicture::openFile()
 void PhotoPicture::fileOpened(const OpenedPicture &picture, const QImage &embedded)
 {
     m_photo->takePicture(picture, m_imageCache);
-    m_image = m_extent == Extent::WholeFile ? picture.file : picture.shown;
+    setImage(m_extent == Extent::WholeFile ? picture.file : picture.shown);
     if (m_image.isNull())
         return showFailure();
     if (m_pixels.isNull())
@@ -171,14 +180,24 @@ void PhotoPicture::renderSharp()
 void PhotoPicture::sharpArrived(const std::optional<QImage> &pixels)
 {
     m_rendering = {};
-    if (!pixels) {
-        m_image = {};
-        showFailure();
-        return;
-    }
+    if (!pixels)
+        return renderingFailed();
+    m_isOpenedAgain = false;
     m_pixels = *pixels;
     setState(State::Sharp);
     prepareAhead();
+}
+
+/// A file that is written anew gives no pixels to the handle from before, and is no damaged one.
+void PhotoPicture::renderingFailed()
+{
+    const bool isToBeOpened = !m_image.isCurrent() && !std::exchange(m_isOpenedAgain, true);
+    m_image = {};
+    m_held = {};
+    if (isToBeOpened)
+        openFile();
+    else
+        showFailure();
 }
 
 void PhotoPicture::showFailure()

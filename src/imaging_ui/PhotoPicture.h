@@ -38,7 +38,8 @@ public:
     PhotoPicture(ThumbnailMaker &thumbnails, ImageCache &imageCache, PixelPool &pool, Room room);
 
     /// Null empties it. The same photo again takes up its changes.
-    void setPhoto(const std::shared_ptr<PIPhoto> &photo);
+    /// `ahead` will probably be shown next, the likeliest first: prepared when there is nothing else to do.
+    void setPhoto(const std::shared_ptr<PIPhoto> &photo, const PhotosAhead::PhotoList &ahead = {});
     [[nodiscard]] const std::shared_ptr<PIPhoto> &photo() const { return m_photo; }
     /// The photo's crop, effects or file changed.
     void reload();
@@ -48,8 +49,8 @@ public:
     [[nodiscard]] Extent extent() const { return m_extent; }
     /// Stands in for the sharp picture while that is being made.
     void setPreview(const QImage &preview);
-    /// Photos that will probably be shown next, the likeliest first: prepared when there is nothing else to do.
-    void setAhead(const PhotosAhead::PhotoList &photos);
+    /// The photo's picture is being made in advance at this moment.
+    [[nodiscard]] bool isPreparing(const PIPhoto &photo) const { return m_ahead.isUnderWay(photo); }
 
     [[nodiscard]] State state() const { return m_state; }
     /// Null while the file is being opened, and when it cannot be.
@@ -66,9 +67,11 @@ private:
     [[nodiscard]] Image knownImage() const;
     void showPreview();
     void openFile();
+    void setImage(const Image &image);
     void fileOpened(const OpenedPicture &picture, const QImage &embedded);
     void cancelRendering();
     void renderSharp();
+    void renderingFailed();
     void sharpArrived(const std::optional<QImage> &pixels);
     void showFailure();
     void setState(State state);
@@ -84,9 +87,11 @@ private:
     PhotosAhead::PhotoList m_next;
     std::shared_ptr<PIPhoto> m_photo;
     Image m_image;            // null while the file is being opened
+    HeldPicture m_held;       // the last that there was of the photo
     PixelRequest m_rendering; // what is being rendered; of a null image when nothing is
     QImage m_pixels;          // thumbnail or sharp picture
     State m_state = State::Empty;
     Extent m_extent = Extent::AsEdited;
+    bool m_isOpenedAgain = false; // because it gave no pixels
     PhotosAhead m_ahead;
 };

@@ -33,13 +33,13 @@ PhotoView::PhotoView(ThumbnailMaker &thumbnails, ImageCache &imageCache, PixelPo
 
 PhotoView::~PhotoView() = default;
 
-void PhotoView::setPhoto(const std::shared_ptr<PIPhoto> &photo)
+void PhotoView::setPhoto(const std::shared_ptr<PIPhoto> &photo, const PhotosAhead::PhotoList &ahead)
 {
     if (photo != this->photo()) {
         m_zoom.fit();
         m_dragFrom.reset();
     }
-    m_picture.setPhoto(photo);
+    m_picture.setPhoto(photo, ahead);
 }
 
 void PhotoView::setExtent(Extent extent)
@@ -84,6 +84,9 @@ void PhotoView::pictureChanged()
 
 void PhotoView::paintEvent(QPaintEvent *)
 {
+    // Another screen may have finer pixels, and so may this one by a change of its settings: either is painted anew.
+    if (std::exchange(m_paintedRatio, devicePixelRatioF()) != devicePixelRatioF())
+        m_resizeTimer.start();
     QPainter painter(this);
     painter.fillRect(rect(), palette().color(QPalette::Window).darker(kDarkerPercent));
     if (state() == State::Missing || state() == State::Unreadable)

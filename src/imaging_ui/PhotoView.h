@@ -22,12 +22,11 @@ public:
     ~PhotoView() override;
 
     /// Null empties the view. Another photo is fitted; the same again takes up its changes.
-    void setPhoto(const std::shared_ptr<PIPhoto> &photo);
+    /// `ahead` will probably be shown next, the likeliest first: their pictures are made in advance.
+    void setPhoto(const std::shared_ptr<PIPhoto> &photo, const PhotosAhead::PhotoList &ahead = {});
     [[nodiscard]] const std::shared_ptr<PIPhoto> &photo() const { return m_picture.photo(); }
     /// The photo's crop, effects or file changed.
     void reload() { m_picture.reload(); }
-    /// Photos that will probably be shown next, the likeliest first: their pictures are made in advance.
-    void setAhead(const PhotosAhead::PhotoList &photos) { m_picture.setAhead(photos); }
 
     [[nodiscard]] State state() const { return m_picture.state(); }
     /// What is in sight is as sharp as it gets.
@@ -65,6 +64,7 @@ protected:
     [[nodiscard]] virtual QRect pictureArea() const { return rect(); }
     /// The keys of zooming, and the arrows while there is something to pan. True when it was one of them.
     bool handleZoomKey(const QKeyEvent &event);
+    [[nodiscard]] bool isDragging() const { return m_dragFrom.has_value(); }
     /// Shows that the picture can be dragged, or the ordinary pointer.
     virtual void showPointer();
 
@@ -91,5 +91,6 @@ private:
     PhotoPicture m_picture;
     ZoomDetail m_detail;
     QTimer m_resizeTimer;
+    double m_paintedRatio = 0;         ///< of the screen, when the view was last painted
     std::optional<QPointF> m_dragFrom; ///< in a drag: where the pointer was last
 };

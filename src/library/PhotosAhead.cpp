@@ -12,13 +12,6 @@ namespace {
 /// A file takes one thread; two files at once keep up with whoever steps quickly.
 constexpr int kThreads = 2;
 
-/// The photo's picture is made as it was when the recipe was taken.
-bool isStill(const PIPhoto &photo, const PictureRecipe &recipe)
-{
-    return photo.fileRef() && photo.fileRef()->path() == recipe.path && photo.cropRect() == recipe.crop &&
-           photo.filterDicts() == recipe.chain;
-}
-
 PixelRequest fitted(const Image &image, const PictureRoom &room)
 {
     return {image, fittedPixels(image.size(), room)};
@@ -43,9 +36,35 @@ bool PhotosAhead::isMade(const Image &known, const PictureRoom &room) const
     return !known.isNull() && !m_pool.find(fitted(known, room).key()).isNull();
 }
 
+Image PhotosAhead::knownImage(const PIPhoto &photo) const
+{
+    for (const HeldPicture &held : m_held) {
+        if (const Image image = held.of(photo); !image.isNull())
+            return image;
+    }
+    return photo.knownImage(m_imageCache);
+}
+
+void PhotosAhead::hold(const PIPhoto &photo, const HeldPicture &picture)
+{
+    m_held.removeIf([&](const HeldPicture &held) { return held.isFor(photo); });
+    while (m_held.size() >= kMostHeld)
+        m_held.removeFirst();
+    m_held.append(picture);
+}
+
+/// Handles of photos that are not wanted any more go.
+void PhotosAhead::holdOnly(const PhotoList &photos)
+{
+    m_held.removeIf([&](const HeldPicture &held) {
+        return std::none_of(photos.begin(), photos.end(), [&](const auto &photo) { return held.isFor(*photo); });
+    });
+}
+
 void PhotosAhead::prepare(const PhotoList &photos, const PictureRoom &room)
 {
     const QList<std::shared_ptr<Job>> before = std::exchange(m_jobs, {});
+    holdOnly(photos);
     for (const auto &photo : photos.first(std::min(photos.size(), kMost))) {
         if (room.isEmpty() || photo->isFileLost())
             continue;
@@ -56,23 +75,30 @@ void PhotosAhead::prepare(const PhotoList &photos, const PictureRoom &room)
             m_jobs.append(*same);
             continue;
         }
-        const Image known = photo->knownImage(m_imageCache);
-        if (isMade(known, room))
-            continue;
-        m_jobs.append(std::make_shared<Job>(photo, photo->recipe(m_imageCache), known, room));
-        m_queue.async([this, job = m_jobs.last()] {
-            job->begun = true;
-            if (job->cancelled)
-                return;
-            // Cancelling happens on the main thread only, so what is not cancelled there has an owner to hand it to.
-            runOnMain([this, job, result = run(*job)] {
-                if (!job->cancelled)
-                    finish(job, result);
-            });
-        });
+        const Image known = knownImage(*photo);
+        const PictureRecipe recipe = photo->recipe(m_imageCache);
+        if (!known.isNull())
+            hold(*photo, {photo, recipe, known});
+        if (!isMade(known, room))
+            start(std::make_shared<Job>(photo, recipe, known, room));
     }
     for (const auto &job : before)
         job->cancelled = !m_jobs.contains(job);
+}
+
+void PhotosAhead::start(const std::shared_ptr<Job> &job)
+{
+    m_jobs.append(job);
+    m_queue.async([this, job] {
+        job->begun = true;
+        if (job->cancelled)
+            return;
+        // Cancelling happens on the main thread only, so what is not cancelled there has an owner to hand it to.
+        runOnMain([this, job, result = run(*job)] {
+            if (!job->cancelled)
+                finish(job, result);
+        });
+    });
 }
 
 void PhotosAhead::cancel()
@@ -107,6 +133,7 @@ void PhotosAhead::finish(const std::shared_ptr<Job> &job, const Result &result)
         return;
     if (isStill(*photo, job->recipe)) {
         photo->takePicture(result.opened, m_imageCache);
+        hold(*photo, {photo, job->recipe, result.request.image});
         if (result.pixels)
             m_pool.insert(result.request.key(), *result.pixels);
     }

@@ -2,7 +2,7 @@
 
 #include "DispatchQueue.h"
 #include "FittedRect.h"
-#include "PictureRecipe.h"
+#include "HeldPicture.h"
 #include "PixelRequest.h"
 
 #include <QList>
@@ -16,7 +16,8 @@ class PIPhoto;
 class PixelPool;
 
 /// Makes the pictures of photos that will probably be looked at next, in the background and before anybody asks. They
-/// go to the pool, where whoever shows the photo finds them. What was edited meanwhile is dropped. Main thread.
+/// go to the pool, where whoever shows the photo finds them under the number of `knownImage`. What was edited meanwhile
+/// is dropped. Main thread.
 class PhotosAhead
 {
 public:
@@ -25,6 +26,7 @@ public:
     using Finished = std::function<void(const PIPhoto &photo)>;
     /// More are not prepared at once.
     static constexpr qsizetype kMost = 4;
+    static constexpr qsizetype kMostHeld = 2 * kMost;
 
     /// Both outlive it.
     PhotosAhead(ImageCache &imageCache, PixelPool &pool, Finished finished);
@@ -37,6 +39,11 @@ public:
     void prepare(const PhotoList &photos, const PictureRoom &room);
     /// Gives up all work.
     void cancel();
+    /// The photo's picture as it is shown, by the handle under which its pixels were made; null when it is to be
+    /// opened.
+    [[nodiscard]] Image knownImage(const PIPhoto &photo) const;
+    /// The photo was shown by this handle and may soon be wanted again.
+    void hold(const PIPhoto &photo, const HeldPicture &picture);
     /// The picture is being made at this moment, of the photo as it is now: `Finished` will be called.
     [[nodiscard]] bool isUnderWay(const PIPhoto &photo) const;
     /// Photos whose pictures are being made or wait for it.
@@ -63,12 +70,15 @@ private:
     };
 
     [[nodiscard]] bool isMade(const Image &known, const PictureRoom &room) const;
+    void holdOnly(const PhotoList &photos);
+    void start(const std::shared_ptr<Job> &job);
     [[nodiscard]] static Result run(const Job &job);
     void finish(const std::shared_ptr<Job> &job, const Result &result);
 
     ImageCache &m_imageCache;
     PixelPool &m_pool;
     Finished m_finished;
+    QList<HeldPicture> m_held;          ///< at most one of each photo
     QList<std::shared_ptr<Job>> m_jobs; ///< none of them cancelled
     DispatchQueue m_queue;              ///< last: its blocks end first
 };

@@ -12,7 +12,6 @@
 #include "PIFolder.h"
 #include "PIImageView.h"
 #include "PhotoLibrary.h"
-#include "PhotoStep.h"
 #include "StepControl.h"
 #include "UserDefaults.h"
 
@@ -109,8 +108,7 @@ void PIDetailController::photoWasSelected(const NotificationObject &object)
 {
     PIPhoto *photo = object.as<PIPhoto>();
     m_photo = photo ? photo->shared_from_this() : nullptr;
-    m_photoView->photoWasSelected(m_photo);
-    prepareNeighbours();
+    m_photoView->photoWasSelected(m_photo, neighbours());
     showCurrentPhoto();
 }
 
@@ -128,19 +126,20 @@ void PIDetailController::showCurrentPhoto()
 }
 
 /// The photos to which the next steps lead will be sharp at once.
-void PIDetailController::prepareNeighbours()
+PIGroup::PhotoList PIDetailController::neighbours()
 {
     const std::shared_ptr<const PIFolder> folder = m_editor.view().shownFolder();
     const qsizetype position = folder ? folder->photos().indexOf(m_photo) : -1;
     if (position < 0)
-        return;
-    const auto direction =
-        std::exchange(m_position, position) > position ? StepDirection::Previous : StepDirection::Next;
-    PIGroup::PhotoList neighbours;
-    for (const qint64 index :
-         PhotoStep::likely(position, folder->photos().size(), m_editor.view().selectedIndexes(), direction))
-        neighbours << folder->photos().at(index);
-    m_photoView->setAhead(neighbours);
+        return {};
+    const IndexSet selected = m_editor.view().selectedIndexes();
+    const qsizetype count = folder->photos().size();
+    if (const qint64 before = std::exchange(m_position, position); before != position)
+        m_direction = PhotoStep::between(before, position, count, selected);
+    PIGroup::PhotoList photos;
+    for (const qint64 index : PhotoStep::likely(position, count, selected, m_direction))
+        photos << folder->photos().at(index);
+    return photos;
 }
 
 bool PIDetailController::canStep() const

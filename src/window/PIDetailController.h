@@ -1,6 +1,7 @@
 #pragma once
 
 #include "NotificationCenter.h"
+#include "PhotoStep.h"
 
 #include <QObject>
 #include <QVariantMap>
@@ -56,7 +57,7 @@ private:
     void reloadPhoto();
     void showCurrentPhoto();
     [[nodiscard]] bool canStep() const;
-    void prepareNeighbours();
+    [[nodiscard]] QList<std::shared_ptr<PIPhoto>> neighbours();
 
     LibraryEditor &m_editor;
     PhotoLibrary &m_library;
@@ -65,8 +66,9 @@ private:
     QVariantMap m_openSections; ///< by layout name
     QWidget *m_photoSide;       ///< the photo and what belongs to it
     PIImageView *m_photoView;
-    qint64 m_position = 0;                ///< of the photo in the folder on show
-    StepControl *m_stepControl = nullptr; ///< null until there are commands for it
+    qint64 m_position = 0;                           ///< of the photo in the folder on show
+    StepDirection m_direction = StepDirection::Next; ///< that led there
+    StepControl *m_stepControl = nullptr;            ///< null until there are commands for it
     PIDetailWordsVC *m_wordController = nullptr;
     PIDetailCropVC *m_cropController = nullptr;
     PIDetailEffectVC *m_effectController = nullptr;

@@ -25,6 +25,7 @@ void TestPhotoStep::leads_data()
 
     QTest::newRow("one selected") << 3 << 6 << "3" << 4 << 2 << true;
     QTest::newRow("around both ends") << 0 << 2 << "0" << 1 << 1 << true;
+    QTest::newRow("last photo") << 8 << 9 << "8" << 0 << 7 << true;
     QTest::newRow("only photo") << 0 << 1 << "0" << -1 << -1 << true;
     QTest::newRow("none selected") << 1 << 3 << "" << 2 << 0 << true;
     QTest::newRow("empty folder") << 0 << 0 << "" << -1 << -1 << true;
@@ -47,6 +48,8 @@ void TestPhotoStep::leads()
         const auto step = PhotoStep::from(reference, count, IndexSet::fromArchive(selected), direction);
         QCOMPARE(step ? step->index : -1, qint64(wanted));
         QCOMPARE(step && step->becomesSelection, wanted >= 0 && selects);
+        if (step && next != previous)
+            QCOMPARE(PhotoStep::between(reference, wanted, count, IndexSet::fromArchive(selected)), direction);
     }
 }
 
