@@ -13,6 +13,7 @@ constexpr double kRadius = 8;
 
 PIEditControlView::PIEditControlView(const QList<Control> &controls, QWidget *parent)
     : QWidget(parent)
+    , m_controls(controls)
 {
     setCursor(Qt::ArrowCursor); // whatever shape the picture below gives it
     auto *layout = new QHBoxLayout(this);

@@ -23,6 +23,10 @@ public:
 
     PIEditControlView(const QList<Control> &controls, QWidget *parent);
 
+    [[nodiscard]] qsizetype numberOfControls() const { return m_controls.size(); }
+    // Of the control at that place, from the left, which there is.
+    [[nodiscard]] int controlForIndex(qsizetype index) const { return m_controls.at(index).code; }
+    [[nodiscard]] const QString &toolTipForControlIndex(qsizetype index) const { return m_controls.at(index).toolTip; }
     void setControlEnabled(int code, bool enabled);
 
 Q_SIGNALS:
@@ -32,5 +36,6 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    QList<Control> m_controls;
     QHash<int, QToolButton *> m_buttons; ///< by control code
 };

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kRestMilliseconds = 2500;
 constexpr int kGap = 28; ///< between the strip, the title and the edges of the screen
+constexpr int kTitlePadding = 12;
 
 enum PreviewControl { Previous = 1, Next = 2, First = 3, Close = 5, Mark = 6, Last = 8 };
 
@@ -56,7 +57,8 @@ QLabel *makeTitle(QWidget *parent)
     label->setAlignment(Qt::AlignCenter);
     label->setAttribute(Qt::WA_TransparentForMouseEvents);
     label->setStyleSheet(
-        QStringLiteral("background: rgba(0, 0, 0, 150); color: white; border-radius: 6px; padding: 5px 12px;"));
+        QStringLiteral("background: rgba(0, 0, 0, 150); color: white; border-radius: 6px; padding: 5px %1px;")
+            .arg(kTitlePadding));
     return label;
 }
 
@@ -105,10 +107,13 @@ void PIPreview::showCurrent()
 
 void PIPreview::setWindowTitle()
 {
-    const QString title = m_photos.count() > 0 ? m_photos.title() : QString();
-    m_title->setText(title);
     placeControls();
-    Q_EMIT titleChanged(title);
+    Q_EMIT titleChanged(title());
+}
+
+QString PIPreview::title() const
+{
+    return m_photos.count() > 0 ? m_photos.title() : QString();
 }
 
 void PIPreview::moveLeft(Sender sender)
@@ -261,10 +266,10 @@ void PIPreview::showPointer()
     PhotoView::showPointer();
 }
 
-/// The strip stays as long as the pointer is on it.
+/// The strip stays as long as the pointer is on it or holds the picture.
 void PIPreview::pointerRests()
 {
-    if (m_controlView->underMouse())
+    if (m_controlView->underMouse() || isDragging())
         m_restTimer.start();
     else
         hideControls();
@@ -274,8 +279,9 @@ void PIPreview::placeControls()
 {
     m_controlView->adjustSize();
     m_controlView->move((width() - m_controlView->width()) / 2, height() - m_controlView->height() - kGap);
+    const int room = width() - 2 * (kGap + kTitlePadding);
+    m_title->setText(m_title->fontMetrics().elidedText(title(), Qt::ElideMiddle, room));
     m_title->adjustSize();
-    m_title->resize(std::min(m_title->width(), width() - 2 * kGap), m_title->height());
     m_title->move((width() - m_title->width()) / 2, kGap);
 }
 

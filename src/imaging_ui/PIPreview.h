@@ -55,6 +55,7 @@ private:
     void stepped(bool isThere, Sender sender);
     void showCurrent();
     void setWindowTitle();
+    [[nodiscard]] QString title() const;
     void toggleMark();
     void toggleMarkWithUndo();
     void photoChanged(const NotificationObject &object);

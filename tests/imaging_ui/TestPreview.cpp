@@ -11,6 +11,7 @@
 #include "PIPreviewController.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QPointer>
 #include <QTest>
 #include <QToolButton>
@@ -66,8 +67,8 @@ struct PreviewDesk : UndoHouse
     [[nodiscard]] QStringList toolTips() const
     {
         QStringList texts;
-        for (const auto *button : strip().findChildren<QToolButton *>())
-            texts << button->toolTip();
+        for (qsizetype i = 0; i < strip().numberOfControls(); ++i)
+            texts << strip().toolTipForControlIndex(i);
         return texts;
     }
 };
@@ -208,7 +209,21 @@ private Q_SLOTS:
         QVERIFY(!empty.photo());
     }
 
-    void missingPhotosAreSteppedOver()
+    void aLongTitleKeepsBothEnds()
+    {
+        PreviewDesk desk;
+        PIPreview narrow(desk.undoable);
+        narrow.resize(300, 200);
+        narrow.setPhotos(desk.photos, QString(100, u'W'));
+        const auto *title = narrow.findChild<QLabel *>(QStringLiteral("PreviewTitle"));
+        QVERIFY(title->text().startsWith(u'W') && title->text().endsWith(QLatin1String("1 of 3")));
+        QVERIFY(narrow.rect().contains(title->geometry()) && title->width() >= title->sizeHint().width());
+        narrow.resize(3000, 200);
+        narrow.showPhoto(1);
+        QVERIFY(title->text().startsWith(QString(100, u'W')));
+    }
+
+    void aMissingPhotoIsToldOfAndLeftBehind()
     {
         PreviewDesk desk;
         QVERIFY(QFile::remove(desk.photos.at(1)->fileRef()->path()));
