@@ -79,6 +79,11 @@ QByteArray encode(const QImage &pixels, const SaveRequest &request)
     }
 }
 
+bool isCancelled(const SaveRequest &request)
+{
+    return request.cancelled && request.cancelled->load();
+}
+
 /// Writes without ever replacing a file: when somebody takes the name meanwhile, the next free one is used.
 bool writeUnique(SaveRequest &request, const QByteArray &bytes)
 {
@@ -86,6 +91,7 @@ bool writeUnique(SaveRequest &request, const QByteArray &bytes)
     const QString partial =
         QVString::appendingPathComponent(folder, QLatin1Char('.') + QVString::guidString() + QStringLiteral(".part"));
     bool done = FileWriter::write(partial, bytes, request.flush, &request.reason);
+    done = done && !isCancelled(request);
     if (done) {
         constexpr int attempts = 5;
         done = FileWriter::renameNoReplace(partial, request.path, &request.reason);
@@ -97,6 +103,15 @@ bool writeUnique(SaveRequest &request, const QByteArray &bytes)
     if (!done)
         QFile::remove(partial);
     return done;
+}
+
+bool writeInPlace(SaveRequest &request, const QByteArray &bytes, bool &isStopped)
+{
+    const auto mayReplace = [&] {
+        isStopped = isCancelled(request) || (request.mayReplace && !request.mayReplace()) || isCancelled(request);
+        return !isStopped;
+    };
+    return FileWriter::replace(request.path, bytes, request.flush, &request.reason, mayReplace);
 }
 
 /// The image at exactly `size`, enlarged when it is smaller.
@@ -128,15 +143,16 @@ bool SaveImageCore(int width, int height, const Image &image, SaveRequest &reque
         request.type = automaticType(request.path, pixels->hasAlphaChannel());
     completeRequest(request);
     const QByteArray bytes = encode(*pixels, request);
-    if (bytes.isEmpty())
+    if (bytes.isEmpty() || isCancelled(request))
         return false;
     if (request.path.isEmpty()) {
         request.data = bytes;
         return true;
     }
-    request.writeFailed = request.unique ? !writeUnique(request, bytes)
-                                         : !FileWriter::replace(request.path, bytes, request.flush, &request.reason);
-    return !request.writeFailed;
+    bool isStopped = false;
+    const bool done = request.unique ? writeUnique(request, bytes) : writeInPlace(request, bytes, isStopped);
+    request.writeFailed = !done && !isStopped && !isCancelled(request);
+    return done;
 }
 
 std::optional<QByteArray> TiffFromImage(const Image &image)

@@ -7,6 +7,7 @@
 #include <QSize>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 enum class SaveFileType { Automatic = 0, Jpeg = 1, Pdf = 2, Png = 3, Tiff = 4 };
@@ -27,11 +28,13 @@ struct SaveRequest
     bool fullChroma = false;                             ///< JPEG: keep colour at full resolution
     PictureNotes notes;                                  ///< written along, as far as the type can carry them
     FileWriter::Flush flush = FileWriter::Flush::ToDisk; ///< `No` for files that can be made again
+    std::function<bool()> mayReplace; ///< asked when all is ready to be put in the place of a file; none: it may
     const std::atomic<bool> *cancelled = nullptr; ///< set from another thread when nobody wants the file any more
 };
 
 /// Writes the image as JPEG, PNG, TIFF or single-page PDF at the given pixel size (its own where a side is 0). No
-/// location data is ever written. The path holds the whole file or what it held before. Blocks: any thread but the
+/// location data is ever written. The path holds the whole file or what it held before, and that when it was cancelled
+/// or may not be replaced, which is no failed writing. Blocks: any thread but the
 /// main one, except for small images.
 [[nodiscard]] bool SaveImageCore(int width, int height, const Image &image, SaveRequest &request);
 

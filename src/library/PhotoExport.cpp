@@ -1,7 +1,8 @@
 #include "PhotoExport.h"
 
-#include "FileIdentity.h"
+#include "MainThreadAnswer.h"
 #include "SaveImage.h"
+#include "SourceFiles.h"
 #include "StringUtilities.h"
 #include "UniqueFileName.h"
 
@@ -13,6 +14,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
+#include <optional>
 #include <vector>
 
 #include <unistd.h>
@@ -22,29 +25,16 @@ namespace {
 /// What became of one photo.
 struct Exported
 {
-    QString path; ///< empty when it failed
-    QString reason;
+    QString path;   ///< empty when it failed
+    QString reason; ///< why it failed; empty also when it was given up
 };
 
-/// The names of those files that belong into the folder, also of missing ones, in small letters.
-QSet<QString> namesIn(const QString &folder, const QStringList &files)
-{
-    const QString paths[] = {QDir::cleanPath(folder), QFileInfo(folder).canonicalFilePath()};
-    QSet<QString> names;
-    for (const QString &file : files) {
-        const QString parent = QVString::deletingLastPathComponent(file);
-        if (parent == paths[0] || parent == paths[1])
-            names.insert(QVString::lastPathComponent(file).toLower());
-    }
-    return names;
-}
-
 /// Free names in the folder for all photos, given in their order: the workers would come to them in any.
-QStringList freePaths(const ExportOrder &order, const QString &extension)
+QStringList freePaths(const ExportOrder &order, const QStringList &sourceFiles, const QString &extension)
 {
     QStringList paths;
     const QString &folder = order.folder;
-    QSet<QString> taken = namesIn(folder, order.sourceFiles);
+    QSet<QString> taken = SourceFiles::namesIn(folder, sourceFiles);
     QHash<QString, int> namesakes;
     for (const ExportedPhoto &photo : order.photos) {
         QString name = UniqueFileName(folder, photo.name, extension);
@@ -66,24 +56,21 @@ QString whyUnreadable(const PictureRecipe &recipe)
     return why.isEmpty() ? PhotoExport::tr("The picture could not be read.") : why;
 }
 
-/// With a path that is `unique`, nothing is ever replaced.
-Exported exportPhoto(const ExportedPhoto &photo, const QString &path, bool unique, const ExportSettings &settings,
-                     const std::atomic<bool> &cancelled)
+/// `request` comes with the path and with what is allowed there.
+Exported exportPhoto(const ExportedPhoto &photo, const ExportSettings &settings, SaveRequest request)
 {
     const Image shown = photo.recipe.open().shown;
     if (shown.isNull())
         return {{}, whyUnreadable(photo.recipe)};
-    SaveRequest request;
-    request.path = path;
     request.type = typeForFormat(settings.format);
     request.compression = settings.compression;
-    request.unique = unique;
     request.fullChroma = settings.keepsFullChroma();
     request.notes = shown.notes();
-    request.cancelled = &cancelled;
     const QSize size = finalImageSize(shown.size(), settings.sizeOption);
     if (SaveImageCore(size.width(), size.height(), shown, request))
         return {request.path, {}};
+    if (*request.cancelled)
+        return {};
     if (!request.writeFailed)
         return {{}, PhotoExport::tr("The picture could not be read, or is too large for this format.")};
     return {{}, PhotoExport::tr("The file could not be written: %1").arg(request.reason)};
@@ -104,6 +91,8 @@ int workersFor(const ExportOrder &order)
 struct PhotoExport::Run
 {
     ExportOrder order;
+    QStringList sourceFiles; ///< as they were at the start
+    std::function<std::optional<QStringList>()> presentSourceFiles;
     std::shared_ptr<std::atomic<bool>> cancelled;
     QStringList paths; ///< one for each photo, chosen before the first is made
     QString obstacle;  ///< why no photo at all can be written
@@ -115,7 +104,7 @@ struct PhotoExport::Run
     {
         const QString extension = extensionForFormat(order.settings.format);
         if (order.path.isEmpty()) {
-            paths = freePaths(order, extension);
+            paths = freePaths(order, sourceFiles, extension);
             if (::access(QFile::encodeName(order.folder).constData(), W_OK) != 0) {
                 const QString reason = qt_error_string(errno);
                 obstacle = PhotoExport::tr("The folder cannot be written to: %1").arg(reason);
@@ -123,7 +112,26 @@ struct PhotoExport::Run
             return;
         }
         paths = {pathForFormat(order.path, order.settings.format)};
-        isRefused = leadsToOneOf(order.sourceFiles, paths.first(), *cancelled);
+        isRefused = SourceFiles::isAmong(sourceFiles, paths.first(), *cancelled);
+    }
+
+    /// Asked when the file is ready: photos may have come into the library meanwhile, and while this looks at them.
+    bool mayReplace(const QString &path)
+    {
+        QSet<QString> harmless;
+        for (;;) {
+            const auto files = presentSourceFiles();
+            if (!files)
+                return false;
+            const QSet<QString> present(files->begin(), files->end());
+            const QStringList added = (present - harmless).values();
+            if (added.isEmpty())
+                return true;
+            isRefused = SourceFiles::isAmong(added, path, *cancelled);
+            if (isRefused || *cancelled)
+                return false;
+            harmless = present;
+        }
     }
 
     void exportAt(int i)
@@ -132,10 +140,21 @@ struct PhotoExport::Run
             return;
         Exported &result = results[size_t(i)];
         if (obstacle.isEmpty())
-            result = exportPhoto(order.photos.at(i), paths.at(i), order.path.isEmpty(), order.settings, *cancelled);
+            result = exportPhoto(order.photos.at(i), order.settings, requestFor(paths.at(i)));
         else
             result.reason = obstacle;
         ++done;
+    }
+
+    SaveRequest requestFor(const QString &path)
+    {
+        SaveRequest request;
+        request.path = path;
+        request.unique = order.path.isEmpty(); // nothing is ever replaced in a folder
+        if (!request.unique)
+            request.mayReplace = [this, path] { return mayReplace(path); };
+        request.cancelled = cancelled.get();
+        return request;
     }
 
     ExportOutcome outcome() const
@@ -148,7 +167,7 @@ struct PhotoExport::Run
             if (!result.path.isEmpty()) {
                 outcome.written << result.path;
                 outcome.bytes += QFileInfo(result.path).size();
-            } else if (!outcome.isCancelled && !isRefused) {
+            } else if (!result.reason.isEmpty() && !isRefused) {
                 outcome.failures << ExportFailure{order.photos.at(i).name, result.reason};
             }
         }
@@ -165,12 +184,19 @@ PhotoExport::~PhotoExport()
     cancel();
 }
 
-void PhotoExport::start(const ExportOrder &order)
+void PhotoExport::start(const ExportOrder &order, const std::function<QStringList()> &sourceFiles)
 {
     Q_ASSERT(!m_workers && (order.path.isEmpty() || order.photos.size() == 1));
     const auto run = std::make_shared<Run>();
     run->order = order;
     run->cancelled = m_cancelled;
+    m_sourceFiles = sourceFiles ? sourceFiles : [] { return QStringList(); };
+    run->sourceFiles = m_sourceFiles();
+    run->presentSourceFiles = [toHere = m_link.toHere(), cancelled = m_cancelled] {
+        const auto answer = std::make_shared<MainThreadAnswer<QStringList>>();
+        toHere([answer](PhotoExport &here) { answer->give(here.m_sourceFiles()); });
+        return answer->wait(*cancelled);
+    };
     const int count = int(order.photos.size());
     run->results.resize(size_t(count));
     m_workers = std::make_unique<DispatchQueue>(QStringLiteral("hmphoto.export"), workersFor(order),
@@ -184,32 +210,5 @@ void PhotoExport::start(const ExportOrder &order)
     }
     m_workers->barrierAsync([run, toHere = m_link.toHere()] {
         toHere([outcome = run->outcome()](PhotoExport &here) { Q_EMIT here.finished(outcome); });
-    });
-}
-
-namespace {
-
-/// The path with the links among its folders resolved.
-QString throughFolders(const QString &path)
-{
-    const QFileInfo info(path);
-    const QString folder = QFileInfo(info.absolutePath()).canonicalFilePath();
-    return folder.isEmpty() ? QDir::cleanPath(info.absoluteFilePath())
-                            : QVString::appendingPathComponent(folder, info.fileName());
-}
-
-}
-
-bool PhotoExport::leadsToOneOf(const QStringList &files, const QString &path, const std::atomic<bool> &cancelled)
-{
-    const QString clean = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-    if (files.contains(clean) || files.contains(throughFolders(path)))
-        return true;
-    const auto target = examineLinkedFile(QFile::encodeName(path).constData());
-    if (!target)
-        return false;
-    return std::any_of(files.begin(), files.end(), [&](const QString &file) {
-        const auto source = cancelled ? std::nullopt : examineLinkedFile(QFile::encodeName(file).constData());
-        return source && source->device == target->device && source->identity.inode == target->identity.inode;
     });
 }

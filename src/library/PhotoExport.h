@@ -10,6 +10,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 /// One photo to be exported, copied so that it may change meanwhile.
@@ -26,7 +27,6 @@ struct ExportOrder
     QString folder; ///< takes the photos under names that are free there
     QString path;   ///< instead of a folder: where the one photo goes, over whatever stands there
     ExportSettings settings;
-    QStringList sourceFiles = {}; ///< none of them, nor the place of a missing one, is written to
 };
 
 struct ExportFailure
@@ -40,8 +40,8 @@ struct ExportOutcome
     QStringList written; ///< paths, in the order of the photos
     qint64 bytes = 0;    ///< of them together
     QList<ExportFailure> failures;
-    bool isRefused = false; ///< the path leads to one of the source files; nothing was done
-    bool isCancelled = false;
+    bool isRefused = false;   ///< the path leads to one of the source files; nothing was written
+    bool isCancelled = false; ///< photos that are neither written nor failed were given up
 };
 
 /// Exports photos in the background, several at a time: crop, effects and size applied, each file whole or not there at
@@ -55,14 +55,10 @@ public:
     /// Ends an export under way; files that are complete stay.
     ~PhotoExport() override;
 
-    /// Once.
-    void start(const ExportOrder &order);
+    /// Once. `sourceFiles` gives the files that photos show: none of them, nor the place of a missing one, is written
+    /// to. It is asked now and again, here, right before a file is replaced.
+    void start(const ExportOrder &order, const std::function<QStringList()> &sourceFiles = {});
     void cancel() { *m_cancelled = true; }
-
-    /// Whether the path leads to one of the files, under whatever name: through links, as another hard link, or as the
-    /// place of one that is missing. Blocks: any thread but the main one.
-    [[nodiscard]] static bool leadsToOneOf(const QStringList &files, const QString &path,
-                                           const std::atomic<bool> &cancelled);
 
 Q_SIGNALS:
     void progressed(int done, int of);
@@ -71,6 +67,7 @@ Q_SIGNALS:
 private:
     struct Run;
 
+    std::function<QStringList()> m_sourceFiles;
     std::shared_ptr<std::atomic<bool>> m_cancelled = std::make_shared<std::atomic<bool>>(false);
     MainThreadLink<PhotoExport> m_link{*this};
     std::unique_ptr<DispatchQueue> m_workers; ///< last: its blocks end first

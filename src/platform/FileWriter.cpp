@@ -174,14 +174,19 @@ std::optional<mode_t> modeOf(const QString &path)
     return status.st_mode & 07777U;
 }
 
-bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason)
+bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason,
+             const std::function<bool()> &mayReplace)
 {
     const QByteArray target = withoutLinks(Posix::nativePath(path));
     if (target.isEmpty())
         return Posix::fail(reason, ENOENT);
     const std::optional<mode_t> mode = modeOf(path);
     TemporaryFile file(target);
-    if (!file.write(bytes, mode, flush) || !file.moveTo(target))
+    if (!file.write(bytes, mode, flush))
+        return Posix::fail(reason, errno);
+    if (mayReplace && !mayReplace())
+        return Posix::fail(reason, ECANCELED);
+    if (!file.moveTo(target))
         return Posix::fail(reason, errno);
     if (flush == Flush::ToDisk && !syncFolderOf(target))
         return Posix::fail(reason, errno);

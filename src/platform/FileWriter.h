@@ -5,6 +5,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <optional>
 
 /// Writing files of which none may be lost. Every call is checked, and success means that the bytes are on disk.
@@ -20,8 +21,10 @@ enum class Flush {
 [[nodiscard]] bool write(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr,
                          std::optional<mode_t> mode = {});
 /// Writes beside the path under a temporary name and renames it there when complete: the path holds either the old
-/// file or the whole new one, never a part.
-[[nodiscard]] bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr);
+/// file or the whole new one, never a part. `mayReplace` is asked when all is written, right before the renaming; where
+/// it says no the old file stays.
+[[nodiscard]] bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr,
+                           const std::function<bool()> &mayReplace = {});
 /// Renames, and refuses when something stands at the target.
 [[nodiscard]] bool renameNoReplace(const QString &from, const QString &to, QString *reason = nullptr);
 /// Renames over whatever file stands at the target.

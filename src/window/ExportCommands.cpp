@@ -7,6 +7,7 @@
 #include "LibraryActions.h"
 #include "LibraryEditor.h"
 #include "LibraryNotifications.h"
+#include "LogString.h"
 #include "MailProgram.h"
 #include "MakeProgressDialog.h"
 #include "PISaveFormatViewController.h"
@@ -62,6 +63,7 @@ ExportCommands::~ExportCommands() = default;
 
 void ExportCommands::cancel()
 {
+    m_isClosing = true;
     if (m_export)
         m_export->cancel();
 }
@@ -75,14 +77,6 @@ QList<ExportedPhoto> ExportCommands::selectedCopies() const
         copies << ExportedPhoto{recipe, QVString::fileNameMinusExtension(recipe.path)};
     }
     return copies;
-}
-
-QStringList ExportCommands::sourceFiles() const
-{
-    QStringList paths;
-    for (const auto &file : m_editor.library().usedFileRefs([](const PIFileRef &) { return true; }))
-        paths << QDir::cleanPath(file->path());
-    return paths;
 }
 
 QString ExportCommands::lastFolder() const
@@ -115,7 +109,7 @@ void ExportCommands::saveImageAs()
         [&dialog](QSize size) { dialog.panel().setImageSize(size); });
     dialog.suggestName(UniqueFileName(lastFolder(), photos.first().name, extensionForFormat(g_saveFormat)));
     if (ask(dialog))
-        start({photos, {}, dialog.path(), ExportSettings::chosen(), sourceFiles()});
+        start({photos, {}, dialog.path(), ExportSettings::chosen()});
 }
 
 void ExportCommands::exportPhotos()
@@ -128,11 +122,12 @@ void ExportCommands::exportPhotos()
     ExportDialog dialog(ExportDialog::Target::Folder, &m_window);
     dialog.setWindowTitle(CountText(photos.size(), tr("Export %n Photo"), tr("Export %n Photos")));
     if (ask(dialog))
-        start({photos, dialog.path(), {}, ExportSettings::chosen(), sourceFiles()});
+        start({photos, dialog.path(), {}, ExportSettings::chosen()});
 }
 
 void ExportCommands::start(const ExportOrder &order)
 {
+    m_isClosing = false;
     m_export = std::make_unique<PhotoExport>();
     m_progress = makeProgressDialog(tr("Export"), tr("Exporting…"), m_window);
     connect(m_progress.get(), &QProgressDialog::canceled, m_export.get(), &PhotoExport::cancel);
@@ -144,7 +139,8 @@ void ExportCommands::start(const ExportOrder &order)
         m_progress->setValue(done);
     });
     connect(m_export.get(), &PhotoExport::finished, this, &ExportCommands::exportFinished);
-    m_export->start(order);
+    // Also those that no folder shows at the moment: deleting and cutting can be undone.
+    m_export->start(order, [&library = m_editor.library()] { return library.fileRefs().knownPaths(); });
 }
 
 void ExportCommands::exportFinished(const ExportOutcome &outcome)
@@ -152,7 +148,9 @@ void ExportCommands::exportFinished(const ExportOutcome &outcome)
     m_progress.reset();                // at once: it could still come up, over an alert
     m_export.release()->deleteLater(); // the sender
     const int failures = static_cast<int>(outcome.failures.size());
-    if (outcome.isRefused)
+    if (m_isClosing && failures > 0)
+        LogString("Photos could not be exported: %@", failureText(outcome));
+    else if (outcome.isRefused)
         GiveAlert(tr("This file belongs to the photo library."),
                   tr("An export never replaces the file of a photo. Please choose another name or another folder."));
     else if (failures > 0)

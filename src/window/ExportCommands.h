@@ -29,12 +29,11 @@ public:
     void exportPhotos();
     void emailPhotos();
     [[nodiscard]] bool isExporting() const { return m_export != nullptr; }
-    /// Ends an export soon; photos that are complete stay.
+    /// Ends an export soon, as nobody will be there to be told what failed; photos that are complete stay.
     void cancel();
 
 private:
     [[nodiscard]] QList<ExportedPhoto> selectedCopies() const;
-    [[nodiscard]] QStringList sourceFiles() const;
     [[nodiscard]] QString lastFolder() const;
     [[nodiscard]] bool ask(ExportDialog &dialog) const;
     void start(const ExportOrder &order);
@@ -46,5 +45,6 @@ private:
     QWidget &m_window;
     std::unique_ptr<PhotoExport> m_export;
     std::unique_ptr<QProgressDialog> m_progress;
+    bool m_isClosing = false;
     DispatchQueue m_files; ///< for the size of a photo and for old copies. Last: its blocks end first
 };

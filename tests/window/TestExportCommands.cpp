@@ -140,6 +140,15 @@ private Q_SLOTS:
         desk.trigger(Command::SaveImageAs);
         QTRY_COMPARE(desk.alerts.said, QStringList(QStringLiteral("This file belongs to the photo library.")));
         QCOMPARE(contentOf(other), before);
+
+        desk.select("0");
+        desk.trigger(Command::Cut); // undoing it brings the photo of that file back
+        QTRY_VERIFY(!desk.controller->window().findChild<QDialog *>());
+        QCOMPARE(desk.folder->photos().size(), 1);
+        desk.select("0");
+        desk.trigger(Command::SaveImageAs);
+        QTRY_COMPARE(desk.alerts.said.size(), 2);
+        QCOMPARE(contentOf(other), before);
         g_saveFormat = 0;
     }
 
