@@ -1,6 +1,7 @@
 #include "EmailDialog.h"
 
 #include "PISaveFormatViewController.h"
+#include "StandardFolders.h"
 #include "TextForPeople.h"
 #include "UserDefaults.h"
 
@@ -15,28 +16,67 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace {
 
 constexpr Preference<int> kEmailSizeOption{"hmphoto.emailSizeOption", 2};
 constexpr int kJpeg = 0;
 const QLatin1String kFolderName("tamsel-mail-");
 
+/// Ways of handing files to mail programs put the paths between quotes, with commas between them.
+QString withoutQuotes(QString text)
+{
+    text.removeIf([](QChar c) {
+        return c == u'\'' || c == u'"' || c == u',' || c == u'\\' || c.category() == QChar::Other_Control;
+    });
+    return text;
 }
 
-EmailDialog::EmailDialog(const QList<ExportedPhoto> &photos, UserDefaults &defaults, QWidget *parent)
+/// Where the folders of copies are made: on a disk, as the folder for what is temporary is memory on many systems.
+QString placeOfCopies()
+{
+    const auto caches = standardFolderPath(StandardFolder::Caches);
+    if (!caches || withoutQuotes(*caches) != *caches)
+        return QDir::tempPath();
+    return *caches + QLatin1Char('/') + QLatin1String(kBundleIdentifier) + QStringLiteral("/Mail");
+}
+
+/// A new folder for the copies of one size; nothing when it cannot be made.
+std::optional<QString> newFolder(QString *reason)
+{
+    const QString place = placeOfCopies();
+    (void)QDir().mkpath(place); // else the next step fails and tells why
+    QTemporaryDir folder(place + QLatin1Char('/') + kFolderName + QStringLiteral("XXXXXX"));
+    if (!folder.isValid()) {
+        *reason = folder.errorString();
+        return std::nullopt;
+    }
+    folder.setAutoRemove(false);
+    return folder.path();
+}
+
+}
+
+EmailDialog::EmailDialog(const QList<ExportedPhoto> &photos, UserDefaults &defaults, DispatchQueue &files,
+                         QWidget *parent)
     : QDialog(parent)
     , m_photos(photos)
     , m_defaults(defaults)
     , m_size(new QComboBox(this))
     , m_summary(new QLabel(this))
-    , m_folder(
-          std::make_unique<QTemporaryDir>(QDir::tempPath() + QLatin1Char('/') + kFolderName + QStringLiteral("XXXXXX")))
+    , m_files(files)
 {
+    for (ExportedPhoto &photo : m_photos)
+        photo.name = withoutQuotes(photo.name);
     build();
     makeCopies();
 }
 
-EmailDialog::~EmailDialog() = default;
+EmailDialog::~EmailDialog()
+{
+    dropCopies();
+}
 
 void EmailDialog::build()
 {
@@ -68,33 +108,37 @@ void EmailDialog::changeSize(int option)
     makeCopies();
 }
 
-QString EmailDialog::folderOf(int sizeOption) const
+void EmailDialog::dropCopies()
 {
-    return m_folder->filePath(QString::number(sizeOption));
+    m_export.reset();
+    m_copies.reset();
+    if (!m_folder.isEmpty())
+        m_files.async([folder = m_folder] { QDir(folder).removeRecursively(); });
+    m_folder.clear();
 }
 
 void EmailDialog::makeCopies()
 {
-    const int option = m_size->currentIndex();
-    m_export.reset(); // of another size
-    if (!m_copies.contains(option)) {
-        // What an export that was given up left there bears names of its own.
-        const QString folder = folderOf(option);
-        if (!m_folder->isValid() || !QDir().mkpath(folder)) {
-            m_summary->setText(tr("There is no room for the copies: %1").arg(m_folder->errorString()));
-            m_send->setEnabled(false);
-            return;
-        }
-        m_export = std::make_unique<PhotoExport>();
-        connect(m_export.get(), &PhotoExport::progressed, this,
-                [this](int done, int of) { m_summary->setText(tr("Making copies: %1 of %2").arg(done).arg(of)); });
-        connect(m_export.get(), &PhotoExport::finished, this, [this, option](const ExportOutcome &copies) {
-            m_copies.insert(option, copies);
-            showCopies();
-        });
-        m_export->start({m_photos, folder, {}, ExportSettings::chosenFor(kJpeg, option)});
-    }
+    dropCopies();
     showCopies();
+    QString reason;
+    if (const auto folder = newFolder(&reason))
+        startExport(*folder);
+    else
+        m_summary->setText(tr("There is no room for the copies: %1").arg(reason));
+}
+
+void EmailDialog::startExport(const QString &folder)
+{
+    m_folder = folder;
+    m_export = std::make_unique<PhotoExport>();
+    connect(m_export.get(), &PhotoExport::progressed, this,
+            [this](int done, int of) { m_summary->setText(tr("Making copies: %1 of %2").arg(done).arg(of)); });
+    connect(m_export.get(), &PhotoExport::finished, this, [this](const ExportOutcome &copies) {
+        m_copies = copies;
+        showCopies();
+    });
+    m_export->start({m_photos, folder, {}, ExportSettings::chosenFor(kJpeg, m_size->currentIndex())});
 }
 
 QString EmailDialog::summary(const ExportOutcome &copies) const
@@ -110,34 +154,25 @@ QString EmailDialog::summary(const ExportOutcome &copies) const
 
 void EmailDialog::showCopies()
 {
-    const auto copies = m_copies.constFind(m_size->currentIndex());
-    const bool areMade = copies != m_copies.constEnd();
-    m_summary->setText(areMade ? summary(*copies) : tr("Making copies…"));
-    m_send->setEnabled(areMade && !copies->written.isEmpty());
+    m_summary->setText(m_copies ? summary(*m_copies) : tr("Making copies…"));
+    m_send->setEnabled(m_copies && !m_copies->written.isEmpty());
 }
 
 QStringList EmailDialog::attachments() const
 {
-    return m_copies.value(m_size->currentIndex()).written;
+    return m_copies ? m_copies->written : QStringList();
 }
 
 QString EmailDialog::keepCopies()
 {
-    m_export.reset();
-    for (auto copies = m_copies.constBegin(); copies != m_copies.constEnd(); ++copies) {
-        if (copies.key() != m_size->currentIndex())
-            QDir(folderOf(copies.key())).removeRecursively();
-    }
-    m_folder->setAutoRemove(false);
-    return m_folder->path();
+    return std::exchange(m_folder, QString());
 }
 
 void EmailDialog::removeOldCopies()
 {
     constexpr qint64 days = 3;
-    const QDir temporary(QDir::tempPath());
-    const QFileInfoList folders =
-        temporary.entryInfoList({kFolderName + QLatin1Char('*')}, QDir::Dirs | QDir::NoSymLinks);
+    const QDir place(placeOfCopies());
+    const QFileInfoList folders = place.entryInfoList({kFolderName + QLatin1Char('*')}, QDir::Dirs | QDir::NoSymLinks);
     for (const QFileInfo &folder : folders) {
         if (folder.ownerId() == ::geteuid() && folder.lastModified().daysTo(QDateTime::currentDateTime()) >= days)
             QDir(folder.filePath()).removeRecursively();

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QSet>
+#include <QTextBoundaryFinder>
 #include <QThread>
 
 #include <algorithm>
@@ -174,6 +175,18 @@ struct PhotoExport::Run
         return outcome;
     }
 };
+
+QString PhotoExport::nameFor(const QString &path)
+{
+    constexpr qsizetype mostBytes = 230; // of the 255 that file systems take
+    const QString name = QVString::fileNameMinusExtension(path);
+    QTextBoundaryFinder border(QTextBoundaryFinder::Grapheme, name);
+    border.toEnd();
+    qsizetype end = name.size();
+    while (end > 0 && QFile::encodeName(name.left(end)).size() > mostBytes)
+        end = border.toPreviousBoundary();
+    return name.left(end);
+}
 
 PhotoExport::PhotoExport(QObject *parent)
     : QObject(parent)

@@ -60,6 +60,9 @@ public:
     void start(const ExportOrder &order, const std::function<QStringList()> &sourceFiles = {});
     void cancel() { *m_cancelled = true; }
 
+    /// The name of the file without its extension, shortened so that any extension and a number have room behind it.
+    [[nodiscard]] static QString nameFor(const QString &path);
+
 Q_SIGNALS:
     void progressed(int done, int of);
     void finished(const ExportOutcome &outcome);

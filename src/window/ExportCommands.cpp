@@ -14,7 +14,6 @@
 #include "PhotoEdits.h"
 #include "PhotoLibrary.h"
 #include "SaveImage.h"
-#include "StringUtilities.h"
 #include "TextForPeople.h"
 #include "UniqueFileName.h"
 #include "UserDefaults.h"
@@ -74,7 +73,7 @@ QList<ExportedPhoto> ExportCommands::selectedCopies() const
     QList<ExportedPhoto> copies;
     for (const auto &photo : PhotoEdits(m_editor).selectedPhotos()) {
         const PictureRecipe recipe = photo->recipe(m_editor.library().imageCache());
-        copies << ExportedPhoto{recipe, QVString::fileNameMinusExtension(recipe.path)};
+        copies << ExportedPhoto{recipe, PhotoExport::nameFor(recipe.path)};
     }
     return copies;
 }
@@ -165,7 +164,7 @@ void ExportCommands::emailPhotos()
         Beep();
         return;
     }
-    EmailDialog dialog(photos, m_defaults, &m_window);
+    EmailDialog dialog(photos, m_defaults, m_files, &m_window);
     if (dialog.exec() != QDialog::Accepted)
         return;
     m_files.async([] { EmailDialog::removeOldCopies(); });
@@ -181,7 +180,7 @@ void ExportCommands::send(const QStringList &attachments, const QString &folder)
         if (outcome == MailOutcome::NoProgram)
             GiveAlert(tr("No mail program was found."),
                       tr("Photos are handed to the mail program by the command \"xdg-email\". It is not installed, or "
-                         "it found no mail program."));
+                         "no mail program is set up."));
         else if (outcome == MailOutcome::Failed)
             GiveAlert(tr("The photos could not be handed to the mail program."),
                       tr("The mail program reported an error."));

@@ -4,6 +4,7 @@
 #include "PISaveFormatViewController.h"
 #include "TestRunner.h"
 #include "UserDefaults.h"
+#include "Variable.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -114,9 +115,11 @@ private Q_SLOTS:
         image.fill(Qt::darkCyan);
         const QString path = dir.filePath(QStringLiteral("a.png"));
         QVERIFY(image.save(path));
-        const ExportedPhoto photo{{path, {}, {}, {}}, QStringLiteral("a")};
+        const ExportedPhoto photo{{path, {}, {}, {}}, QStringLiteral("Dad's, a")};
         const ExportedPhoto gone{{dir.filePath(QStringLiteral("gone.png")), {}, {}, {}}, QStringLiteral("gone")};
-        EmailDialog dialog({photo, gone}, defaults, nullptr);
+        const Variable caches("XDG_CACHE_HOME", dir.path());
+        DispatchQueue files(QStringLiteral("test.files"), 1);
+        EmailDialog dialog({photo, gone}, defaults, files, nullptr);
         const auto send = [&] {
             return only<QPushButton>(dialog, 0).isDefault() ? &only<QPushButton>(dialog, 0)
                                                             : &only<QPushButton>(dialog, 1);
@@ -126,12 +129,18 @@ private Q_SLOTS:
         QVERIFY(shows(dialog, QStringLiteral("1 photo, ")) && shows(dialog, QStringLiteral("Without gone.")));
         const QString large = dialog.attachments().value(0);
         QCOMPARE(QImage(large).size(), QSize(900, 600));
+        QCOMPARE(QFileInfo(large).fileName(), QStringLiteral("Dads a.jpg"));
+        choose(only<QComboBox>(dialog), 3); // given up at once
         choose(only<QComboBox>(dialog), 4);
         QTRY_COMPARE(QImage(dialog.attachments().value(0)).size(), QSize(300, 200));
         const QString small = dialog.attachments().value(0);
-        QDir folder(dialog.keepCopies());
-        QVERIFY(QFile::exists(small) && !QFile::exists(large));
-        QVERIFY(folder.removeRecursively());
+        QCOMPARE(QFileInfo(small).fileName(), QFileInfo(large).fileName());
+        const QDir kept(dialog.keepCopies());
+        QVERIFY(small.startsWith(kept.path()) && kept.path().startsWith(dir.path()));
+        files.waitUntilIdle();
+        const QDir place(QFileInfo(kept.path()).path());
+        QCOMPARE(place.entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList(kept.dirName()));
+        QVERIFY(QFile::exists(small));
     }
 };
 

@@ -215,6 +215,20 @@ private Q_SLOTS:
         QVERIFY(unwritten->failures.first().reason.contains(QStringLiteral("No such file")));
     }
 
+    void leavesRoomBehindLongNames()
+    {
+        const Darkroom room;
+        const QString eacute = QStringLiteral("e\u0301"); // three bytes, one character
+        const ExportedPhoto photo = room.add(eacute.repeated(83) + QStringLiteral(".jpg"), {30, 20});
+        const QString name = PhotoExport::nameFor(photo.recipe.path);
+        QCOMPARE(name, eacute.repeated(name.size() / 2));
+        QVERIFY(name.size() > 100);
+        constexpr int tiff = 3;
+        const auto outcome = exported({{{photo.recipe, name}, {photo.recipe, name}}, room.target, {}, {tiff, 0, 1}});
+        QVERIFY(outcome && outcome->failures.isEmpty());
+        QCOMPARE(outcome->written.size(), 2);
+    }
+
     void looksAgainBeforeItReplaces_data()
     {
         QTest::addColumn<bool>("isCancelled"); ///< else the file becomes one of the library
