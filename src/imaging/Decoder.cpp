@@ -110,8 +110,9 @@ PictureNotes Decoder::readNotes(int descriptor, const QString &fileName)
         return markers ? PictureNotes::fromExif(markers->exif) : PictureNotes();
     }
     case ImageFormat::Tiff:
-    case ImageFormat::Raw:
         return readTiffNotes(picture->source);
+    case ImageFormat::Raw:
+        return RawDecoder::readNotes(picture->source);
     case ImageFormat::Bmp:
     case ImageFormat::Gif:
         return {};

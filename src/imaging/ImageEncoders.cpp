@@ -1,5 +1,6 @@
 #include "ImageEncoders.h"
 
+#include "TiffNotes.h"
 #include "VipsPixels.h"
 #include "VipsSupport.h"
 
@@ -53,19 +54,25 @@ quint32 pngChecksum(QByteArrayView bytes)
     return ~checksum;
 }
 
-/// The file with the packet where its standard wants it: libvips packs it into a chunk that few programs look into.
-QByteArray withXmp(QByteArray png, const QByteArray &xmp)
+QByteArray pngChunk(const QByteArray &type, const QByteArray &content)
 {
-    constexpr qsizetype behindHeader = 8 + 4 + 4 + 13 + 4;
-    if (xmp.isEmpty() || png.size() < behindHeader)
-        return png;
     const auto number = [](quint32 value) {
         value = qToBigEndian(value);
         return QByteArray(reinterpret_cast<const char *>(&value), sizeof(value));
     };
-    const QByteArray text = QByteArray("XML:com.adobe.xmp\0\0\0\0\0", 22) + xmp;
-    const QByteArray chunk = "iTXt" + text;
-    return png.insert(behindHeader, number(quint32(text.size())) + chunk + number(pngChecksum(chunk)));
+    const QByteArray checked = type + content;
+    return number(quint32(content.size())) + checked + number(pngChecksum(checked));
+}
+
+/// The file with the notes where its standard wants them: libvips packs them into chunks that few programs look into.
+QByteArray withPngNotes(QByteArray png, const PictureNotes &notes)
+{
+    constexpr qsizetype behindHeader = 8 + 4 + 4 + 13 + 4;
+    constexpr qsizetype signature = 6;
+    if (notes.isEmpty() || png.size() < behindHeader)
+        return png;
+    const QByteArray xmp = QByteArray("XML:com.adobe.xmp\0\0\0\0\0", 22) + notes.xmp();
+    return png.insert(behindHeader, pngChunk("eXIf", notes.exif().mid(signature)) + pngChunk("iTXt", xmp));
 }
 
 }
@@ -77,7 +84,7 @@ QByteArray ImageEncoders::png(const QImage &pixels, const QByteArray &profile, c
         return vips_pngsave_buffer(image, data, length, "compression", 3, "filter", VIPS_FOREIGN_PNG_FILTER_ALL,
                                    nullptr);
     });
-    return withXmp(bytes, notes.xmp());
+    return withPngNotes(bytes, notes);
 }
 
 QByteArray ImageEncoders::tiff(const QImage &pixels, TiffCompression compression, const QByteArray &profile,
@@ -86,10 +93,11 @@ QByteArray ImageEncoders::tiff(const QImage &pixels, TiffCompression compression
     const VipsForeignTiffCompression kind =
         compression == TiffCompression::Lzw ? VIPS_FOREIGN_TIFF_COMPRESSION_LZW : VIPS_FOREIGN_TIFF_COMPRESSION_NONE;
     constexpr double pixelsPerMillimetre = 72 / 25.4;
-    return encode(pixels, profile, notes, [&](VipsImage *image, void **data, size_t *length) {
+    QByteArray bytes = encode(pixels, profile, notes, [&](VipsImage *image, void **data, size_t *length) {
         return vips_tiffsave_buffer(image, data, length, "compression", kind, "resunit", VIPS_FOREIGN_TIFF_RESUNIT_INCH,
                                     "xres", pixelsPerMillimetre, "yres", pixelsPerMillimetre, nullptr);
     });
+    return withTiffNotes(std::move(bytes), notes);
 }
 
 QByteArray ImageEncoders::pdf(const QImage &pixels, const PictureNotes &notes)

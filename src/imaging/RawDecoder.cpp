@@ -1,10 +1,14 @@
 #include "RawDecoder.h"
 
 #include "JpegDecoder.h"
+#include "JpegMarkers.h"
 #include "PictureLimits.h"
 #include "PixelPlan.h"
 #include "RawStream.h"
 #include "RowReducer.h"
+#include "TiffNotes.h"
+
+#include <QDateTime>
 
 #include <libraw/libraw.h>
 
@@ -25,6 +29,7 @@ struct Preview
     std::optional<ByteSource> jpeg; ///< either a stretch of the file ...
     QImage bitmap;                  ///< ... or pixels
     Orientation orientation;
+    PictureNotes notes; ///< as LibRaw tells them
 };
 
 /// LibRaw counts turns by bits of its own.
@@ -46,12 +51,23 @@ QImage bitmapOf(const libraw_thumbnail_t &thumbnail)
         .convertToFormat(QImage::Format_RGB32);
 }
 
+PictureNotes notesOf(const libraw_imgother_t &facts)
+{
+    const QByteArray artist(facts.artist, qsizetype(qstrnlen(facts.artist, sizeof(facts.artist))));
+    if (facts.timestamp <= 0)
+        return PictureNotes::fromTexts({}, artist, {});
+    // LibRaw took the camera's time for one of this place.
+    const QDateTime taken = QDateTime::fromSecsSinceEpoch(facts.timestamp);
+    return PictureNotes::fromTexts(taken.toString(QStringLiteral("yyyy:MM:dd HH:mm:ss")).toLatin1(), artist, {});
+}
+
 std::optional<Preview> findPreviewWith(PreviewFinder &finder, RawStream &stream, const ByteSource &source)
 {
     if (finder.open_datastream(&stream) != LIBRAW_SUCCESS)
         return std::nullopt;
     Preview preview;
     preview.orientation = orientationOfFlip(finder.imgdata.sizes.flip);
+    preview.notes = notesOf(finder.imgdata.other);
     const ByteSource stretch = source.part(finder.previewOffset(), qint64(finder.imgdata.thumbnail.tlength));
     if (stretch.bytes(0, 2) == QByteArrayView("\xff\xd8"))
         preview.jpeg = stretch;
@@ -110,4 +126,32 @@ std::optional<DecodedImage> RawDecoder::decode(const ByteSource &source, const D
         copier.addRow(reinterpret_cast<const QRgb *>(reduced.constScanLine(y)));
     result.pixels = canvas.takeImage();
     return result;
+}
+
+namespace {
+
+/// What is missing in the one is taken from the other.
+PictureNotes merged(PictureNotes notes, const PictureNotes &other)
+{
+    if (notes.taken.isEmpty())
+        notes.taken = other.taken;
+    if (notes.artist.isEmpty())
+        notes.artist = other.artist;
+    if (notes.copyright.isEmpty())
+        notes.copyright = other.copyright;
+    return notes;
+}
+
+}
+
+PictureNotes RawDecoder::readNotes(const ByteSource &source)
+{
+    PictureNotes notes = readTiffNotes(source);
+    const auto preview = notes.taken.isEmpty() ? findPreview(source, nullptr) : std::nullopt;
+    if (!preview)
+        return notes;
+    const auto markers = preview->jpeg ? readJpegMarkers(*preview->jpeg) : std::nullopt;
+    if (markers)
+        notes = merged(notes, PictureNotes::fromExif(markers->exif));
+    return merged(notes, preview->notes);
 }

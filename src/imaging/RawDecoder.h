@@ -9,5 +9,7 @@ namespace RawDecoder {
 [[nodiscard]] std::optional<ImageHeader> readHeader(const ByteSource &source, QString *reason);
 [[nodiscard]] std::optional<DecodedImage> decode(const ByteSource &source, const DecodeRequest &request,
                                                  QString *reason);
+/// From the file's directories, else from the preview's own notes, else what LibRaw makes of the file.
+[[nodiscard]] PictureNotes readNotes(const ByteSource &source);
 
 }

@@ -311,14 +311,21 @@ void TestSaveImage::writesTheNotesAsked()
     const Image image = Image::fromPixels(colorful(QSize(40, 30)));
     SaveRequest request;
     request.notes = {"2021:06:05 04:03:02", "Zoë & Ko", QByteArray("mine\0hers", 9)};
-    request.path = folder.path(QStringLiteral("a.jpg"));
-    QVERIFY(SaveImageCore(0, 0, image, request));
-    const Image written = Image::fromFile(request.path);
-    for (const Image &shown : {written, written.cropped(QRectF(1, 1, 5, 5))}) {
-        QCOMPARE(shown.notes().taken, request.notes.taken);
-        QCOMPARE(shown.notes().artist, request.notes.artist);
-        QCOMPARE(shown.notes().copyright, request.notes.copyright);
+    for (const SaveFileType type : {SaveFileType::Jpeg, SaveFileType::Png, SaveFileType::Tiff}) {
+        request.type = type;
+        request.path = folder.path(QStringLiteral("a.jpg"));
+        QVERIFY(SaveImageCore(0, 0, image, request));
+        const Image written = Image::fromFile(request.path);
+        QCOMPARE(written.size(), image.size());
+        for (const Image &shown : {written, written.cropped(QRectF(1, 1, 5, 5))}) {
+            QCOMPARE(shown.notes().taken, request.notes.taken);
+            QCOMPARE(shown.notes().artist, request.notes.artist);
+            QCOMPARE(shown.notes().copyright, request.notes.copyright);
+        }
     }
+    const QByteArray preview = jpegFile(colorful(QSize(64, 48)), request.notes.exif());
+    const Image raw = Image::fromFile(folder.add(QStringLiteral("a.dng"), rawFile(preview, QSize(64, 48), 1)));
+    QCOMPARE(raw.notes().taken, request.notes.taken);
     for (const SaveFileType type : {SaveFileType::Png, SaveFileType::Tiff, SaveFileType::Pdf}) {
         SaveRequest other;
         other.type = type;
@@ -348,7 +355,7 @@ void TestSaveImage::findsNotesBehindThePixels()
         return bigEndian(tag, 2) + bigEndian(2, 2) + bigEndian(length, 4);
     };
     const QByteArray file = QByteArray("MM\0*", 4) + bigEndian(first, 4) + QByteArray(pixels, '*') + bigEndian(2, 2) +
-                            text(0x013b, 3) + QByteArray("Jo\0\0", 4) + CameraFile::exifEntry(0x8769, 4, camera) +
+                            text(0x013b, 3) + QByteArray("Jo\0\0", 4) + CameraFile::exifEntry(0x8769, 13, camera) +
                             bigEndian(0, 4) + // ends the first directory
                             bigEndian(1, 2) + text(0x9003, 20) + bigEndian(camera + 2 + 12 + 4, 4) + bigEndian(0, 4) +
                             "2021:06:05 04:03:02";
