@@ -45,6 +45,7 @@ struct Image::Source
                                                        const std::atomic<bool> *cancelled) const = 0;
     [[nodiscard]] virtual bool isCurrent() const { return true; }
     [[nodiscard]] virtual bool isDamaged() const { return false; }
+    [[nodiscard]] virtual bool lacksEffects() const { return false; }
     [[nodiscard]] virtual QImage embeddedThumbnail() const { return {}; }
     [[nodiscard]] virtual PictureNotes notes() const { return {}; }
 
@@ -152,6 +153,7 @@ struct Image::CropSource final : Source
     bool isCurrent() const override { return below->isCurrent(); }
     PictureNotes notes() const override { return below->notes(); }
     bool isDamaged() const override { return below->isDamaged(); }
+    bool lacksEffects() const override { return below->lacksEffects(); }
     QPoint origin;
 
     std::optional<QImage> render(const QRect &part, QSize target, const std::atomic<bool> *cancelled) const override
@@ -185,7 +187,9 @@ struct Image::EffectSource final : Source
     bool isCurrent() const override { return below->isCurrent(); }
     PictureNotes notes() const override { return below->notes(); }
     bool isDamaged() const override { return below->isDamaged(); }
+    bool lacksEffects() const override { return hasFailed || below->lacksEffects(); }
     EffectChain chain;
+    mutable std::atomic<bool> hasFailed = false; ///< found out by rendering
 
     std::optional<QImage> render(const QRect &part, QSize target, const std::atomic<bool> *cancelled) const override
     {
@@ -205,6 +209,7 @@ struct Image::EffectSource final : Source
         if (!filtered && cancelled && cancelled->load())
             return std::nullopt;
         // A picture without its effects says more than no picture.
+        hasFailed = hasFailed || !filtered;
         const QImage result = inOwnFormat(filtered.value_or(*source), hasAlpha);
         return part.size() == size ? result : reducedImage(result, scaledPart(part, whole), target);
     }
@@ -319,6 +324,11 @@ std::optional<QImage> Image::pixelsOf(const QRect &part, QSize size, const std::
 quint64 Image::number() const
 {
     return d ? d->number : 0;
+}
+
+bool Image::lacksEffects() const
+{
+    return d && d->lacksEffects();
 }
 
 bool Image::isDamaged() const

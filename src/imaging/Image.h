@@ -57,6 +57,8 @@ public:
                                                  const std::atomic<bool> *cancelled = nullptr) const;
     /// Whether the pixels that were made so far came from a file that was cut short or broken. Any thread.
     [[nodiscard]] bool isDamaged() const;
+    /// Whether effects failed and were left out of the pixels that were made so far. Any thread.
+    [[nodiscard]] bool lacksEffects() const;
     /// The small picture that the file carries; null when there is none, and for an image with a crop or effects.
     /// Reads the first kilobytes of the file.
     [[nodiscard]] QImage embeddedThumbnail() const;

@@ -148,6 +148,8 @@ QString EmailDialog::summary(const ExportOutcome &copies) const
                    FileSizeString(quint64(copies.bytes));
     for (const ExportFailure &failure : copies.failures)
         text += QLatin1Char('\n') + tr("Without %1. %2").arg(failure.name, failure.reason);
+    for (const ExportFailure &reservation : copies.reservations)
+        text += QLatin1Char('\n') + reservation.name + QStringLiteral(": ") + reservation.reason;
     constexpr int most = 1000; // of very many failures the first say enough
     return text.size() > most ? text.left(most) + QStringLiteral("…") : text;
 }

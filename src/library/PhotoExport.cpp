@@ -15,7 +15,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -26,8 +28,9 @@ namespace {
 /// What became of one photo.
 struct Exported
 {
-    QString path;   ///< empty when it failed
-    QString reason; ///< why it failed; empty also when it was given up
+    QString path;             ///< empty when it failed
+    QString reason;           ///< why it failed; empty also when it was given up
+    QString reservation = {}; ///< what is not as it should be in what was written
 };
 
 /// Free names in the folder for all photos, given in their order: the workers would come to them in any.
@@ -57,6 +60,40 @@ QString whyUnreadable(const PictureRecipe &recipe)
     return why.isEmpty() ? PhotoExport::tr("The picture could not be read.") : why;
 }
 
+/// Once the pixels were made.
+QString reservationAbout(const Image &shown)
+{
+    QStringList texts;
+    if (shown.isDamaged())
+        texts << PhotoExport::tr("The file of the photo is damaged. What could be read of it was exported.");
+    if (shown.lacksEffects())
+        texts << PhotoExport::tr("The effects could not be applied.");
+    return texts.join(QLatin1Char(' '));
+}
+
+/// Pictures so large are made one at a time, in all exports together: the pixels of one, and its file before it is
+/// written, take gigabytes.
+class LargePictureTurn
+{
+public:
+    LargePictureTurn(QSize size, const std::atomic<bool> &cancelled)
+    {
+        constexpr qint64 largePicture = 40'000'000; // pixels
+        constexpr std::chrono::milliseconds cancellationCheck(20);
+        const bool isLarge = qint64(size.width()) * size.height() > largePicture;
+        while (isLarge && !cancelled && !m_turn.try_lock_for(cancellationCheck)) {
+        }
+    }
+
+private:
+    static std::timed_mutex &mutex()
+    {
+        static std::timed_mutex instance;
+        return instance;
+    }
+    std::unique_lock<std::timed_mutex> m_turn{mutex(), std::defer_lock};
+};
+
 /// `request` comes with the path and with what is allowed there.
 Exported exportPhoto(const ExportedPhoto &photo, const ExportSettings &settings, SaveRequest request)
 {
@@ -68,8 +105,9 @@ Exported exportPhoto(const ExportedPhoto &photo, const ExportSettings &settings,
     request.fullChroma = settings.keepsFullChroma();
     request.notes = shown.notes();
     const QSize size = finalImageSize(shown.size(), settings.sizeOption);
+    const LargePictureTurn turn(size, *request.cancelled);
     if (SaveImageCore(size.width(), size.height(), shown, request))
-        return {request.path, {}};
+        return {request.path, {}, reservationAbout(shown)};
     if (*request.cancelled)
         return {};
     if (!request.writeFailed)
@@ -168,6 +206,8 @@ struct PhotoExport::Run
             if (!result.path.isEmpty()) {
                 outcome.written << result.path;
                 outcome.bytes += QFileInfo(result.path).size();
+                if (!result.reservation.isEmpty())
+                    outcome.reservations << ExportFailure{order.photos.at(i).name, result.reservation};
             } else if (!result.reason.isEmpty() && !isRefused) {
                 outcome.failures << ExportFailure{order.photos.at(i).name, result.reason};
             }

@@ -40,8 +40,9 @@ struct ExportOutcome
     QStringList written; ///< paths, in the order of the photos
     qint64 bytes = 0;    ///< of them together
     QList<ExportFailure> failures;
-    bool isRefused = false;   ///< the path leads to one of the source files; nothing was written
-    bool isCancelled = false; ///< photos that are neither written nor failed were given up
+    QList<ExportFailure> reservations; ///< about photos that were written, but not as they should be
+    bool isRefused = false;            ///< the path leads to one of the source files; nothing was written
+    bool isCancelled = false;          ///< photos that are neither written nor failed were given up
 };
 
 /// Exports photos in the background, several at a time: crop, effects and size applied, each file whole or not there at

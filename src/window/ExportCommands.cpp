@@ -27,6 +27,17 @@
 
 namespace {
 
+QString listOf(const QList<ExportFailure> &failures)
+{
+    constexpr qsizetype most = 8;
+    QStringList lines;
+    for (const ExportFailure &failure : failures.first(std::min(most, failures.size())))
+        lines << failure.name + QStringLiteral(": ") + failure.reason;
+    if (failures.size() > most)
+        lines << ExportCommands::tr("… and %1 more").arg(failures.size() - most);
+    return lines.join(QLatin1Char('\n'));
+}
+
 /// What failed and why, the first of many. Why nothing at all could be written is told once.
 QString failureText(const ExportOutcome &outcome)
 {
@@ -35,13 +46,7 @@ QString failureText(const ExportOutcome &outcome)
     const auto isAlike = [&](const ExportFailure &failure) { return failure.reason == reason; };
     if (failures.size() > 1 && outcome.written.isEmpty() && std::all_of(failures.begin(), failures.end(), isAlike))
         return reason;
-    constexpr qsizetype most = 8;
-    QStringList lines;
-    for (const ExportFailure &failure : failures.first(std::min(most, failures.size())))
-        lines << failure.name + QStringLiteral(": ") + failure.reason;
-    if (failures.size() > most)
-        lines << ExportCommands::tr("… and %1 more").arg(failures.size() - most);
-    return lines.join(QLatin1Char('\n'));
+    return listOf(failures);
 }
 
 }
@@ -155,6 +160,18 @@ void ExportCommands::exportFinished(const ExportOutcome &outcome)
     else if (failures > 0)
         GiveAlert(CountText(failures, tr("One photo could not be exported."), tr("%n photos could not be exported.")),
                   failureText(outcome));
+    tellReservations(outcome.reservations);
+}
+
+void ExportCommands::tellReservations(const QList<ExportFailure> &reservations)
+{
+    const int count = int(reservations.size());
+    if (count > 0 && m_isClosing)
+        LogString("Photos were exported, but not as they should be: %@", listOf(reservations));
+    else if (count > 0)
+        GiveAlert(CountText(count, tr("One photo was exported, but not as it should be."),
+                            tr("%n photos were exported, but not as they should be.")),
+                  listOf(reservations));
 }
 
 void ExportCommands::emailPhotos()

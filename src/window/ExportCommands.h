@@ -38,6 +38,7 @@ private:
     [[nodiscard]] bool ask(ExportDialog &dialog) const;
     void start(const ExportOrder &order);
     void exportFinished(const ExportOutcome &outcome);
+    void tellReservations(const QList<ExportFailure> &reservations);
     void send(const QStringList &attachments, const QString &folder);
 
     LibraryEditor &m_editor;

@@ -36,6 +36,8 @@ public:
     std::unique_ptr<FilterRun> start(const QImage &image, const FilterContext &context) const override
     {
         return std::make_unique<FakeFilterRun>(image, [context](const EffectEntry &inputs, const QImage &before) {
+            if (inputs.filterName() == QLatin1String("Broken"))
+                return QImage();
             QImage result = before.convertToFormat(QImage::Format_ARGB32_Premultiplied);
             if (inputs.filterName() == QLatin1String("Scale"))
                 result.fill(qRgb(int(std::lround(context.scale * 200)), 0, 0));
@@ -241,6 +243,11 @@ private Q_SLOTS:
         const QSize small(30, 25);
         QVERIFY(meanDifference(*after.pixels(small), scaled(inverted.copy(rect.toRect()), small)) < 3);
         QCOMPARE(*image.withEffects(chain).withEffects(chain).pixels(), picture);
+        for (const bool isBroken : {false, true}) {
+            const Image shown = image.withEffects(isBroken ? chainOf({"Broken"}) : chain).cropped(rect);
+            QVERIFY(shown.pixels() && !shown.isDamaged());
+            QCOMPARE(shown.lacksEffects(), isBroken);
+        }
         const QRect part(30, 20, 60, 40);
         const QImage ofBoth = inverted.copy(rect.toRect()).copy(part);
         QCOMPARE(*before.pixelsOf(part, part.size()), ofBoth);

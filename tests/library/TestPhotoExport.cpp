@@ -1,3 +1,4 @@
+#include "FileSystemCalls.h"
 #include "LibrarySupport.h"
 #include "PhotoExport.h"
 #include "TestRunner.h"
@@ -8,6 +9,7 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 
+#include <cerrno>
 #include <optional>
 #include <unistd.h>
 
@@ -61,6 +63,24 @@ std::function<QStringList(PhotoExport &)> given(const QStringList &files)
     return [files](PhotoExport &) { return files; };
 }
 
+/// Takes no byte as long as it lives.
+struct FullDisk
+{
+    FullDisk()
+    {
+        fileSystemCalls().write = [](int, const void *, std::size_t) -> ssize_t {
+            errno = ENOSPC;
+            return -1;
+        };
+    }
+    ~FullDisk() { fileSystemCalls() = m_before; }
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+
+private:
+    FileSystemCalls m_before = fileSystemCalls();
+};
+
 /// What a program prints; nothing when it fails.
 std::optional<QString> printed(const QStringList &command)
 {
@@ -108,7 +128,8 @@ private Q_SLOTS:
         for (const auto &[row, format, name] :
              {std::tuple("notes in a PNG", 2, "IMG.png"), {"notes in a TIFF", 3, "IMG.tiff"}})
             add(row, {format, 4, 1}, name, notes,
-                {moment, QStringLiteral("Creator +: Zoë"), QStringLiteral("Rights +: © Zoë"), profile});
+                {moment, QStringLiteral("\\[IFD0\\] +Artist +: Zoë"), QStringLiteral("Creator +: Zoë"),
+                 QStringLiteral("Rights +: © Zoë"), profile});
         add("notes in a PDF", {1, 4, 1}, "IMG.pdf", notes, {moment, QStringLiteral("Rights +: © Zoë")});
     }
     void writesWhatWasChosen()
@@ -213,6 +234,38 @@ private Q_SLOTS:
         const auto unwritten = exported({{small}, room.dir.filePath(QStringLiteral("no folder")), {}, {}});
         QVERIFY(unwritten && !unwritten->failures.isEmpty());
         QVERIFY(unwritten->failures.first().reason.contains(QStringLiteral("No such file")));
+    }
+
+    void tellsOfPhotosThatAreNotAsTheyShouldBe()
+    {
+        const Darkroom room;
+        const ExportedPhoto cut = room.add(QStringLiteral("cut.jpg"));
+        QVERIFY(QFile::resize(cut.recipe.path, QFileInfo(cut.recipe.path).size() / 2));
+        const ExportedPhoto whole = room.add(QStringLiteral("whole.jpg"), {30, 20});
+        const auto outcome = exported({{cut, whole}, room.target, {}, {0, 0, 0.7}});
+        QVERIFY(outcome && outcome->failures.isEmpty());
+        QCOMPARE(outcome->written.size(), 2);
+        QCOMPARE(outcome->reservations.size(), 1);
+        QCOMPARE(outcome->reservations.at(0).name, QStringLiteral("cut"));
+    }
+
+    void leavesNothingOnAFullDisk()
+    {
+        const Darkroom room;
+        const ExportedPhoto photo = room.add(QStringLiteral("a.jpg"));
+        const QString path = room.target + QStringLiteral("/b.jpg");
+        QVERIFY(QFile::copy(photo.recipe.path, path));
+        const QByteArray before = contentOf(path);
+        const FullDisk disk;
+        for (const ExportOrder &order :
+             {ExportOrder{{photo}, room.target, {}, {0, 4, 0.7}}, ExportOrder{{photo}, {}, path, {0, 4, 0.7}}}) {
+            const auto outcome = exported(order);
+            QVERIFY(outcome && outcome->written.isEmpty());
+            QCOMPARE(outcome->failures.size(), 1);
+            QVERIFY(outcome->failures.first().reason.contains(qt_error_string(ENOSPC)));
+            QCOMPARE(contentOf(path), before);
+            QCOMPARE(room.names(), QStringList(QStringLiteral("b.jpg")));
+        }
     }
 
     void leavesRoomBehindLongNames()
