@@ -71,7 +71,7 @@ void PhotoPicture::reload()
     const Image before = m_image;
     setImage(present ? knownImage() : Image());
     if (!present)
-        return showFailure();
+        return showFailure(m_photo ? State::Missing : State::Empty);
     if (m_image.isNull())
         return openFile();
     if (!m_image.isSameAs(before) || m_pixels.isNull())
@@ -125,8 +125,8 @@ void PhotoPicture::openFile()
         return cancelRendering(); // done when there is some
     if (isBeingPrepared())
         return;
-    if (!m_photo->fileRef()->verify())
-        return showFailure();
+    if (m_photo->isFileLost())
+        return showFailure(State::Missing);
     cancelRendering();
     m_ahead.cancel(); // what is wanted now has the processors for itself
     m_renderer.run([this, recipe = m_photo->recipe(m_imageCache), needsPreview = m_pixels.isNull(),
@@ -134,16 +134,17 @@ void PhotoPicture::openFile()
         const OpenedPicture picture = recipe.open();
         const Image &image = isWhole ? picture.file : picture.shown;
         const QImage embedded = needsPreview ? image.embeddedThumbnail() : QImage();
-        return [this, picture, embedded] { fileOpened(picture, embedded); };
+        const State failure = image.isNull() ? failureOf(recipe.path) : State::Unreadable;
+        return [this, picture, embedded, failure] { fileOpened(picture, embedded, failure); };
     });
 }
 
-void PhotoPicture::fileOpened(const OpenedPicture &picture, const QImage &embedded)
+void PhotoPicture::fileOpened(const OpenedPicture &picture, const QImage &embedded, State failure)
 {
     m_photo->takePicture(picture, m_imageCache);
     setImage(m_extent == Extent::WholeFile ? picture.file : picture.shown);
     if (m_image.isNull())
-        return showFailure();
+        return showFailure(failure);
     if (m_pixels.isNull())
         m_pixels = embedded;
     setState(State::Preview);
@@ -188,28 +189,34 @@ void PhotoPicture::sharpArrived(const std::optional<QImage> &pixels)
     prepareAhead();
 }
 
-/// A file that is written anew gives no pixels to the handle from before, and is no damaged one.
+/// A file that is written anew gives no pixels to the handle from before, and is no damaged one. Which of them it is
+/// takes a look at the file.
 void PhotoPicture::renderingFailed()
 {
-    const bool isToBeOpened = !m_image.isCurrent() && !std::exchange(m_isOpenedAgain, true);
-    m_image = {};
+    m_renderer.run([this, image = std::exchange(m_image, {}),
+                    path = m_photo->fileRef()->path()](const std::atomic<bool> &) -> std::function<void()> {
+        const bool isAnother = !image.isCurrent();
+        return [this, isAnother, failure = failureOf(path)] {
+            if (isAnother && !std::exchange(m_isOpenedAgain, true))
+                openFile();
+            else
+                showFailure(failure);
+        };
+    });
     m_held = {};
-    if (isToBeOpened)
-        openFile();
-    else
-        showFailure();
 }
 
-void PhotoPicture::showFailure()
+/// On any thread but the main one: the disk may not answer.
+PhotoPicture::State PhotoPicture::failureOf(const QString &path)
+{
+    return QFileInfo::exists(path) ? State::Unreadable : State::Missing;
+}
+
+void PhotoPicture::showFailure(State failure)
 {
     cancelRendering();
     m_pixels = {};
-    if (!m_photo)
-        setState(State::Empty);
-    else if (m_photo->isFileLost() || !QFileInfo::exists(m_photo->fileRef()->path()))
-        setState(State::Missing);
-    else
-        setState(State::Unreadable);
+    setState(failure);
     prepareAhead();
 }
 

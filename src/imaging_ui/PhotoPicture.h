@@ -68,12 +68,13 @@ private:
     void showPreview();
     void openFile();
     void setImage(const Image &image);
-    void fileOpened(const OpenedPicture &picture, const QImage &embedded);
+    void fileOpened(const OpenedPicture &picture, const QImage &embedded, State failure);
     void cancelRendering();
     void renderSharp();
     void renderingFailed();
     void sharpArrived(const std::optional<QImage> &pixels);
-    void showFailure();
+    [[nodiscard]] static State failureOf(const QString &path);
+    void showFailure(State failure);
     void setState(State state);
     void prepareAhead();
     void wasPrepared(const PIPhoto &photo);
