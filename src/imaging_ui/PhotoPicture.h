@@ -52,6 +52,9 @@ public:
     /// The photo's picture is being made in advance at this moment.
     [[nodiscard]] bool isPreparing(const PIPhoto &photo) const { return m_ahead.isUnderWay(photo); }
 
+    /// That is done: the photo would be shown sharp at once.
+    [[nodiscard]] bool isPrepared(const PIPhoto &photo) const { return m_ahead.isPrepared(photo, m_room()); }
+
     [[nodiscard]] State state() const { return m_state; }
     /// Null while the file is being opened, and when it cannot be.
     [[nodiscard]] const Image &image() const { return m_image; }

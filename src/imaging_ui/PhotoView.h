@@ -29,6 +29,8 @@ public:
     void reload() { m_picture.reload(); }
 
     [[nodiscard]] State state() const { return m_picture.state(); }
+    /// Whether the photo would be shown sharp at once, because its picture was made in advance.
+    [[nodiscard]] bool isPrepared(const PIPhoto &photo) const { return m_picture.isPrepared(photo); }
     /// What is in sight is as sharp as it gets.
     [[nodiscard]] bool isSharp() const;
     /// Where the picture stands, also beyond the view when it is zoomed; empty when there is none.

@@ -44,6 +44,11 @@ public:
     [[nodiscard]] Image knownImage(const PIPhoto &photo) const;
     /// The photo was shown by this handle and may soon be wanted again.
     void hold(const PIPhoto &photo, const HeldPicture &picture);
+    /// The photo's picture, as it is shown fitted into the room, is in the pool.
+    [[nodiscard]] bool isPrepared(const PIPhoto &photo, const PictureRoom &room) const
+    {
+        return isMade(knownImage(photo), room);
+    }
     /// The picture is being made at this moment, of the photo as it is now: `Finished` will be called.
     [[nodiscard]] bool isUnderWay(const PIPhoto &photo) const;
     /// Photos whose pictures are being made or wait for it.

@@ -196,9 +196,9 @@ bool PILocatorManager::putDamagedListAside()
         return true;
     const QString name = UniqueFileName(m_folder, QStringLiteral("locators-damaged"), QStringLiteral("plist"));
     const QString aside = QVString::appendingPathComponent(m_folder, name);
-    if (!FileWriter::renameNoReplace(m_plistPath, aside))
+    if (!FileWriter::copyNoReplace(m_plistPath, aside) && !FileWriter::renameNoReplace(m_plistPath, aside))
         return false;
-    LogString("Moved the damaged locator GUID map to %@", aside);
+    LogString("Put the damaged locator GUID map aside as %@", aside);
     m_isListDamaged = false;
     return true;
 }

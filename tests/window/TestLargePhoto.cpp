@@ -96,12 +96,7 @@ private Q_SLOTS:
     void neighboursArePrepared()
     {
         Gallery gallery;
-        ImageCache &cache = gallery.library.imageCache();
-        PixelPool &pool = gallery.library.thumbnails().pixelPool();
-        const auto isPrepared = [&](int index) {
-            const Image image = gallery.photos.at(index)->knownImage(cache);
-            return !image.isNull() && !pool.find(PixelRequest{image, {64, 48}}.key()).isNull();
-        };
+        const auto isPrepared = [&](int index) { return gallery.view().isPrepared(*gallery.photos.at(index)); };
         gallery.trigger(Command::NextPhoto);
         QTRY_VERIFY(isPrepared(2) && isPrepared(3));
         gallery.trigger(Command::NextPhoto);
