@@ -1,0 +1,114 @@
+#include "PhotoMatcher.h"
+
+#include "KeywordVocabulary.h"
+#include "PIPhoto.h"
+#include "StringUtilities.h"
+
+#include <algorithm>
+
+namespace {
+
+/// Two blanks in a row make an empty one.
+QStringList wordsIn(const QString &text)
+{
+    QStringList words;
+    for (qsizetype begin = 0, end = 0; !text.isEmpty() && end <= text.size(); ++end) {
+        if (end < text.size() && !text.at(end).isSpace())
+            continue;
+        words << text.mid(begin, end - begin);
+        begin = end + 1;
+    }
+    return words;
+}
+
+/// An empty word is found nowhere.
+std::vector<QStringMatcher> matchersOf(const QStringList &words)
+{
+    std::vector<QStringMatcher> matchers;
+    for (const QString &word : words) {
+        if (!word.isEmpty())
+            matchers.emplace_back(word, Qt::CaseInsensitive);
+    }
+    return matchers;
+}
+
+bool contains(QStringView text, const QStringMatcher &word)
+{
+    return word.indexIn(text) >= 0;
+}
+
+}
+
+PhotoMatcher::PhotoMatcher(const FindCriteria &criteria, const KeywordVocabulary &vocabulary)
+    : m_criteria(criteria)
+    , m_exact(matchersOf({criteria.exactString}))
+    , m_noneWords(matchersOf(wordsIn(criteria.noneWordString)))
+    , m_oneWords(matchersOf(wordsIn(criteria.oneWordString)))
+{
+    const QStringList allWords = wordsIn(criteria.allWordsString);
+    if (!allWords.contains(QString()))
+        m_allWords = matchersOf(allWords);
+    if (!criteria.searchKeywords)
+        return;
+    m_keywords.reserve(static_cast<std::size_t>(vocabulary.count()));
+    for (const QString &keyword : vocabulary.words())
+        m_keywords.push_back(hitsIn(keyword));
+}
+
+bool PhotoMatcher::containsAny(QStringView text, const Words &words)
+{
+    return std::any_of(words.cbegin(), words.cend(), [&](const QStringMatcher &word) { return contains(text, word); });
+}
+
+PhotoMatcher::KeywordHits PhotoMatcher::hitsIn(const QString &keyword) const
+{
+    KeywordHits hits{
+        containsAny(keyword, m_noneWords), containsAny(keyword, m_exact) || containsAny(keyword, m_oneWords), {}};
+    if (!containsAny(keyword, m_allWords))
+        return hits;
+    for (const QStringMatcher &word : m_allWords)
+        hits.allWords.push_back(contains(keyword, word));
+    return hits;
+}
+
+bool PhotoMatcher::matches(const PIPhoto &photo) const
+{
+    const QStringView caption = m_criteria.searchCaptions ? QStringView(photo.caption()) : QStringView();
+    const QString fileName = m_criteria.searchFileNames && photo.fileRef()
+                                 ? QVString::fileNameMinusExtension(photo.fileRef()->path())
+                                 : QString();
+    if (containsAny(caption, m_noneWords) || containsAny(fileName, m_noneWords))
+        return false;
+    const QList<quint64> keywords = m_criteria.searchKeywords ? photo.keywordIndexes() : QList<quint64>();
+    const auto excludes = [this](quint64 keyword) {
+        return keyword < m_keywords.size() && m_keywords[keyword].excludes;
+    };
+    if (!m_noneWords.empty() && std::any_of(keywords.cbegin(), keywords.cend(), excludes))
+        return false;
+    return textMatches(caption) || textMatches(fileName) || keywordsMatch(keywords);
+}
+
+bool PhotoMatcher::textMatches(QStringView text) const
+{
+    if (text.isEmpty())
+        return false;
+    return containsAny(text, m_exact) || containsAny(text, m_oneWords) ||
+           (!m_allWords.empty() && std::all_of(m_allWords.cbegin(), m_allWords.cend(),
+                                               [&](const QStringMatcher &word) { return contains(text, word); }));
+}
+
+/// Unlike in texts, words that must all occur may be spread over several keywords.
+bool PhotoMatcher::keywordsMatch(const QList<quint64> &keywords) const
+{
+    std::vector<bool> found(m_allWords.size(), false);
+    for (const quint64 keyword : keywords) {
+        if (keyword >= m_keywords.size())
+            continue;
+        const KeywordHits &hits = m_keywords[keyword];
+        if (hits.matches)
+            return true;
+        for (std::size_t word = 0; word < hits.allWords.size(); ++word)
+            found[word] = found[word] || hits.allWords[word];
+    }
+    return !found.empty() && std::all_of(found.cbegin(), found.cend(), [](bool isFound) { return isFound; });
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "FindCriteria.h"
+
+#include <QList>
+#include <QStringMatcher>
+
+#include <vector>
+
+class KeywordVocabulary;
+class PIPhoto;
+
+/// Tells which photos a search is for. What the criteria make of each keyword is worked out once, so that a photo costs
+/// little. Good as long as the vocabulary stays as it is.
+class PhotoMatcher
+{
+public:
+    PhotoMatcher(const FindCriteria &criteria, const KeywordVocabulary &vocabulary);
+
+    [[nodiscard]] bool matches(const PIPhoto &photo) const;
+
+private:
+    using Words = std::vector<QStringMatcher>;
+    /// What a keyword of the vocabulary contains.
+    struct KeywordHits
+    {
+        bool excludes = false;
+        bool matches = false;       ///< the exact text or one of the words
+        std::vector<bool> allWords; ///< which of them; empty when none
+    };
+
+    [[nodiscard]] static bool containsAny(QStringView text, const Words &words);
+    [[nodiscard]] bool textMatches(QStringView text) const;
+    [[nodiscard]] bool keywordsMatch(const QList<quint64> &keywords) const;
+    [[nodiscard]] KeywordHits hitsIn(const QString &keyword) const;
+
+    FindCriteria m_criteria;
+    Words m_allWords; ///< empty also when one of them is found nowhere
+    Words m_exact;
+    Words m_noneWords;
+    Words m_oneWords;
+    std::vector<KeywordHits> m_keywords; ///< by position in the vocabulary
+};

@@ -1,0 +1,77 @@
+#include "PhotoWalk.h"
+
+#include "PIFolder.h"
+
+#include <algorithm>
+#include <utility>
+
+PhotoWalk::PhotoWalk(const Groups &groups)
+    : m_groups(groups)
+{
+    enterGroup();
+}
+
+PhotoWalk::PhotoWalk(const Groups &groups, const std::shared_ptr<PIFolder> &folder, qsizetype photo)
+    : m_groups(groups)
+    , m_photo(photo)
+{
+    std::shared_ptr<PIGroup> above = folder;
+    for (std::shared_ptr<PIFolder> at = folder; at;) {
+        above = at->parent();
+        if (!above)
+            break;
+        m_way.emplace_back(at, above->folders().indexOf(at));
+        at = above->asFolder() ? std::static_pointer_cast<PIFolder>(above) : nullptr;
+    }
+    std::reverse(m_way.begin(), m_way.end());
+    m_group = groups.indexOf(above);
+    if (m_group < 0)
+        m_way.clear();
+}
+
+/// The first folder of this group, or of the next that has any and holds no search results.
+void PhotoWalk::enterGroup()
+{
+    for (; m_group < m_groups.size(); ++m_group) {
+        const auto &folders = std::as_const(*m_groups.at(m_group)).folders();
+        if (m_groups.at(m_group)->groupType() == GroupType::Search || folders.isEmpty())
+            continue;
+        m_way.emplace_back(folders.first(), 0);
+        return;
+    }
+}
+
+void PhotoWalk::goOn()
+{
+    m_photo = 0;
+    const auto &subfolders = std::as_const(*m_way.back().first).folders();
+    if (!subfolders.isEmpty()) {
+        m_way.emplace_back(subfolders.first(), 0);
+        return;
+    }
+    while (!m_way.empty()) {
+        const qsizetype following = m_way.back().second + 1;
+        m_way.pop_back();
+        const PIGroup &above = m_way.empty() ? *m_groups.at(m_group) : *m_way.back().first;
+        if (following < above.folders().size()) {
+            m_way.emplace_back(above.folders().at(following), following);
+            return;
+        }
+    }
+    ++m_group;
+    enterGroup();
+}
+
+std::optional<PhotoWalk::Place> PhotoWalk::next(const std::function<bool(const PIPhoto &)> &isWanted)
+{
+    while (!m_way.empty()) {
+        const std::shared_ptr<PIFolder> &folder = m_way.back().first;
+        const PIGroup::PhotoList &photos = std::as_const(*folder).photos();
+        for (; m_photo < photos.size(); ++m_photo) {
+            if (isWanted(*photos.at(m_photo)))
+                return Place{folder, m_photo++};
+        }
+        goOn();
+    }
+    return {};
+}
