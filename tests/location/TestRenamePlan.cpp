@@ -1,0 +1,123 @@
+#include "RenamePlan.h"
+#include "TestRunner.h"
+
+#include <QTest>
+
+using Style = RenameSettings::Style;
+
+namespace {
+
+/// Told as "old > new", an exclamation mark before what clashes; files that stay are left out.
+QString told(const RenamePlan &plan)
+{
+    QStringList lines;
+    for (const RenamePlan::Step &step : plan.steps()) {
+        if (!step.newPath.isEmpty())
+            lines << QString((step.clashes ? QStringLiteral("!") : QString()) + step.oldPath.section(u'/', -1) +
+                             QStringLiteral(" > ") + step.newPath.section(u'/', -1));
+    }
+    return lines.join(QStringLiteral(", "));
+}
+
+}
+
+/// What many files are going to be named.
+class TestRenamePlan : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void filesGetTheirNames_data()
+    {
+        QTest::addColumn<QStringList>("folder"); ///< all names in it
+        QTest::addColumn<QStringList>("files");  ///< those to be renamed
+        QTest::addColumn<std::function<void(RenameSettings &)>>("change");
+        QTest::addColumn<QString>("plan");
+        using Change = std::function<void(RenameSettings &)>;
+        const auto row = [](const char *name, const char *folder, const char *files, const Change &change,
+                            const char *plan) {
+            QTest::newRow(name) << QString::fromUtf8(folder).split(u' ') << QString::fromUtf8(files).split(u' ')
+                                << change << QString::fromUtf8(plan);
+        };
+        const auto prefixes = [](const char *from, const char *to) {
+            return [=](RenameSettings &settings) {
+                settings.oldPrefix = QString::fromUtf8(from);
+                settings.newPrefix = QString::fromUtf8(to);
+            };
+        };
+        const auto renumber = [](qint64 from) {
+            return [=](RenameSettings &settings) {
+                settings.style = Style::Renumber;
+                settings.renumberFrom = from;
+            };
+        };
+        const auto extension = [](const char *text) {
+            return [=](RenameSettings &settings) {
+                settings.style = Style::Extension;
+                settings.extension = QString::fromUtf8(text);
+            };
+        };
+        const auto names = [](const char *prefix, std::optional<qint64> from = {}) {
+            return [=](RenameSettings &settings) {
+                settings.style = Style::NewNames;
+                settings.prefix = QString::fromUtf8(prefix);
+                settings.completeFrom = from;
+            };
+        };
+        row("a prefix is replaced where there is one", "IMG_1.jpg DSC_2.jpg", "IMG_1.jpg DSC_2.jpg",
+            prefixes("IMG", "Trip"), "IMG_1.jpg > Trip_1.jpg");
+        row("nobody has the prefix", "a.jpg", "a.jpg", prefixes("x", "y"), "");
+        row("only the case of a prefix changes", "img1.jpg", "img1.jpg", prefixes("img", "IMG"), "");
+        row("numbers go on after the largest", "IMG_0012.jpg IMG_0099.jpg IMG_0100.jpg", "IMG_0012.jpg IMG_0099.jpg",
+            renumber(1), "IMG_0012.jpg > IMG_0101.jpg, IMG_0099.jpg > IMG_0102.jpg");
+        row("numbers start where they are told", "a7.jpg b.png", "a7.jpg b.png", renumber(9999),
+            "a7.jpg > a9999.jpg, b.png > b10000.png");
+        row("a number too large to count", "a99999999999999999999.jpg", "a99999999999999999999.jpg", renumber(1),
+            "a99999999999999999999.jpg > a1000000000000000000.jpg");
+        row("new names", "a.jpg b.JPG", "a.jpg b.JPG", names("Trip"), "a.jpg > Trip0001.jpg, b.JPG > Trip0002.JPG");
+        row("new names after those there are", "a.jpg Trip0007.png Trip12x.jpg", "a.jpg", names("Trip", 3),
+            "a.jpg > Trip0008.jpg");
+        row("new names from a number on", "a.jpg Trip0007.png", "a.jpg", names("Trip", 50), "a.jpg > Trip0050.jpg");
+        row("another extension", "a.jpeg b.JPG c", "a.jpeg b.JPG c", extension("jpg"), "a.jpeg > a.jpg, c > c.jpg");
+        row("what is there clashes", "a.jpeg a.jpg b.jpeg", "a.jpeg b.jpeg", extension("jpg"),
+            "!a.jpeg > a.jpg, b.jpeg > b.jpg");
+        row("what has made room does not", "IMG1.jpg I1.jpg", "I1.jpg IMG1.jpg", prefixes("I", "J"),
+            "I1.jpg > J1.jpg, IMG1.jpg > JMG1.jpg");
+        row("two of one name", "a.jpeg a.tiff", "a.jpeg a.tiff", extension("jpg"), "a.jpeg > a.jpg, !a.tiff > a.jpg");
+        row("no name leads elsewhere", "a1.jpg a2.jpg", "a1.jpg a2.jpg", prefixes("a", "../b"),
+            "!a1.jpg > b1.jpg, !a2.jpg > b2.jpg");
+    }
+    void filesGetTheirNames()
+    {
+        QFETCH(QStringList, folder);
+        QFETCH(QStringList, files);
+        QFETCH(std::function<void(RenameSettings &)>, change);
+        RenameSettings settings;
+        change(settings);
+        QStringList paths;
+        for (const QString &file : files)
+            paths << QString(QStringLiteral("/p/") + file);
+        int listed = 0;
+        const RenamePlan plan(settings, paths, [&](const QString &path) {
+            ++listed;
+            return path == u"/p/" ? folder : QStringList();
+        });
+        QTEST(told(plan), "plan");
+        QVERIFY(listed <= 2);
+    }
+
+    void numbersCountInEveryFolder()
+    {
+        const auto listing = [](const QString &folder) {
+            return folder == u"/a/" ? QStringList{QStringLiteral("x 9.jpg")} : QStringList{QStringLiteral("x 0020")};
+        };
+        const QStringList paths{QStringLiteral("/a/x 9.jpg"), QStringLiteral("/b/y.jpg")};
+        QCOMPARE(smallestUniqueNumberForPrefix(QStringLiteral("x "), paths, listing), 21);
+        QCOMPARE(smallestUniqueNumberForPrefix({}, paths, listing), 10);
+        QCOMPARE(fileNumberFromName(QStringLiteral("a1234"), 3).number, 34);
+        QCOMPARE(fileNumberFromName(QStringLiteral("12"), 5).digitCount, 0);
+    }
+};
+
+REGISTER_TEST(TestRenamePlan)
+#include "TestRenamePlan.moc"
