@@ -3,7 +3,6 @@
 #include "FileNotifications.h"
 #include "LibraryEditor.h"
 #include "LibraryView.h"
-#include "MakeProgressDialog.h"
 #include "PIFolder.h"
 #include "PhotoLibrary.h"
 
@@ -71,8 +70,5 @@ void DateSort::stop()
 {
     m_undated.clear();
     m_folder.reset();
-    if (!m_progress)
-        return;
-    m_progress->hide();
-    m_progress.release()->deleteLater(); // it may be what called
+    m_progress.reset();
 }

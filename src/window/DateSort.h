@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MakeProgressDialog.h"
 #include "NotificationCenter.h"
 
 #include <QObject>
@@ -11,7 +12,6 @@
 class LibraryEditor;
 class PIFileRef;
 class PIFolder;
-class QProgressDialog;
 class QWidget;
 
 /// Sorting by date, for which the dates of all files must be known. Those that are not are read in the background
@@ -39,6 +39,6 @@ private:
     std::weak_ptr<PIFolder> m_folder;
     QSet<const PIFileRef *> m_undated; ///< not answered yet; references stay
     qsizetype m_total = 0;
-    std::unique_ptr<QProgressDialog> m_progress;
+    ProgressDialogPointer m_progress;
     NotificationCenter::Observer m_factsObserver;
 };

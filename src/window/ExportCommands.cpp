@@ -9,7 +9,6 @@
 #include "LibraryNotifications.h"
 #include "LogString.h"
 #include "MailProgram.h"
-#include "MakeProgressDialog.h"
 #include "PISaveFormatViewController.h"
 #include "PhotoEdits.h"
 #include "PhotoLibrary.h"
@@ -149,7 +148,7 @@ void ExportCommands::start(const ExportOrder &order)
 
 void ExportCommands::exportFinished(const ExportOutcome &outcome)
 {
-    m_progress.reset();                // at once: it could still come up, over an alert
+    m_progress.reset();                // first: it could still come up, over an alert
     m_export.release()->deleteLater(); // the sender
     const int failures = static_cast<int>(outcome.failures.size());
     if (m_isClosing && failures > 0)

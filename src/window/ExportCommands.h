@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DispatchQueue.h"
+#include "MakeProgressDialog.h"
 #include "PIGroup.h"
 #include "PhotoExport.h"
 
@@ -11,7 +12,6 @@
 class ExportDialog;
 class LibraryActions;
 class LibraryEditor;
-class QProgressDialog;
 class QWidget;
 class UserDefaults;
 
@@ -45,7 +45,7 @@ private:
     UserDefaults &m_defaults;
     QWidget &m_window;
     std::unique_ptr<PhotoExport> m_export;
-    std::unique_ptr<QProgressDialog> m_progress;
+    ProgressDialogPointer m_progress;
     bool m_isClosing = false;
     DispatchQueue m_files; ///< for the size of a photo and for old copies. Last: its blocks end first
 };

@@ -5,7 +5,6 @@
 #include "ImportRunner.h"
 #include "InBackground.h"
 #include "LibraryEditor.h"
-#include "MakeProgressDialog.h"
 #include "MovedFilesRun.h"
 #include "PIFolder.h"
 #include "PIOrphanDialog.h"
@@ -76,10 +75,7 @@ void Housekeeping::findOrphansCore(const QString &folder)
 void Housekeeping::stopSearch()
 {
     m_progressTimer.stop();
-    if (m_progress) {
-        m_progress->hide();
-        m_progress.release()->deleteLater(); // it may be what called
-    }
+    m_progress.reset();
     if (m_search)
         std::exchange(m_search, {})->stop.request_stop();
 }

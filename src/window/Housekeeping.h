@@ -2,6 +2,7 @@
 
 #include "DispatchQueue.h"
 #include "FileCommands.h"
+#include "MakeProgressDialog.h"
 #include "OrphanList.h"
 
 #include <QObject>
@@ -12,7 +13,6 @@
 
 class ImportRunner;
 class LibraryEditor;
-class QProgressDialog;
 class QWidget;
 
 /// The window's commands around files: looking for image files that the library does not know, and emptying the folder
@@ -47,7 +47,7 @@ private:
     ImportRunner &m_importRunner;
     QWidget &m_window;
     std::shared_ptr<Search> m_search; ///< null: none runs
-    std::unique_ptr<QProgressDialog> m_progress;
+    ProgressDialogPointer m_progress;
     QTimer m_progressTimer;
     DispatchQueue m_worker; ///< last: its blocks end first
 };

@@ -1,7 +1,6 @@
 #include "ImportRunner.h"
 
 #include "GiveAlert.h"
-#include "MakeProgressDialog.h"
 #include "TextForPeople.h"
 
 #include <QProgressDialog>

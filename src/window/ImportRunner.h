@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DispatchQueue.h"
+#include "MakeProgressDialog.h"
 #include "PhotoImport.h"
 
 #include <QObject>
@@ -8,7 +9,6 @@
 #include <deque>
 #include <memory>
 
-class QProgressDialog;
 class QWidget;
 
 /// Runs imports one after the other, with a progress dialog for those that take longer than a moment, and tells of
@@ -49,5 +49,5 @@ private:
     std::deque<Job> m_waiting;
     std::deque<Job> m_dropped; ///< wait for the running one, to be told of after it
     std::unique_ptr<PhotoImport> m_import;
-    std::unique_ptr<QProgressDialog> m_progress;
+    ProgressDialogPointer m_progress;
 };

@@ -8,9 +8,15 @@ constexpr int kProgressDelayMilliseconds = 500;
 
 }
 
-std::unique_ptr<QProgressDialog> makeProgressDialog(const QString &title, const QString &text, QWidget &window)
+void ProgressDialogEnd::operator()(QProgressDialog *dialog) const
 {
-    auto dialog = std::make_unique<QProgressDialog>(&window);
+    dialog->hide();
+    dialog->deleteLater();
+}
+
+ProgressDialogPointer makeProgressDialog(const QString &title, const QString &text, QWidget &window)
+{
+    ProgressDialogPointer dialog(new QProgressDialog(&window));
     dialog->setWindowTitle(title);
     dialog->setLabelText(text);
     dialog->setMinimumDuration(kProgressDelayMilliseconds);

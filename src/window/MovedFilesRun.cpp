@@ -1,6 +1,5 @@
 #include "MovedFilesRun.h"
 
-#include "MakeProgressDialog.h"
 #include "PhotoLibrary.h"
 
 #include <QProgressDialog>
@@ -65,8 +64,8 @@ void MovedFilesRun::take(const QList<FileCommands::MovedFile> &ready, qsizetype 
 void MovedFilesRun::end(bool isCancelled)
 {
     m_stop.request_stop();
-    m_progress->hide();
-    deleteLater(); // the dialog with it, which may be what called
+    m_progress.reset();
+    deleteLater(); // the dialog may be what called
     if (const Ended ended = std::exchange(m_ended, {}))
         ended({m_taken, m_total - m_taken, isCancelled});
 }

@@ -3,6 +3,7 @@
 #include "DispatchQueue.h"
 #include "FileCommands.h"
 #include "MainThreadLink.h"
+#include "MakeProgressDialog.h"
 
 #include <QObject>
 
@@ -10,7 +11,6 @@
 #include <memory>
 #include <stop_token>
 
-class QProgressDialog;
 class QWidget;
 
 /// Gives missing files the places where they may be now: those are looked at on another thread, with progress and a way
@@ -45,6 +45,6 @@ private:
     qsizetype m_taken = 0;
     Ended m_ended; ///< null: that was told
     std::stop_source m_stop;
-    std::unique_ptr<QProgressDialog> m_progress;
+    ProgressDialogPointer m_progress;
     MainThreadLink<MovedFilesRun> m_link{*this};
 };

@@ -5,7 +5,6 @@
 #include "LibraryEditor.h"
 #include "LibraryNotifications.h"
 #include "LibraryView.h"
-#include "MakeProgressDialog.h"
 #include "PhotoEdits.h"
 #include "PhotoLibrary.h"
 #include "PrintSheet.h"
@@ -88,8 +87,7 @@ void PrintCommands::cancel()
 
 void PrintCommands::printOperationFinished(const PrintRun::Outcome &outcome)
 {
-    m_progress->hide();
-    m_progress.release()->deleteLater();
+    m_progress.reset();
     m_run.release()->deleteLater(); // the sender
     if (!outcome.isPrinted && !outcome.isCancelled)
         GiveAlert(tr("Printing failed."), outcome.reason.isEmpty()

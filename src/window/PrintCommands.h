@@ -1,5 +1,6 @@
 #pragma once
 
+#include "MakeProgressDialog.h"
 #include "PIGroup.h"
 #include "PrintRun.h"
 
@@ -9,7 +10,6 @@
 
 class LibraryActions;
 class LibraryEditor;
-class QProgressDialog;
 class QWidget;
 class UserDefaults;
 
@@ -38,5 +38,5 @@ private:
     UserDefaults &m_defaults;
     QWidget &m_window;
     std::unique_ptr<PrintRun> m_run;
-    std::unique_ptr<QProgressDialog> m_progress;
+    ProgressDialogPointer m_progress;
 };
