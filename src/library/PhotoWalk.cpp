@@ -11,12 +11,16 @@ PhotoWalk::PhotoWalk(const Groups &groups)
     enterGroup();
 }
 
-PhotoWalk::PhotoWalk(const Groups &groups, const std::shared_ptr<PIFolder> &folder, qsizetype photo)
+PhotoWalk::PhotoWalk(const Groups &groups, const Place &start)
     : m_groups(groups)
-    , m_photo(photo)
+    , m_photo(start.photo)
 {
-    std::shared_ptr<PIGroup> above = folder;
-    for (std::shared_ptr<PIFolder> at = folder; at;) {
+    if (!start.folder) {
+        enterGroup();
+        return;
+    }
+    std::shared_ptr<PIGroup> above = start.folder;
+    for (std::shared_ptr<PIFolder> at = start.folder; at;) {
         above = at->parent();
         if (!above)
             break;
@@ -52,6 +56,8 @@ void PhotoWalk::goOn()
     while (!m_way.empty()) {
         const qsizetype following = m_way.back().second + 1;
         m_way.pop_back();
+        if (m_way.empty() && m_group >= m_groups.size())
+            return;
         const PIGroup &above = m_way.empty() ? *m_groups.at(m_group) : *m_way.back().first;
         if (following < above.folders().size()) {
             m_way.emplace_back(above.folders().at(following), following);
@@ -67,11 +73,16 @@ std::optional<PhotoWalk::Place> PhotoWalk::next(const std::function<bool(const P
     while (!m_way.empty()) {
         const std::shared_ptr<PIFolder> &folder = m_way.back().first;
         const PIGroup::PhotoList &photos = std::as_const(*folder).photos();
-        for (; m_photo < photos.size(); ++m_photo) {
+        const bool isLast = m_end && m_end->folder == folder;
+        const qsizetype end = isLast ? std::min(m_end->photo, photos.size()) : photos.size();
+        for (; m_photo < end; ++m_photo) {
             if (isWanted(*photos.at(m_photo)))
                 return Place{folder, m_photo++};
         }
-        goOn();
+        if (isLast)
+            m_way.clear();
+        else
+            goOn();
     }
     return {};
 }

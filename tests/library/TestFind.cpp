@@ -122,10 +122,10 @@ private Q_SLOTS:
             return text;
         };
         QCOMPARE(read(PhotoWalk(groups)), QStringLiteral("abcef"));
-        QCOMPARE(read(PhotoWalk(groups, upper, 1)), QStringLiteral("bcef"));
-        QCOMPARE(read(PhotoWalk(groups, lower, 0)), QStringLiteral("cef"));
-        QCOMPARE(read(PhotoWalk(groups, results, 1)), QStringLiteral("yf")); // what is on show is searched
-        QCOMPARE(read(PhotoWalk(groups, std::make_shared<PIFolder>(), 0)), QString());
+        QCOMPARE(read(PhotoWalk(groups, {upper, 1})), QStringLiteral("bcef"));
+        QCOMPARE(read(PhotoWalk(groups, {lower, 0})), QStringLiteral("cef"));
+        QCOMPARE(read(PhotoWalk(groups, {results, 1})), QStringLiteral("yf")); // what is on show is searched
+        QCOMPARE(read(PhotoWalk(groups, {std::make_shared<PIFolder>(), 0})), QString());
         groups.clear();
         QCOMPARE(read(PhotoWalk(groups)), QString());
     }
