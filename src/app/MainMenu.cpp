@@ -46,9 +46,26 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &cropSize
                  Command::ExportPhotos,  Command::EmailPhotos, std::nullopt,         Command::PageSetup,
                  Command::PrintSelected, Command::PrintFolder, std::nullopt,         Command::Quit});
     addCommands(*bar.addMenu(tr("&Edit")), actions,
-                {Command::Undo, Command::Redo, std::nullopt, Command::Cut, Command::Copy, Command::Paste,
-                 Command::Delete, std::nullopt, Command::SelectAll, Command::SelectMarked, Command::SelectUncropped,
-                 std::nullopt, Command::Rename, Command::MoveUp, Command::MoveDown});
+                {Command::Undo,
+                 Command::Redo,
+                 std::nullopt,
+                 Command::Cut,
+                 Command::Copy,
+                 Command::Paste,
+                 Command::Delete,
+                 std::nullopt,
+                 Command::SelectAll,
+                 Command::SelectMarked,
+                 Command::SelectUncropped,
+                 std::nullopt,
+                 Command::Find,
+                 Command::FindAgain,
+                 Command::FindPrevious,
+                 Command::QuickSearch,
+                 std::nullopt,
+                 Command::Rename,
+                 Command::MoveUp,
+                 Command::MoveDown});
     QMenu *photo = bar.addMenu(tr("&Photo"));
     addCommands(*photo, actions, {Command::ToggleMark, std::nullopt, Command::Crop});
     photo->addMenu(&cropSizes);

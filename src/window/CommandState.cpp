@@ -45,6 +45,8 @@ bool CommandState::isEnabled(EnabledWhen when) const
         return hasEffectSets;
     case EnabledWhen::CanPaste:
         return canPaste;
+    case EnabledWhen::CanFindAgain:
+        return canFindAgain;
     case EnabledWhen::FolderIsShown:
         return isFolderShown;
     case EnabledWhen::ItemCanBeRenamed:

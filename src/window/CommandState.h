@@ -19,6 +19,7 @@ struct CommandState
     bool isDirty = false;
     bool isImporting = false;
     bool canPaste = false;
+    bool canFindAgain = false;
     bool canUndo = false;
     bool canRedo = false;
     bool canGoBack = false;

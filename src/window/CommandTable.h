@@ -34,6 +34,10 @@ enum class Command {
     SelectAll,
     SelectMarked,
     SelectUncropped,
+    Find,
+    FindAgain,
+    FindPrevious,
+    QuickSearch,
     Rename,
     ToggleMark,
     ExtractFolder,
@@ -89,6 +93,7 @@ enum class EnabledWhen {
     PhotoHasEffects,  ///< the current one
     ThereAreEffectSets,
     CanPaste,
+    CanFindAgain,
     FolderIsShown,
     ItemCanBeRenamed,
     CanDelete,

@@ -34,6 +34,7 @@ PIDetailController::PIDetailController(LibraryEditor &editor, QVUndoManager &und
     , m_defaults(defaults)
     , m_openSections(defaults.dictionary(kDetailOpenKey))
     , m_photoSide(new QWidget)
+    , m_tools(new QHBoxLayout)
     , m_photoView(new PIImageView(editor))
     , m_view(new DetailPane(m_photoSide, makeSections(undo, catalogue), parent))
 {
@@ -41,6 +42,9 @@ PIDetailController::PIDetailController(LibraryEditor &editor, QVUndoManager &und
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(m_photoView, 1);
+    layout->addLayout(m_tools);
+    m_tools->setContentsMargins(6, 2, 6, 2);
+    m_tools->setSpacing(6);
     NotificationCenter &center = m_library.notifications();
     m_selectObserver =
         center.observe(kSelectNotification, [this](const NotificationObject &object) { photoWasSelected(object); });
@@ -96,12 +100,16 @@ void PIDetailController::addSection(const QString &layoutName, const QString &ti
 void PIDetailController::addStepControl(QAction &previous, QAction &next)
 {
     m_stepControl = new StepControl(previous, next);
-    m_photoSide->layout()->addWidget(m_stepControl);
-    m_photoSide->layout()->setAlignment(m_stepControl, Qt::AlignHCenter);
+    m_tools->insertWidget(0, m_stepControl);
     m_stepControl->setEnabled(canStep());
     connect(m_photoView, &PIImageView::stepWanted, this, [&previous, &next](StepDirection direction) {
         (direction == StepDirection::Next ? next : previous).trigger();
     });
+}
+
+void PIDetailController::addQuickSearch(QWidget &field)
+{
+    m_tools->addWidget(&field, 1);
 }
 
 void PIDetailController::photoWasSelected(const NotificationObject &object)

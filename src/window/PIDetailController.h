@@ -49,6 +49,8 @@ public:
     [[nodiscard]] PIDetailEffectVC &effectController() const { return *m_effectController; }
     /// Puts buttons for these commands under the photo, usable when there is another photo to go to.
     void addStepControl(QAction &previous, QAction &next);
+    /// Puts the field beside those buttons.
+    void addQuickSearch(QWidget &field);
 
 private:
     [[nodiscard]] QWidget *makeSections(QVUndoManager &undo, const FilterCatalogue &catalogue);
@@ -65,6 +67,7 @@ private:
     std::shared_ptr<PIPhoto> m_photo;
     QVariantMap m_openSections; ///< by layout name
     QWidget *m_photoSide;       ///< the photo and what belongs to it
+    QBoxLayout *m_tools;        ///< under the photo
     PIImageView *m_photoView;
     qint64 m_position = 0;                           ///< of the photo in the folder on show
     StepDirection m_direction = StepDirection::Next; ///< that led there

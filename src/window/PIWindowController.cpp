@@ -7,6 +7,7 @@
 #include "EffectSetMenu.h"
 #include "ExportCommands.h"
 #include "FileFinder.h"
+#include "FindCommands.h"
 #include "GiveAlert.h"
 #include "Housekeeping.h"
 #include "ImageFormat.h"
@@ -48,6 +49,7 @@
 namespace {
 
 constexpr int kUndoSteps = 50;
+constexpr int kToldMilliseconds = 8000;
 
 /// Opens what stands above the item. Whether it is open itself remains the user's choice.
 void openAncestors(const PIGroup &item)
@@ -93,6 +95,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_largePhotoCommands(new LargePhotoCommands(m_editor, *m_actions, *m_detailController, *m_window))
     , m_printCommands(new PrintCommands(m_editor, defaults, *m_actions, *m_window))
     , m_exportCommands(new ExportCommands(m_editor, defaults, *m_actions, *m_window))
+    , m_findCommands(new FindCommands(m_editor, defaults, *m_actions, *m_thumbnailView, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
 {
@@ -116,6 +119,7 @@ PIWindowController::~PIWindowController()
 void PIWindowController::buildPanes()
 {
     m_window->setCentralWidget(m_paneSplitter);
+    m_detailController->addQuickSearch(m_findCommands->quickSearchField());
     m_summary->setContentsMargins(0, 0, 6, 0); // clear of the screen's edge
     m_window->statusBar()->addPermanentWidget(m_summary);
     m_window->statusBar()->setSizeGripEnabled(false);
@@ -161,6 +165,13 @@ void PIWindowController::observe()
             [this](const QDropEvent &event, int before) { m_drops.dropOnGrid(event, before); });
     connect(m_window.get(), &LibraryWindow::filesDropped, this,
             [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
+    connect(m_findCommands, &FindCommands::changed, this, &PIWindowController::enableCommands);
+    connect(m_findCommands, &FindCommands::told, m_window->statusBar(),
+            [this](const QString &text) { m_window->statusBar()->showMessage(text, kToldMilliseconds); });
+    connect(m_findCommands, &FindCommands::quickSearchWanted, this, [this] {
+        showDetail();
+        m_findCommands->quickSearchField().setFocus(Qt::ShortcutFocusReason);
+    });
     connect(m_editCommands, &EditCommands::changed, this, &PIWindowController::enableCommands);
     connect(m_editCommands, &EditCommands::folderMade, this,
             [this](const std::shared_ptr<PIFolder> &folder) { m_outline->editName(folder); });
@@ -466,6 +477,7 @@ void PIWindowController::enableCommands()
     m_effectCommands->describe(state);
     m_cropCommands->describe(state);
     m_largePhotoCommands->describe(state);
+    m_findCommands->describe(state);
     state.isDirty = m_library.isDirty();
     state.isImporting = isImporting();
     state.canGoBack = m_history.canGoBack();

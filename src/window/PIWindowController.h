@@ -20,6 +20,7 @@ class CropCommands;
 class EditCommands;
 class EffectCommands;
 class ExportCommands;
+class FindCommands;
 class Housekeeping;
 class ImportRunner;
 class LibraryActions;
@@ -150,6 +151,7 @@ private:
     LargePhotoCommands *m_largePhotoCommands;
     PrintCommands *m_printCommands;
     ExportCommands *m_exportCommands;
+    FindCommands *m_findCommands;
     DropCommands m_drops;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;

@@ -8,7 +8,7 @@ StepControl::StepControl(QAction &previous, QAction &next, QWidget *parent)
     : QWidget(parent)
 {
     auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(0, 2, 0, 2);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     const auto addButton = [&](QAction &command, Qt::ArrowType arrow) {
         auto *button = new QToolButton(this);

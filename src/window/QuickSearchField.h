@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QLineEdit>
+
+class QActionGroup;
+class QMenu;
+
+/// A line in which to type what to find, with a menu at its front of how the words are meant.
+class QuickSearchField final : public QLineEdit
+{
+    Q_OBJECT
+
+public:
+    explicit QuickSearchField(QWidget *parent = nullptr);
+
+    /// How the text is meant. The numbers are stored; any other counts as Exact.
+    enum class Option { AllWords = 0, Exact = 1, OneWord = 2, NoneWords = 3 };
+    /// Marks it in the menu.
+    void showOption(Option option);
+    /// Tells that nothing was found, until the text changes.
+    void showNothingFound(bool isNothingFound);
+
+Q_SIGNALS:
+    void optionChosen(Option option);
+    /// Return was pressed.
+    void searchWanted();
+    /// Escape was pressed in the empty field.
+    void leaveWanted();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    QMenu *m_menu;
+    QActionGroup *m_options;
+};
