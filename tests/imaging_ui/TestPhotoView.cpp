@@ -37,6 +37,12 @@ struct Desk
         view.show();
         (void)QTest::qWaitForWindowExposed(&view);
     }
+    void showSharp(const std::shared_ptr<PIPhoto> &photo)
+    {
+        show();
+        view.setPhoto(photo);
+        QTRY_COMPARE(view.state(), State::Sharp);
+    }
     std::shared_ptr<PIPhoto> photo(const QString &name)
     {
         return std::make_shared<PIPhoto>(library.fileRefs().fileRefForPath(dir.filePath(name)));
@@ -153,9 +159,7 @@ private Q_SLOTS:
     {
         Desk desk;
         const auto photo = desk.stripes(QStringLiteral("a.png"), {300, 300}, kBlack, kWhite);
-        desk.show();
-        desk.view.setPhoto(photo);
-        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        desk.showSharp(photo);
         desk.view.resize(200, 260);
         QCOMPARE(desk.view.pictureRect(), QRectF(0, 30, 200, 200));
         desk.view.resize(600, 400);
@@ -168,9 +172,7 @@ private Q_SLOTS:
     {
         Desk desk;
         const auto photo = desk.stripes(QStringLiteral("a.png"), {400, 300}, 0xffff0000, 0xffff0000);
-        desk.show();
-        desk.view.setPhoto(photo);
-        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        desk.showSharp(photo);
         photo->setCropRect({0, 0, 100, 300});
         desk.library.thumbnails().updateForFilters(*photo);
         desk.view.reload();
@@ -209,9 +211,7 @@ private Q_SLOTS:
     {
         Desk desk;
         const QByteArray whole = CameraFile::jpeg(QColor(Qt::red), {800, 600});
-        desk.show();
-        desk.view.setPhoto(desk.file(QStringLiteral("whole.jpg"), whole));
-        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        desk.showSharp(desk.file(QStringLiteral("whole.jpg"), whole));
         const QImage sound = desk.view.grab().toImage();
         desk.view.setPhoto(desk.file(QStringLiteral("cut.jpg"), whole.left(whole.size() * 3 / 4)));
         QTRY_COMPARE(desk.view.state(), State::Sharp);
@@ -226,9 +226,7 @@ private Q_SLOTS:
     {
         Desk desk;
         const auto photo = desk.stripes(QStringLiteral("a.png"), {1600, 1200}, kBlack, kWhite);
-        desk.show();
-        desk.view.setPhoto(photo);
-        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        desk.showSharp(photo);
         QVERIFY(desk.view.isFitted() && std::abs(desk.grey(200) - 188) < 70);
         const auto turn = [&](int angle) {
             QWheelEvent event({250, 200}, desk.view.mapToGlobal(QPointF(250, 200)), {}, {0, angle}, Qt::NoButton,
@@ -253,9 +251,7 @@ private Q_SLOTS:
     {
         Desk desk;
         const auto photo = desk.stripes(QStringLiteral("a.png"), {1600, 1200}, kBlack, kWhite);
-        desk.show();
-        desk.view.setPhoto(photo);
-        QTRY_COMPARE(desk.view.state(), State::Sharp);
+        desk.showSharp(photo);
         const QPointF fitted = desk.view.pictureRect().topLeft();
         const auto key = [&](Qt::Key pressed) { QTest::keyClick(&desk.view, pressed); };
         key(Qt::Key_Right); // nothing to pan
