@@ -66,12 +66,12 @@ std::optional<LibraryPaths> prepareLibraryPaths(const LibraryPlace &place)
 
     QString cacheHome = paths.libraryFolder;
     if (!alternate) {
-        const auto caches = PathForUserFolder(StandardFolder::Caches);
-        if (!caches) {
+        const auto cache = applicationCacheFolder();
+        if (!cache) {
             LogString("Can't locate cache folder");
             return std::nullopt;
         }
-        cacheHome = join(*caches, kBundleIdentifier);
+        cacheHome = *cache;
     }
     paths.thumbnailFolder = join(cacheHome, "Thumbnails");
     if (!makeFolder(paths.thumbnailFolder))

@@ -36,10 +36,10 @@ QString withoutQuotes(QString text)
 /// Where the folders of copies are made: on a disk, as the folder for what is temporary is memory on many systems.
 QString placeOfCopies()
 {
-    const auto caches = standardFolderPath(StandardFolder::Caches);
-    if (!caches || withoutQuotes(*caches) != *caches)
+    const auto cache = applicationCacheFolder();
+    if (!cache || withoutQuotes(*cache) != *cache)
         return QDir::tempPath();
-    return *caches + QLatin1Char('/') + QLatin1String(kBundleIdentifier) + QStringLiteral("/Mail");
+    return *cache + QStringLiteral("/Mail");
 }
 
 /// A new folder for the copies of one size; nothing when it cannot be made.

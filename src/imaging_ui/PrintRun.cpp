@@ -1,5 +1,10 @@
 #include "PrintRun.h"
 
+#include "StandardFolders.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QSaveFile>
@@ -51,22 +56,45 @@ PrintRun::Outcome printToFile(const PrintJob &job, const PIPrintView &view, cons
     const bool isPainted = file.open(QSaveFile::WriteOnly) && paint(file, job, view, cancelled, progress, outcome);
     outcome.isCancelled = cancelled;
     outcome.isPrinted = isPainted && !outcome.isCancelled && file.commit();
-    if (!outcome.isPrinted)
+    if (file.error() != QFileDevice::NoError)
         outcome.reason = file.errorString();
     return outcome;
+}
+
+/// The document may be large, and the folder for temporary files is often in memory.
+QString placeForDocuments()
+{
+    const auto cache = applicationCacheFolder();
+    const QString place = cache.value_or(QString()) + QStringLiteral("/Print");
+    return cache && QDir().mkpath(place) ? place : QDir::tempPath();
+}
+
+/// Those of runs that did not come to their end.
+void removeOldDocuments(const QString &place)
+{
+    constexpr int days = 1;
+    if (place == QDir::tempPath())
+        return;
+    const QFileInfoList files = QDir(place).entryInfoList({QStringLiteral("*.pdf")}, QDir::Files | QDir::NoSymLinks);
+    for (const QFileInfo &file : files) {
+        if (file.lastModified().daysTo(QDateTime::currentDateTime()) >= days)
+            QFile::remove(file.filePath());
+    }
 }
 
 PrintRun::Outcome printOnPaper(const PrintJob &job, const PIPrintView &view, const std::atomic<bool> &cancelled,
                                const Progress &progress)
 {
     PrintRun::Outcome outcome;
-    QTemporaryFile file;
+    const QString place = placeForDocuments();
+    removeOldDocuments(place);
+    QTemporaryFile file(place + QStringLiteral("/XXXXXX.pdf"));
     const bool isPainted = file.open() && paint(file, job, view, cancelled, progress, outcome) && file.flush() &&
                            file.error() == QFileDevice::NoError;
     outcome.isCancelled = cancelled;
-    if (!isPainted)
+    if (file.error() != QFileDevice::NoError)
         outcome.reason = file.errorString();
-    else if (!outcome.isCancelled)
+    else if (isPainted && !outcome.isCancelled)
         outcome.isPrinted = spoolPdf(file.fileName(), job.ticket, cancelled, outcome.reason);
     outcome.isCancelled = cancelled && !outcome.isPrinted;
     return outcome;

@@ -1,10 +1,16 @@
 #include "PrintSpooler.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QProcess>
 #include <QStandardPaths>
 
 namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("PrintSpooler", text);
+}
 
 QStringList argumentsFor(const QString &path, const PrintTicket &ticket)
 {
@@ -41,7 +47,7 @@ bool spoolPdf(const QString &path, const PrintTicket &ticket, const std::atomic<
     constexpr int kTurn = 100;
     const QString program = QStandardPaths::findExecutable(QStringLiteral("lp"));
     if (program.isEmpty()) {
-        reason = QStringLiteral("There is no printing system: the command lp is missing");
+        reason = tr("There is no printing system: the command lp is missing");
         return false;
     }
     QProcess process;
@@ -54,7 +60,8 @@ bool spoolPdf(const QString &path, const PrintTicket &ticket, const std::atomic<
     if (process.state() != QProcess::NotRunning) {
         process.kill();
         process.waitForFinished();
-        reason = QStringLiteral("The printing system does not answer");
+        if (!cancelled)
+            reason = tr("The printing system does not answer");
         return false;
     }
     const bool isTaken = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0 &&

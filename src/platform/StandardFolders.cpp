@@ -57,3 +57,11 @@ std::optional<QString> standardFolderPath(StandardFolder folder)
         return QString(*data + QLatin1String("/Trash/files"));
     return {};
 }
+
+std::optional<QString> applicationCacheFolder()
+{
+    const auto caches = standardFolderPath(StandardFolder::Caches);
+    if (!caches)
+        return {};
+    return QString(*caches + QLatin1Char('/') + QLatin1String(kBundleIdentifier));
+}

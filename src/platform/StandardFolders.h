@@ -19,3 +19,6 @@ enum class StandardFolder { Caches = 13, ApplicationSupport = 14, Trash = 102 };
 
 /// Reverse domain name of this application; names its cache folder and its desktop entry.
 inline constexpr char kBundleIdentifier[] = "com.harrowmere.TamselPhoto";
+
+/// This application's own folder in the user's cache; it may not exist yet.
+[[nodiscard]] std::optional<QString> applicationCacheFolder();
