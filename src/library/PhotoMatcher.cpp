@@ -1,10 +1,12 @@
 #include "PhotoMatcher.h"
 
+#include "DynamicArray.h"
 #include "KeywordVocabulary.h"
 #include "PIPhoto.h"
 #include "StringUtilities.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -53,6 +55,8 @@ PhotoMatcher::PhotoMatcher(const FindCriteria &criteria, const KeywordVocabulary
     m_keywords.reserve(static_cast<std::size_t>(vocabulary.count()));
     for (const QString &keyword : vocabulary.words())
         m_keywords.push_back(hitsIn(keyword));
+    if (std::none_of(m_keywords.cbegin(), m_keywords.cend(), std::mem_fn(&KeywordHits::matters)))
+        m_keywords.clear();
 }
 
 bool PhotoMatcher::containsAny(QStringView text, const Words &words)
@@ -74,18 +78,34 @@ PhotoMatcher::KeywordHits PhotoMatcher::hitsIn(const QString &keyword) const
 bool PhotoMatcher::matches(const PIPhoto &photo) const
 {
     const QStringView caption = m_criteria.searchCaptions ? QStringView(photo.caption()) : QStringView();
-    const QString fileName = m_criteria.searchFileNames && photo.fileRef()
-                                 ? QVString::fileNameMinusExtension(photo.fileRef()->path())
-                                 : QString();
-    if (containsAny(caption, m_noneWords) || containsAny(fileName, m_noneWords))
+    const QStringView fileName = m_criteria.searchFileNames && photo.fileRef()
+                                     ? QVString::fileNameMinusExtensionIn(photo.fileRef()->path())
+                                     : QStringView();
+    if (!m_noneWords.empty() &&
+        (containsAny(caption, m_noneWords) || containsAny(fileName, m_noneWords) || isExcluded(photo)))
         return false;
-    const QList<quint64> keywords = m_criteria.searchKeywords ? photo.keywordIndexes() : QList<quint64>();
-    const auto excludes = [this](quint64 keyword) {
-        return keyword < m_keywords.size() && m_keywords[keyword].excludes;
-    };
-    if (!m_noneWords.empty() && std::any_of(keywords.cbegin(), keywords.cend(), excludes))
-        return false;
-    return textMatches(caption) || textMatches(fileName) || keywordsMatch(keywords);
+    return textMatches(caption) || textMatches(fileName) || keywordsMatch(photo);
+}
+
+/// Null beyond the last of the photo's keywords. A number that stands for no keyword has none.
+const PhotoMatcher::KeywordHits *PhotoMatcher::hitsAt(const PIPhoto &photo, std::uint32_t place) const
+{
+    static const KeywordHits nothing;
+    const DynamicArray *keywords = m_keywords.empty() ? nullptr : photo.keywords();
+    if (!keywords || place >= keywords->count)
+        return nullptr;
+    quint64 keyword = 0;
+    FetchDynamicArrayEntry(keywords, place, &keyword);
+    return keyword < m_keywords.size() ? &m_keywords[keyword] : &nothing;
+}
+
+bool PhotoMatcher::isExcluded(const PIPhoto &photo) const
+{
+    for (std::uint32_t place = 0; const KeywordHits *hits = hitsAt(photo, place); ++place) {
+        if (hits->excludes)
+            return true;
+    }
+    return false;
 }
 
 bool PhotoMatcher::textMatches(QStringView text) const
@@ -98,17 +118,14 @@ bool PhotoMatcher::textMatches(QStringView text) const
 }
 
 /// Unlike in texts, words that must all occur may be spread over several keywords.
-bool PhotoMatcher::keywordsMatch(const QList<quint64> &keywords) const
+bool PhotoMatcher::keywordsMatch(const PIPhoto &photo) const
 {
     std::vector<bool> found(m_allWords.size(), false);
-    for (const quint64 keyword : keywords) {
-        if (keyword >= m_keywords.size())
-            continue;
-        const KeywordHits &hits = m_keywords[keyword];
-        if (hits.matches)
+    for (std::uint32_t place = 0; const KeywordHits *hits = hitsAt(photo, place); ++place) {
+        if (hits->matches)
             return true;
-        for (std::size_t word = 0; word < hits.allWords.size(); ++word)
-            found[word] = found[word] || hits.allWords[word];
+        for (std::size_t word = 0; word < hits->allWords.size(); ++word)
+            found[word] = found[word] || hits->allWords[word];
     }
     return !found.empty() && std::all_of(found.cbegin(), found.cend(), [](bool isFound) { return isFound; });
 }

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QStringMatcher>
 
+#include <cstdint>
 #include <vector>
 
 class KeywordVocabulary;
@@ -27,11 +28,14 @@ private:
         bool excludes = false;
         bool matches = false;       ///< the exact text or one of the words
         std::vector<bool> allWords; ///< which of them; empty when none
+        [[nodiscard]] bool matters() const { return excludes || matches || !allWords.empty(); }
     };
 
     [[nodiscard]] static bool containsAny(QStringView text, const Words &words);
     [[nodiscard]] bool textMatches(QStringView text) const;
-    [[nodiscard]] bool keywordsMatch(const QList<quint64> &keywords) const;
+    [[nodiscard]] bool isExcluded(const PIPhoto &photo) const;
+    [[nodiscard]] bool keywordsMatch(const PIPhoto &photo) const;
+    [[nodiscard]] const KeywordHits *hitsAt(const PIPhoto &photo, std::uint32_t place) const;
     [[nodiscard]] KeywordHits hitsIn(const QString &keyword) const;
 
     FindCriteria m_criteria;
@@ -39,5 +43,5 @@ private:
     Words m_exact;
     Words m_noneWords;
     Words m_oneWords;
-    std::vector<KeywordHits> m_keywords; ///< by position in the vocabulary
+    std::vector<KeywordHits> m_keywords; ///< by position in the vocabulary; empty when none matters
 };

@@ -28,21 +28,26 @@ QString expandTilde(const QString &path)
 namespace {
 
 /// Without slashes at the end, except for the one that is the root folder.
-QString withoutTrailingSlashes(QString path)
+QStringView withoutTrailingSlashes(QStringView path)
 {
     while (path.size() > 1 && path.endsWith(QLatin1Char('/')))
         path.chop(1);
     return path;
 }
+QString withoutTrailingSlashes(QString path)
+{
+    path.truncate(withoutTrailingSlashes(QStringView(path)).size());
+    return path;
+}
 
 /// Where the last component begins in a path without trailing slashes.
-qsizetype componentStart(const QString &path)
+qsizetype componentStart(QStringView path)
 {
     return path == QLatin1String("/") ? 0 : path.lastIndexOf(QLatin1Char('/')) + 1;
 }
 
 /// The position of the dot before the extension; -1 without an extension.
-qsizetype extensionDot(const QString &path)
+qsizetype extensionDot(QStringView path)
 {
     const qsizetype dot = path.lastIndexOf(QLatin1Char('.'));
     return dot > componentStart(path) && dot + 1 < path.size() ? dot : -1;
@@ -99,7 +104,15 @@ QString pathExtension(const QString &path)
 
 QString fileNameMinusExtension(const QString &path)
 {
-    return deletingPathExtension(lastPathComponent(path));
+    return fileNameMinusExtensionIn(path).toString();
+}
+
+QStringView fileNameMinusExtensionIn(QStringView path)
+{
+    path = withoutTrailingSlashes(path);
+    const QStringView name = path.mid(componentStart(path));
+    const qsizetype dot = extensionDot(name);
+    return dot < 0 ? name : name.left(dot);
 }
 
 QString stringByAppendingFile(const QString &path, const QString &name, const QString &andExtension)

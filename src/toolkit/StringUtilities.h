@@ -32,6 +32,8 @@ enum class Punctuation { Keep, Strip };
 /// Without the dot; empty for "a", "a." and ".hidden".
 [[nodiscard]] QString pathExtension(const QString &path);
 [[nodiscard]] QString fileNameMinusExtension(const QString &path);
+/// The same as a part of the path.
+[[nodiscard]] QStringView fileNameMinusExtensionIn(QStringView path);
 [[nodiscard]] QString stringByAppendingFile(const QString &path, const QString &name, const QString &andExtension);
 [[nodiscard]] QString stringByReplacingExtension(const QString &path, const QString &extension);
 [[nodiscard]] QString stringByReplacingFile(const QString &path, const QString &name, const QString &andExtension);
