@@ -1,17 +1,62 @@
 #include "LibraryWindow.h"
 
 #include "DragData.h"
+#include "PIFolder.h"
+#include "PIPhoto.h"
+#include "StringUtilities.h"
+#include "TextForPeople.h"
+#include "WindowTitle.h"
 
 #include <QCloseEvent>
 #include <QDropEvent>
+#include <QLabel>
+#include <QStatusBar>
 
 #include <utility>
 
+namespace {
+
+constexpr int kToldMilliseconds = 8000;
+
+}
+
 LibraryWindow::LibraryWindow(QWidget *parent)
     : QMainWindow(parent)
+    , m_summary(new QLabel(this))
 {
     setAcceptDrops(true);
     setObjectName(QStringLiteral("LibraryWindow"));
+    setMinimumSize(700, 420);
+    m_summary->setContentsMargins(0, 0, 6, 0); // clear of the screen's edge
+    statusBar()->addPermanentWidget(m_summary);
+    statusBar()->setSizeGripEnabled(false);
+}
+
+void LibraryWindow::showTitle(const PIFolder *folder, const PIPhoto *photo)
+{
+    QString title = tr("Photo");
+    if (folder && photo && photo->fileRef())
+        title =
+            tr("Photo — %1 — %2")
+                .arg(titlePart(folder->name()), titlePart(QVString::fileNameMinusExtension(photo->fileRef()->path())));
+    setWindowTitle(title + QStringLiteral("[*]"));
+}
+
+void LibraryWindow::showSummary(const PIFolder *folder, qint64 selected)
+{
+    if (!folder) {
+        m_summary->clear();
+        return;
+    }
+    QString text = CountText(folder->photos().size(), tr("%n photo"), tr("%n photos"));
+    if (selected > 1)
+        text = tr("%1, %n selected", nullptr, static_cast<int>(selected)).arg(text);
+    m_summary->setText(text);
+}
+
+void LibraryWindow::tell(const QString &text)
+{
+    statusBar()->showMessage(text, kToldMilliseconds);
 }
 
 void LibraryWindow::changeEvent(QEvent *event)

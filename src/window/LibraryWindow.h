@@ -4,7 +4,12 @@
 
 #include <functional>
 
-/// The library window's frame: closing asks first, and dropped files are handed on.
+class PIFolder;
+class PIPhoto;
+class QLabel;
+
+/// The library window's frame: its title and status bar tell what is shown, closing asks first, and dropped files are
+/// handed on.
 class LibraryWindow final : public QMainWindow
 {
     Q_OBJECT
@@ -14,6 +19,13 @@ public:
 
     /// Asked when the window is about to close; it stays open when this answers false.
     void setShouldClose(std::function<bool()> shouldClose) { m_shouldClose = std::move(shouldClose); }
+
+    /// Titles the window for the current photo of the folder on show; either may be null.
+    void showTitle(const PIFolder *folder, const PIPhoto *photo);
+    /// Shows how many photos the folder has, and how many of them are selected; nothing for null.
+    void showSummary(const PIFolder *folder, qint64 selected);
+    /// Shows the text in the status bar for a while.
+    void tell(const QString &text);
 
 Q_SIGNALS:
     void filesDropped(const QStringList &paths);
@@ -35,4 +47,5 @@ private:
 
     std::function<bool()> m_shouldClose;
     bool m_wasLeft = false;
+    QLabel *m_summary;
 };

@@ -26,30 +26,25 @@
 #include "PhotoLibrary.h"
 #include "PrintCommands.h"
 #include "StringUtilities.h"
-#include "TextForPeople.h"
 #include "ThumbnailGridModel.h"
 #include "ThumbnailGridView.h"
 #include "UserDefaults.h"
 #include "UserPaths.h"
 #include "ViewCommands.h"
 #include "WindowPreferences.h"
-#include "WindowTitle.h"
 
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
 #include <QFileDialog>
 #include <QGuiApplication>
-#include <QLabel>
 #include <QLineEdit>
 #include <QScreen>
-#include <QStatusBar>
 #include <QTimer>
 
 namespace {
 
 constexpr int kUndoSteps = 50;
-constexpr int kToldMilliseconds = 8000;
 
 /// Opens what stands above the item. Whether it is open itself remains the user's choice.
 void openAncestors(const PIGroup &item)
@@ -84,7 +79,6 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_paneSplitter(new PaneSplitter(
           defaults, {new NavigatorPane(*m_outline, *m_actions), m_thumbnailView, m_detailController->view()},
           m_window.get()))
-    , m_summary(new QLabel(m_window.get()))
     , m_importRunner(new ImportRunner(m_editor, *m_window))
     , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
     , m_editCommands(new EditCommands(m_editor, m_undoManager, *m_actions,
@@ -120,10 +114,6 @@ void PIWindowController::buildPanes()
 {
     m_window->setCentralWidget(m_paneSplitter);
     m_detailController->addQuickSearch(m_findCommands->quickSearchField());
-    m_summary->setContentsMargins(0, 0, 6, 0); // clear of the screen's edge
-    m_window->statusBar()->addPermanentWidget(m_summary);
-    m_window->statusBar()->setSizeGripEnabled(false);
-    m_window->setMinimumSize(700, 420);
     m_window->setShouldClose([this] { return windowShouldClose(); });
 }
 
@@ -166,8 +156,7 @@ void PIWindowController::observe()
     connect(m_window.get(), &LibraryWindow::filesDropped, this,
             [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
     connect(m_findCommands, &FindCommands::changed, this, &PIWindowController::enableCommands);
-    connect(m_findCommands, &FindCommands::told, m_window->statusBar(),
-            [this](const QString &text) { m_window->statusBar()->showMessage(text, kToldMilliseconds); });
+    connect(m_findCommands, &FindCommands::told, m_window.get(), &LibraryWindow::tell);
     connect(m_findCommands, &FindCommands::quickSearchWanted, this, [this] {
         showDetail();
         m_findCommands->quickSearchField().setFocus(Qt::ShortcutFocusReason);
@@ -460,14 +449,7 @@ void PIWindowController::navigateFolders(const std::shared_ptr<PIFolder> &target
 
 void PIWindowController::photoWasSelected()
 {
-    const auto &photo = m_detailController->photo();
-    const auto folder = shownFolder();
-    QString title = tr("Photo");
-    if (photo && folder && photo->fileRef())
-        title =
-            tr("Photo — %1 — %2")
-                .arg(titlePart(folder->name()), titlePart(QVString::fileNameMinusExtension(photo->fileRef()->path())));
-    m_window->setWindowTitle(title + QStringLiteral("[*]"));
+    m_window->showTitle(shownFolder().get(), m_detailController->photo().get());
 }
 
 void PIWindowController::enableCommands()
@@ -493,17 +475,7 @@ void PIWindowController::enableCommands()
 
 void PIWindowController::showSummary()
 {
-    const auto folder = shownFolder();
-    if (!folder) {
-        m_summary->clear();
-        return;
-    }
-    const int count = static_cast<int>(folder->photos().size());
-    const int selected = static_cast<int>(selectedIndexes().count());
-    QString text = CountText(count, tr("%n photo"), tr("%n photos"));
-    if (selected > 1)
-        text = tr("%1, %n selected", nullptr, selected).arg(text);
-    m_summary->setText(text);
+    m_window->showSummary(shownFolder().get(), selectedIndexes().count());
 }
 
 void PIWindowController::toggleDetail(bool shown)

@@ -31,7 +31,6 @@ class PIDetailController;
 class PIOutlineView;
 class PaneSplitter;
 class PrintCommands;
-class QLabel;
 class QMenu;
 class ThumbnailGridView;
 class UserDefaults;
@@ -142,7 +141,6 @@ private:
     ThumbnailGridView *m_thumbnailView;
     PIDetailController *m_detailController;
     PaneSplitter *m_paneSplitter;
-    QLabel *m_summary;
     ImportRunner *m_importRunner;
     Housekeeping *m_housekeeping;
     EditCommands *m_editCommands;
