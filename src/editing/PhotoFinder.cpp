@@ -20,13 +20,8 @@ PhotoFinder::Outcome PhotoFinder::findAgain()
 
 PhotoFinder::Outcome PhotoFinder::findPrevious()
 {
-    const auto folder = m_editor.view().shownFolder();
-    const auto group = PhotoLibrary::groupForFolder(folder);
-    PhotoWalk::Place first;
-    if (group && group->groupType() == GroupType::Search)
-        first.folder = group->folders().first();
-    PhotoWalk walk(m_editor.library().groups(), first);
-    if (folder)
+    PhotoWalk walk(m_editor.library().groups());
+    if (const auto folder = searchedFolder())
         walk.endBefore({folder, m_editor.view().selectedIndexes().first().value_or(0)});
     PhotoSearch before(m_criteria, m_editor.library(), std::move(walk));
     std::optional<PhotoWalk::Place> last;
@@ -38,9 +33,17 @@ PhotoFinder::Outcome PhotoFinder::findPrevious()
     return Outcome::Found;
 }
 
-PhotoWalk::Place PhotoFinder::startOf(FindCriteria::Start start) const
+/// The one on show; null when it holds results.
+std::shared_ptr<PIFolder> PhotoFinder::searchedFolder() const
 {
     const auto folder = m_editor.view().shownFolder();
+    const auto group = PhotoLibrary::groupForFolder(folder);
+    return group && group->groupType() != GroupType::Search ? folder : nullptr;
+}
+
+PhotoWalk::Place PhotoFinder::startOf(FindCriteria::Start start) const
+{
+    const auto folder = searchedFolder();
     if (start == FindCriteria::Start::Library || !folder)
         return {};
     const auto last = m_editor.view().selectedIndexes().last();
@@ -54,9 +57,17 @@ PhotoSearch PhotoFinder::search(const FindCriteria &criteria, const PhotoWalk::P
 
 void PhotoFinder::show(const PhotoWalk::Place &place)
 {
-    place.folder->enforceVisibility();
-    m_editor.view().resetList(place.folder);
+    if (place.folder != m_editor.view().shownFolder()) {
+        place.folder->enforceVisibility();
+        m_editor.view().resetList(place.folder);
+    }
     m_editor.view().selectIndexes(IndexSet::single(place.photo));
+}
+
+std::shared_ptr<PIFolder> PhotoFinder::folder(const QString &guid) const
+{
+    const auto found = m_editor.library().findContainerByGuid(guid);
+    return found && found->asFolder() ? std::static_pointer_cast<PIFolder>(found) : nullptr;
 }
 
 PhotoFinder::Outcome PhotoFinder::showNext(const PhotoWalk::Place &start)
@@ -75,7 +86,7 @@ PhotoFinder::Outcome PhotoFinder::storeAll()
     if (!results)
         return Outcome::Refused;
     PhotoSearch all = search(m_criteria, startOf(m_criteria.startOption));
-    PIGroup::PhotoList found; // the folder itself may be searched
+    PIGroup::PhotoList found;
     while (const auto match = all.next())
         found << match->folder->photos().at(match->photo)->copy();
     results->photos() = found;

@@ -28,13 +28,17 @@ public:
     /// Shows the last match before the selected photos.
     Outcome findPrevious();
 
-    /// Where a search begins now; without a folder it is the library's first photo.
+    /// Where a search begins now; without a folder it is the library's first photo, also when the folder on show holds
+    /// search results, which are never searched.
     [[nodiscard]] PhotoWalk::Place startOf(FindCriteria::Start start) const;
     [[nodiscard]] PhotoSearch search(const FindCriteria &criteria, const PhotoWalk::Place &start) const;
     /// Makes the folder visible and selects the photo alone.
     void show(const PhotoWalk::Place &place);
+    /// The library's folder of that guid; null when there is none any more.
+    [[nodiscard]] std::shared_ptr<PIFolder> folder(const QString &guid) const;
 
 private:
+    [[nodiscard]] std::shared_ptr<PIFolder> searchedFolder() const;
     Outcome showNext(const PhotoWalk::Place &start);
     Outcome storeAll();
 

@@ -13,6 +13,9 @@ struct FindCriteria
         Selection, ///< the photo after the selected ones
     };
 
+    /// Longer texts are not searched for while somebody waits.
+    static constexpr int kLongestText = 1000;
+
     QString allWordsString;  ///< every one of these words must occur
     QString exactString;     ///< this very text must occur
     QString noneWordString;  ///< none of these words may occur
@@ -24,6 +27,12 @@ struct FindCriteria
     bool valid = false; ///< a search was defined, which can be repeated
     Start startOption = Start::Library;
 
+    /// Only words that must not occur: these find nothing by themselves.
+    [[nodiscard]] bool onlyExcludes() const
+    {
+        return allWordsString.isEmpty() && exactString.isEmpty() && oneWordString.isEmpty() &&
+               !noneWordString.isEmpty();
+    }
     /// Whether there is something to look for, and somewhere to look.
     [[nodiscard]] bool canSearch() const
     {

@@ -29,9 +29,25 @@ std::vector<QStringMatcher> matchersOf(const QStringList &words)
     std::vector<QStringMatcher> matchers;
     for (const QString &word : words) {
         if (!word.isEmpty())
-            matchers.emplace_back(word, Qt::CaseInsensitive);
+            matchers.emplace_back(word.normalized(QString::NormalizationForm_C), Qt::CaseInsensitive);
     }
     return matchers;
+}
+
+bool mayCombine(QChar unit)
+{
+    const char16_t code = unit.unicode();
+    const auto isIn = [code](char16_t first, char16_t last) { return code >= first && code <= last; };
+    return code >= 0x300 && (isIn(0x300, 0x36f) || isIn(0x1100, 0x11ff) || isIn(0x3099, 0x309a) || unit.isMark());
+}
+
+/// The text with accents as parts of their letters; `buffer` holds it when it was another.
+QStringView composed(QStringView text, QString &buffer)
+{
+    if (std::none_of(text.cbegin(), text.cend(), mayCombine))
+        return text;
+    buffer = text.toString().normalized(QString::NormalizationForm_C);
+    return buffer;
 }
 
 bool contains(QStringView text, const QStringMatcher &word)
@@ -54,7 +70,7 @@ PhotoMatcher::PhotoMatcher(const FindCriteria &criteria, const KeywordVocabulary
         return;
     m_keywords.reserve(static_cast<std::size_t>(vocabulary.count()));
     for (const QString &keyword : vocabulary.words())
-        m_keywords.push_back(hitsIn(keyword));
+        m_keywords.push_back(hitsIn(keyword.normalized(QString::NormalizationForm_C)));
     if (std::none_of(m_keywords.cbegin(), m_keywords.cend(), std::mem_fn(&KeywordHits::matters)))
         m_keywords.clear();
 }
@@ -77,9 +93,10 @@ PhotoMatcher::KeywordHits PhotoMatcher::hitsIn(const QString &keyword) const
 
 bool PhotoMatcher::matches(const PIPhoto &photo) const
 {
-    const QStringView caption = m_criteria.searchCaptions ? QStringView(photo.caption()) : QStringView();
+    QString buffers[2];
+    const QStringView caption = m_criteria.searchCaptions ? composed(photo.caption(), buffers[0]) : QStringView();
     const QStringView fileName = m_criteria.searchFileNames && photo.fileRef()
-                                     ? QVString::fileNameMinusExtensionIn(photo.fileRef()->path())
+                                     ? composed(QVString::fileNameMinusExtensionIn(photo.fileRef()->path()), buffers[1])
                                      : QStringView();
     if (!m_noneWords.empty() &&
         (containsAny(caption, m_noneWords) || containsAny(fileName, m_noneWords) || isExcluded(photo)))

@@ -12,7 +12,8 @@ class KeywordVocabulary;
 class PIPhoto;
 
 /// Tells which photos a search is for. What the criteria make of each keyword is worked out once, so that a photo costs
-/// little. Good as long as the vocabulary stays as it is.
+/// little; a keyword that joins the vocabulary later counts for nothing. Letters are the same whether their accents are
+/// parts of them or characters of their own.
 class PhotoMatcher
 {
 public:

@@ -7,7 +7,7 @@ class PhotoLibrary;
 class QDeadlineTimer;
 
 /// A search through the library. It pauses when its time is up, so that the main thread can run it between other
-/// things; what changes in between is met as it then is.
+/// things; what changes in between may be met as it was or as it is.
 class PhotoSearch
 {
 public:

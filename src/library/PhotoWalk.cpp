@@ -22,15 +22,28 @@ PhotoWalk::PhotoWalk(const Groups &groups, const Place &start)
     std::shared_ptr<PIGroup> above = start.folder;
     for (std::shared_ptr<PIFolder> at = start.folder; at;) {
         above = at->parent();
-        if (!above)
-            break;
-        m_way.emplace_back(at, above->folders().indexOf(at));
+        const qsizetype place = above ? above->folders().indexOf(at) : -1;
+        if (place < 0) { // it is no longer there
+            m_way.clear();
+            return;
+        }
+        m_way.emplace_back(at, place);
         at = above->asFolder() ? std::static_pointer_cast<PIFolder>(above) : nullptr;
     }
     std::reverse(m_way.begin(), m_way.end());
     m_group = groups.indexOf(above);
     if (m_group < 0)
         m_way.clear();
+    else if (above->groupType() == GroupType::Search)
+        leaveGroup();
+}
+
+void PhotoWalk::leaveGroup()
+{
+    m_way.clear();
+    m_photo = 0;
+    ++m_group;
+    enterGroup();
 }
 
 /// The first folder of this group, or of the next that has any and holds no search results.
@@ -64,8 +77,7 @@ void PhotoWalk::goOn()
             return;
         }
     }
-    ++m_group;
-    enterGroup();
+    leaveGroup();
 }
 
 std::optional<PhotoWalk::Place> PhotoWalk::next(const std::function<bool(const PIPhoto &)> &isWanted)

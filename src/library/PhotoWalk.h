@@ -7,8 +7,8 @@
 #include <vector>
 
 /// Goes through a library's photos in the order in which people see them: a folder's photos, then its subfolders, then
-/// the folders after it, group after group. Groups of search results are passed over, unless it begins in one. When
-/// the tree changes meanwhile it goes on from where it is.
+/// the folders after it, group after group. Groups of search results are passed over. When the tree changes meanwhile
+/// it goes on from where it is.
 class PhotoWalk
 {
 public:
@@ -23,8 +23,11 @@ public:
 
     /// From the first photo on. The list outlives it.
     explicit PhotoWalk(const Groups &groups);
-    /// From that place in a folder of the groups on; without a folder from the first photo.
+    explicit PhotoWalk(Groups &&) = delete;
+    /// From that place in a folder on; without a folder from the first photo. Ends at once where the folder is not in
+    /// the groups.
     PhotoWalk(const Groups &groups, const Place &start);
+    PhotoWalk(Groups &&, const Place &) = delete;
 
     /// It ends there, without coming to that photo.
     void endBefore(const Place &place) { m_end = place; }
@@ -34,6 +37,7 @@ public:
 private:
     void goOn();
     void enterGroup();
+    void leaveGroup();
 
     const Groups &m_groups;
     qsizetype m_group = 0;

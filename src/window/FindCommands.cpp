@@ -3,42 +3,62 @@
 #include "CommandState.h"
 #include "GiveAlert.h"
 #include "LibraryActions.h"
-#include "LibraryEditor.h"
-#include "LibraryView.h"
+#include "PIDetailController.h"
 #include "PIFindDialog.h"
-#include "PIFolder.h"
-#include "SearchRun.h"
+#include "PIImageView.h"
 #include "TextForPeople.h"
+#include "TypedSearch.h"
 #include "UserDefaults.h"
 
 namespace {
 
 constexpr Preference<int> kQuickFindOption{"hmphoto.quickFindOption", 0};
 
+/// Who is still typing has not finished the next word.
+QString withoutTrailingBlanks(QString text)
+{
+    while (text.endsWith(u' '))
+        text.chop(1);
+    return text;
+}
+
 }
 
 FindCommands::FindCommands(LibraryEditor &editor, UserDefaults &defaults, LibraryActions &actions, QWidget &grid,
-                           QWidget &window)
+                           PIDetailController &detail, QWidget &window)
     : QObject(&window)
-    , m_editor(editor)
     , m_defaults(defaults)
     , m_grid(grid)
+    , m_detail(detail)
     , m_window(window)
     , m_finder(editor)
     , m_field(new QuickSearchField(&window))
-    , m_typed(new SearchRun(this))
+    , m_typed(new TypedSearch(m_finder, this))
 {
-    actions.bind(Command::Find, [this](bool) { find(); });
-    actions.bind(Command::FindAgain, [this](bool) { showOutcome(m_finder.findAgain()); });
-    actions.bind(Command::FindPrevious, [this](bool) { showOutcome(m_finder.findPrevious()); });
-    actions.bind(Command::QuickSearch, [this](bool) { Q_EMIT quickSearchWanted(); });
+    bind(actions);
+    detail.addQuickSearch(*m_field);
     m_field->showOption(option());
     connect(m_field, &QuickSearchField::optionChosen, this, &FindCommands::setSearchOption);
     connect(m_field, &QuickSearchField::searchWanted, this, [this] { quickSearch(m_field->text()); });
     connect(m_field, &QuickSearchField::leaveWanted, &grid, qOverload<>(&QWidget::setFocus));
+    connect(m_field, &QuickSearchField::left, m_typed, &TypedSearch::stop);
     connect(m_field, &QLineEdit::textChanged, this, &FindCommands::searchWhatIsTyped);
-    connect(m_typed, &SearchRun::foundFirst, this, &FindCommands::showTyped);
-    connect(m_typed, &SearchRun::ended, this, &FindCommands::tellTyped);
+    connect(m_typed, &TypedSearch::ended, this, &FindCommands::tellMatches);
+}
+
+void FindCommands::bind(LibraryActions &actions)
+{
+    actions.bind(Command::Find, [this](bool) {
+        connect(&PIFindDialog::performFindForWindow(m_finder, m_window), &QDialog::accepted, this,
+                &FindCommands::findSheetFinished);
+    });
+    actions.bind(Command::FindAgain, [this](bool) { showOutcome(m_finder.findAgain()); });
+    actions.bind(Command::FindPrevious, [this](bool) { showOutcome(m_finder.findPrevious()); });
+    actions.bind(Command::QuickSearch, [this](bool) {
+        Q_EMIT quickSearchWanted();
+        m_field->setFocus(Qt::ShortcutFocusReason);
+        m_field->selectAll();
+    });
 }
 
 void FindCommands::describe(CommandState &state) const
@@ -46,44 +66,32 @@ void FindCommands::describe(CommandState &state) const
     state.canFindAgain = m_finder.currentFindCriteria().valid;
 }
 
-void FindCommands::find()
-{
-    m_typed->stop();
-    if (PIFindDialog(m_finder, &m_window).exec() == QDialog::Accepted)
-        findSheetFinished();
-}
-
 void FindCommands::findSheetFinished()
 {
+    m_typed->forget();
     showOutcome(m_finder.find());
     Q_EMIT changed();
 }
 
 void FindCommands::showOutcome(PhotoFinder::Outcome outcome)
 {
-    m_typed->stop();
-    if (outcome == PhotoFinder::Outcome::Found) {
-        m_grid.setFocus();
-    } else if (outcome == PhotoFinder::Outcome::NothingFound) {
+    const bool isNothingFound = outcome == PhotoFinder::Outcome::NothingFound;
+    if (isNothingFound)
         Beep();
-        Q_EMIT told(tr("No other photo was found."));
-    }
-}
-
-void FindCommands::setCurrentFindCriteria(const FindCriteria &criteria)
-{
-    m_finder.setCurrentFindCriteria(criteria);
-    Q_EMIT changed();
+    m_field->showNothingFound(false);
+    Q_EMIT told(isNothingFound ? tr("No photo was found from here on.") : QString());
+    if (outcome == PhotoFinder::Outcome::Found)
+        m_grid.setFocus();
 }
 
 void FindCommands::quickSearch(const QString &text)
 {
     if (text.isEmpty())
         return;
-    setCurrentFindCriteria(criteriaFor(text));
-    const PhotoFinder::Outcome outcome = m_finder.find();
-    m_field->showNothingFound(outcome == PhotoFinder::Outcome::NothingFound);
+    const PhotoFinder::Outcome outcome = m_typed->accept(text, criteriaFor(text));
     showOutcome(outcome);
+    m_field->showNothingFound(outcome == PhotoFinder::Outcome::NothingFound);
+    Q_EMIT changed();
 }
 
 void FindCommands::setSearchOption(QuickSearchField::Option option)
@@ -93,37 +101,28 @@ void FindCommands::setSearchOption(QuickSearchField::Option option)
     searchWhatIsTyped(m_field->text());
 }
 
-/// More letters look from the same place on: the photo that is found may still be the one.
 void FindCommands::searchWhatIsTyped(const QString &text)
 {
-    if (text.isEmpty()) {
-        m_typed->stop();
+    const QString words = withoutTrailingBlanks(text);
+    if (words.isEmpty()) {
+        m_typed->forget();
         m_field->showNothingFound(false);
         Q_EMIT told({});
-        return;
+    } else if (!m_detail.photoView().isCropping()) { // photos passed on the way would be cropped
+        m_typed->type(text, criteriaFor(words));
+        Q_EMIT changed();
     }
-    m_typed->start([this, text] {
-        const PhotoWalk::Place now = m_finder.startOf(FindCriteria::Start::Selection);
-        if (now != m_typedFound)
-            m_typedStart = now;
-        m_typedFound.reset();
-        setCurrentFindCriteria(criteriaFor(text));
-        return m_finder.search(m_finder.currentFindCriteria(), m_typedStart);
-    });
 }
 
-void FindCommands::showTyped(const PhotoWalk::Place &place)
-{
-    m_finder.show(place);
-    m_typedFound = m_finder.startOf(FindCriteria::Start::Selection);
-}
-
-void FindCommands::tellTyped(qint64 matches)
+void FindCommands::tellMatches(qint64 matches)
 {
     m_field->showNothingFound(matches == 0);
-    Q_EMIT told(matches == 0
-                    ? tr("No photo matches from here on.")
-                    : CountText(matches, tr("%n photo matches from here on."), tr("%n photos match from here on.")));
+    if (m_finder.currentFindCriteria().onlyExcludes())
+        Q_EMIT told(tr("Words that only leave photos out find nothing."));
+    else
+        Q_EMIT told(matches == 0 ? tr("No photo matches from here on.")
+                                 : CountText(matches, tr("%n photo matches from here on."),
+                                             tr("%n photos match from here on.")));
 }
 
 QuickSearchField::Option FindCommands::option() const

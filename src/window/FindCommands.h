@@ -5,12 +5,11 @@
 
 #include <QObject>
 
-#include <optional>
-
 class LibraryActions;
 class LibraryEditor;
+class PIDetailController;
 class QWidget;
-class SearchRun;
+class TypedSearch;
 class UserDefaults;
 struct CommandState;
 
@@ -20,16 +19,16 @@ class FindCommands final : public QObject
     Q_OBJECT
 
 public:
-    /// Lets the actions run the commands. All outlive it; `window` becomes its parent. Photos found are shown in
-    /// `grid`, which takes the focus.
+    /// Lets the actions run the commands, and puts the quick search under the large photo. All outlive it; `window`
+    /// becomes its parent. Photos found are shown in `grid`, which takes the focus.
     FindCommands(LibraryEditor &editor, UserDefaults &defaults, LibraryActions &actions, QWidget &grid,
-                 QWidget &window);
+                 PIDetailController &detail, QWidget &window);
 
     /// Tells what the commands would act on.
     void describe(CommandState &state) const;
-    /// Belongs to the window; its place is to be found.
-    [[nodiscard]] QuickSearchField &quickSearchField() const { return *m_field; }
-    /// Finds the text, after the selected photos, as the option tells; nothing when it is empty.
+    /// Whether the widget is where somebody types what to find.
+    [[nodiscard]] bool isQuickSearch(const QWidget *widget) const { return widget == m_field; }
+    /// Finds the text after the selected photos, as the option tells; nothing when it is empty.
     void quickSearch(const QString &text);
     /// How the quick search means its text from now on.
     void setSearchOption(QuickSearchField::Option option);
@@ -37,29 +36,25 @@ public:
 Q_SIGNALS:
     /// The commands may mean something else now.
     void changed();
-    /// Something for the status bar.
+    /// Something for the status bar; empty to take it back.
     void told(const QString &text);
     /// The quick search is to be seen.
     void quickSearchWanted();
 
 private:
-    void find();
+    void bind(LibraryActions &actions);
     void findSheetFinished();
     void showOutcome(PhotoFinder::Outcome outcome);
-    void setCurrentFindCriteria(const FindCriteria &criteria);
     void searchWhatIsTyped(const QString &text);
-    void showTyped(const PhotoWalk::Place &place);
-    void tellTyped(qint64 matches);
+    void tellMatches(qint64 matches);
     [[nodiscard]] QuickSearchField::Option option() const;
     [[nodiscard]] FindCriteria criteriaFor(const QString &text) const;
 
-    LibraryEditor &m_editor;
     UserDefaults &m_defaults;
     QWidget &m_grid;
+    PIDetailController &m_detail;
     QWidget &m_window;
     PhotoFinder m_finder;
     QuickSearchField *m_field;
-    SearchRun *m_typed;
-    PhotoWalk::Place m_typedStart;                ///< where what is being typed is looked for
-    std::optional<PhotoWalk::Place> m_typedFound; ///< behind what it has shown
+    TypedSearch *m_typed;
 };

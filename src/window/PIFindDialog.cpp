@@ -53,11 +53,17 @@ PIFindDialog::PIFindDialog(PhotoFinder &finder, QWidget *parent)
     layout->addLayout(grid);
     layout->addStretch();
     layout->addLayout(foot);
-    connect(m_count, &SearchRun::ended, this, [this](qint64 matches) {
-        m_matches->setText(CountText(matches, tr("%n photo matches."), tr("%n photos match.")));
-    });
+    connect(m_count, &SearchRun::ended, this, &PIFindDialog::showCount);
     resize(480, sizeHint().height());
     showCriteria(finder.currentFindCriteria());
+}
+
+PIFindDialog &PIFindDialog::performFindForWindow(PhotoFinder &finder, QWidget &window)
+{
+    auto *sheet = new PIFindDialog(finder, &window);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->open();
+    return *sheet;
 }
 
 void PIFindDialog::addTexts(QGridLayout &grid)
@@ -80,6 +86,7 @@ void PIFindDialog::addTexts(QGridLayout &grid)
         label->setBuddy(each.field);
         each.field->setToolTip(each.toolTip);
         each.field->setClearButtonEnabled(true);
+        each.field->setMaxLength(FindCriteria::kLongestText);
         grid.addWidget(label, row, 0, Qt::AlignRight);
         grid.addWidget(each.field, row, 1);
         connect(each.field, &QLineEdit::textChanged, this, &PIFindDialog::enableFind);
@@ -160,6 +167,18 @@ void PIFindDialog::enableFind()
         m_count->start([this, criteria] { return m_finder.search(criteria, m_finder.startOf(criteria.startOption)); });
     else
         m_count->stop();
+}
+
+void PIFindDialog::showCount(qint64 matches)
+{
+    const bool isAll = m_start->checkedId() == static_cast<int>(FindCriteria::Start::Library);
+    if (criteria().onlyExcludes())
+        m_matches->setText(tr("These words only leave photos out."));
+    else if (isAll)
+        m_matches->setText(CountText(matches, tr("%n photo matches."), tr("%n photos match.")));
+    else
+        m_matches->setText(
+            CountText(matches, tr("%n photo matches from there on."), tr("%n photos match from there on.")));
 }
 
 void PIFindDialog::find()

@@ -23,6 +23,9 @@ class PIFindDialog final : public QDialog
 public:
     /// `finder` outlives it.
     PIFindDialog(PhotoFinder &finder, QWidget *parent);
+    /// Shows the sheet over the window, which owns it until it is closed. Once it is accepted the finder's criteria are
+    /// what it shows.
+    static PIFindDialog &performFindForWindow(PhotoFinder &finder, QWidget &window);
 
 private:
     void addTexts(QGridLayout &grid);
@@ -31,6 +34,7 @@ private:
     void showCriteria(const FindCriteria &criteria);
     [[nodiscard]] FindCriteria criteria() const;
     void enableFind();
+    void showCount(qint64 matches);
     void find();
 
     PhotoFinder &m_finder;

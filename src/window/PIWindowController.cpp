@@ -89,7 +89,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_largePhotoCommands(new LargePhotoCommands(m_editor, *m_actions, *m_detailController, *m_window))
     , m_printCommands(new PrintCommands(m_editor, defaults, *m_actions, *m_window))
     , m_exportCommands(new ExportCommands(m_editor, defaults, *m_actions, *m_window))
-    , m_findCommands(new FindCommands(m_editor, defaults, *m_actions, *m_thumbnailView, *m_window))
+    , m_findCommands(new FindCommands(m_editor, defaults, *m_actions, *m_thumbnailView, *m_detailController, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
 {
@@ -113,7 +113,6 @@ PIWindowController::~PIWindowController()
 void PIWindowController::buildPanes()
 {
     m_window->setCentralWidget(m_paneSplitter);
-    m_detailController->addQuickSearch(m_findCommands->quickSearchField());
     m_window->setShouldClose([this] { return windowShouldClose(); });
 }
 
@@ -157,10 +156,7 @@ void PIWindowController::observe()
             [this](const QStringList &paths) { openFiles(paths, nullptr, kNotFound, UndoName::AddPhoto); });
     connect(m_findCommands, &FindCommands::changed, this, &PIWindowController::enableCommands);
     connect(m_findCommands, &FindCommands::told, m_window.get(), &LibraryWindow::tell);
-    connect(m_findCommands, &FindCommands::quickSearchWanted, this, [this] {
-        showDetail();
-        m_findCommands->quickSearchField().setFocus(Qt::ShortcutFocusReason);
-    });
+    connect(m_findCommands, &FindCommands::quickSearchWanted, this, &PIWindowController::showDetail);
     connect(m_editCommands, &EditCommands::changed, this, &PIWindowController::enableCommands);
     connect(m_editCommands, &EditCommands::folderMade, this,
             [this](const std::shared_ptr<PIFolder> &folder) { m_outline->editName(folder); });
@@ -424,8 +420,9 @@ void PIWindowController::windowDidResignKey()
 {
     QWidget *field = m_window->focusWidget();
     const PIImageView &photoView = m_detailController->photoView();
-    if (!m_detailController->view()->isAncestorOf(field) || (field == &photoView && photoView.isCropping()))
-        return; // cropping keeps its keys
+    if (!m_detailController->view()->isAncestorOf(field) || (field == &photoView && photoView.isCropping()) ||
+        m_findCommands->isQuickSearch(field))
+        return; // cropping keeps its keys, and what is searched for changes nothing
     m_thumbnailView->setFocus();
     if (QApplication::activeModalWidget())
         return; // perhaps the alert about this very field

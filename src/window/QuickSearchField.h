@@ -17,7 +17,7 @@ public:
     enum class Option { AllWords = 0, Exact = 1, OneWord = 2, NoneWords = 3 };
     /// Marks it in the menu.
     void showOption(Option option);
-    /// Tells that nothing was found, until the text changes.
+    /// Tells that nothing was found, until the text is edited.
     void showNothingFound(bool isNothingFound);
 
 Q_SIGNALS:
@@ -26,11 +26,17 @@ Q_SIGNALS:
     void searchWanted();
     /// Escape was pressed in the empty field.
     void leaveWanted();
+    /// The focus is elsewhere now, but for a menu.
+    void left();
 
 protected:
+    bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    void focusOutEvent(QFocusEvent *event) override;
 
 private:
+    void popUpMenu();
+
     QMenu *m_menu;
     QActionGroup *m_options;
 };

@@ -3,10 +3,11 @@
 
 #include "PIFolder.h"
 #include "PhotoFinder.h"
-#include "SearchRun.h"
+#include "TypedSearch.h"
 
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -86,12 +87,12 @@ private Q_SLOTS:
         row("again, whatever the option", Do::Again, Start::Library, "A", "3", "x5");
         row("again, over to the next folder", Do::Again, Start::Library, "Under", "1", "x7");
         row("again after the last one, never around", Do::Again, Start::Library, "B", "1", "");
-        row("a folder of results that is shown", Do::Find, Start::Folder, "Results", "", "x9");
+        row("results are never searched", Do::Find, Start::Folder, "Results", "", "x0");
         row("previous", Do::Previous, Start::Library, "A", "2-3", "x0");
         row("previous, out of a folder", Do::Previous, Start::Library, "B", "1", "x5");
         row("previous, before the first one", Do::Previous, Start::Library, "A", "0", "");
         row("previous, where no match is shown", Do::Previous, Start::Library, "Under", "0", "x3");
-        row("previous, among results", Do::Previous, Start::Library, "Results", "0", "");
+        row("previous, from among results", Do::Previous, Start::Library, "Results", "0", "x7");
         row("previous, without a folder", Do::Previous, Start::Library, "", "", "x7");
     }
     void aSearchBeginsWhereItIsTold()
@@ -152,18 +153,23 @@ private Q_SLOTS:
         QCOMPARE(house.resultGroup->folders().size(), 2);
     }
 
-    /// The last search counts, whatever the tree becomes between its slices.
+    /// Only the last search runs, some photos at a time, whatever becomes of the tree in between.
     void aSearchInSlicesOutlivesChanges()
     {
         FindHouse house;
-        house.a->photos() += house.photos(QStringList(200'000, QStringLiteral("x")));
-        house.search(Start::Library);
+        house.a->photos() += house.photos(QStringList(100'000, QStringLiteral("y")));
         SearchRun run;
         QSignalSpy ended(&run, &SearchRun::ended);
-        QStringList first;
-        connect(&run, &SearchRun::foundFirst, this, [&](const PhotoWalk::Place &place) {
-            first << place.folder->photos().at(place.photo)->caption();
-            house.library.groups().clear(); // the walk holds on to the folder
+        int first = 0;
+        int turnsAfterIt = 0;
+        QTimer turns;
+        connect(&turns, &QTimer::timeout, this, [&] {
+            if (++turnsAfterIt == 1)
+                house.library.groups().clear(); // the walk holds on to the folder
+        });
+        connect(&run, &SearchRun::foundFirst, this, [&] {
+            ++first;
+            turns.start(0);
         });
         for (const char *text : {"nowhere", "X"}) {
             run.start([&house, text] {
@@ -173,9 +179,63 @@ private Q_SLOTS:
             });
         }
         QTRY_COMPARE(ended.size(), 1);
-        QCOMPARE(first, QStringList(QStringLiteral("x0")));
-        QVERIFY(ended.first().first().toLongLong() >= 200'000);
+        QCOMPARE(first, 1);
+        QVERIFY(turnsAfterIt > 1);
+        QCOMPARE(ended.first().first().toLongLong(), 4); // those of the folder it was in and beneath
         QVERIFY(!run.isRunning());
+    }
+
+    void typingLooksFromWhereItBegan_data()
+    {
+        QTest::addColumn<QString>("typed"); ///< each in turn: "" gives up, "!" accepts, "#" does not wait, "-" deletes
+        QTest::addColumn<QString>("found");
+        const auto row = [](const char *name, const char *typed, const char *found) {
+            QTest::newRow(name) << QString::fromLatin1(typed) << QString::fromLatin1(found);
+        };
+        row("a longer text may stay", "x,x2", "x2");
+        row("a shorter one goes back", "x3,x", "x2");
+        row("after a text that is nowhere", "x,x?,x", "x2");
+        row("another text begins anew", "x,5", "x5");
+        row("the same text again, once it was given up", "x,,x", "x3");
+        row("accepting stays with what was found", "x,!", "x2");
+        row("accepting again goes on", "x,!,!", "x3");
+        row("accepting what was not looked for yet", "#x,!", "x2");
+        row("accepting more than what was looked for", "x,#x3,!", "x3");
+        row("the folder where it began is gone", "5,-,x", "x7");
+    }
+    void typingLooksFromWhereItBegan()
+    {
+        QFETCH(QString, typed);
+        FindHouse house;
+        house.view.folder = house.a;
+        house.view.selection = IndexSet::single(1);
+        TypedSearch search(house.finder);
+        QSignalSpy ended(&search, &TypedSearch::ended);
+        QString text;
+        const auto criteria = [&text] {
+            FindCriteria result;
+            result.exactString = text;
+            return result;
+        };
+        for (QString step : typed.split(u',')) {
+            const bool waits = !step.startsWith(u'#');
+            if (step.isEmpty()) {
+                search.forget();
+            } else if (step == u"!") {
+                QCOMPARE(search.accept(text, criteria()), PhotoFinder::Outcome::Found);
+            } else if (step == u"-") {
+                QVERIFY(house.tree.deleteItem(house.a));
+                house.view.folder = house.b;
+                house.view.selection = IndexSet::single(0);
+            } else {
+                ended.clear();
+                text = step.remove(u'#');
+                search.type(text, criteria());
+                if (waits)
+                    QTRY_COMPARE(ended.size(), 1);
+            }
+        }
+        QTEST(house.shown(), "found");
     }
 };
 

@@ -6,15 +6,19 @@
 #include "PIFolder.h"
 #include "QuickSearchField.h"
 #include "ThumbnailGridView.h"
+#include "TypedSearch.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QFocusEvent>
+#include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
+#include <QPointer>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QStatusBar>
 #include <QTest>
-#include <QTimer>
 
 #include <functional>
 
@@ -51,14 +55,13 @@ struct FindDesk : WindowDesk
     /// Chooses Find…, and lets `answer` have the sheet.
     void find(const std::function<void(PIFindDialog &)> &answer) const
     {
-        QTimer::singleShot(0, &controller->window(), [&] {
-            auto *sheet = qobject_cast<PIFindDialog *>(QApplication::activeModalWidget());
-            QVERIFY(sheet);
-            answer(*sheet);
-            if (sheet->isVisible())
-                sheet->reject();
-        });
         trigger(Command::Find);
+        const QPointer<PIFindDialog> sheet = qobject_cast<PIFindDialog *>(QApplication::activeModalWidget());
+        QVERIFY(sheet);
+        answer(*sheet);
+        if (sheet && sheet->isVisible())
+            sheet->reject();
+        QTRY_VERIFY(!sheet);
     }
 };
 
@@ -140,6 +143,48 @@ private Q_SLOTS:
         QCOMPARE(desk.library.groups().size(), 1);
     }
 
+    void theSheetKeepsWhatItIsTold_data()
+    {
+        QTest::addColumn<int>("field"); ///< of the four, from above
+        QTest::addColumn<int>("box");   ///< the only place to look in
+        QTest::addColumn<int>("start");
+        QTest::addColumn<QString>("found"); ///< with "cat cow" in the field
+        QTest::newRow("all words, captions, library") << 0 << 0 << 0 << QStringLiteral("dog");
+        QTest::newRow("exact, file names, folder") << 1 << 1 << 1 << QStringLiteral("dog");
+        QTest::newRow("one word, captions, library") << 2 << 0 << 0 << QStringLiteral("cat");
+        QTest::newRow("one word, keywords, selection") << 2 << 2 << 2 << QStringLiteral("wild cat");
+        QTest::newRow("no word") << 3 << 0 << 0 << QStringLiteral("dog");
+    }
+    void theSheetKeepsWhatItIsTold()
+    {
+        QFETCH(int, field);
+        QFETCH(int, box);
+        QFETCH(int, start);
+        FindDesk desk;
+        desk.second->photos().at(1)->setKeywordList(QStringLiteral("cow"), desk.library.keywords());
+        const auto textOf = [](const PIFindDialog &sheet, int row) {
+            auto *grid = sheet.findChild<QGridLayout *>();
+            return qobject_cast<QLineEdit *>(grid->itemAtPosition(row, 1)->widget());
+        };
+        desk.find([&](PIFindDialog &sheet) {
+            textOf(sheet, field)->setText(QStringLiteral("cat cow"));
+            const auto boxes = sheet.findChildren<QCheckBox *>();
+            for (int i = 0; i < 3; ++i)
+                boxes.at(i)->setChecked(i == box);
+            sheet.findChildren<QRadioButton *>().at(start)->setChecked(true);
+            defaultButton(sheet).click();
+        });
+        QTEST(desk.shown(), "found");
+        desk.find([&](PIFindDialog &sheet) {
+            for (int row = 0; row < 4; ++row)
+                QCOMPARE(textOf(sheet, row)->text().isEmpty(), row != field);
+            for (int i = 0; i < 3; ++i) {
+                QCOMPARE(sheet.findChildren<QCheckBox *>().at(i)->isChecked(), i == box);
+                QCOMPARE(sheet.findChildren<QRadioButton *>().at(i)->isChecked(), i == start);
+            }
+        });
+    }
+
     /// Some words, and somewhere to look: without either there is nothing to find.
     void theSheetAsksForWordsAndPlaces()
     {
@@ -170,17 +215,38 @@ private Q_SLOTS:
         QTest::keyClicks(&field, QStringLiteral("a"));
         QTRY_COMPARE(desk.shown(), QStringLiteral("catalogue"));
         QVERIFY(field.hasFocus());
+        QTest::keyClicks(&field, QStringLiteral(" ")); // the next word is still to come
         QTest::keyClicks(&field, QStringLiteral("?"));
         QTRY_VERIFY(field.palette().color(QPalette::Text) != QPalette().color(QPalette::Text));
         QCOMPARE(desk.shown(), QStringLiteral("catalogue"));
+        QTest::keyClick(&field, Qt::Key_Down, Qt::AltModifier); // no photo moves
+        QMenu *menu = field.findChild<QMenu *>();
+        QVERIFY(menu->isVisible());
+        menu->hide();
+        QCOMPARE(desk.first->photos().at(2)->caption(), QStringLiteral("catalogue"));
 
         field.clear();
         QTest::keyClicks(&field, QStringLiteral("CAT"));
         QTest::keyClick(&field, Qt::Key_Return); // at once, and after the selection
         QCOMPARE(desk.shown(), QStringLiteral("wild cat"));
-        QTRY_VERIFY(desk.controller->thumbnailView().hasFocus());
+        QCOMPARE(desk.controller->window().focusWidget(), &desk.controller->thumbnailView());
+        QVERIFY(field.palette().color(QPalette::Text) == QPalette().color(QPalette::Text));
         desk.trigger(Command::FindPrevious);
         QCOMPARE(desk.shown(), QStringLiteral("catalogue"));
+    }
+
+    /// What is not asked for by a command does not select photos behind a question about others.
+    void typingEndsWithTheFocus()
+    {
+        FindDesk desk;
+        QuickSearchField &field = desk.field();
+        QTest::keyClicks(&field, QStringLiteral("cat"));
+        const auto *search = desk.controller->window().findChild<TypedSearch *>();
+        QVERIFY(search->isRunning());
+        QFocusEvent leaving(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+        QApplication::sendEvent(&field, &leaving);
+        QVERIFY(!search->isRunning());
+        QCOMPARE(desk.shown(), QStringLiteral("dog"));
     }
 
     void theOptionTellsHowWordsAreMeant()
