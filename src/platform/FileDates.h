@@ -11,7 +11,8 @@ namespace FileDates {
 
 /// Nothing when the file does not exist or cannot be examined.
 [[nodiscard]] std::optional<qint64> dateOf(const QString &path);
-/// Sets the date, keeping the access time; on failure `reason` (when given) tells why.
+/// Sets the date, keeping the access time; on failure, also when the file system knows no such date, the file keeps the
+/// one it had and `reason` (when given) tells why.
 [[nodiscard]] bool setDate(const QString &path, qint64 seconds, QString *reason = nullptr);
 
 }

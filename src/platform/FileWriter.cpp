@@ -218,13 +218,48 @@ bool areTwoNamesOfOneFile(const QByteArray &from, const QByteArray &to)
     return same && S_ISREG(same->st_mode) && same->st_nlink > 1;
 }
 
-/// For file systems without links: takes the name with an empty file of ours, and renames over that one.
-int renameOverReservation(const QByteArray &from, const QByteArray &to)
+bool copyContent(int source, OutputFile &target)
 {
-    OutputFile reservation(to, O_EXCL | O_NOFOLLOW, 0600);
-    if (!reservation.isOpen())
+    std::vector<char> buffer(std::size_t(256) * 1024);
+    for (;;) {
+        const ssize_t count = Posix::retry([&] { return ::read(source, buffer.data(), buffer.size()); });
+        if (count < 0 || (count > 0 && !target.write(QByteArrayView(buffer.data(), count))))
+            return false;
+        if (count == 0)
+            return finish(target, Flush::ToDisk);
+    }
+}
+
+/// Whether the path still leads to the file that was opened, and nobody wrote to it since.
+bool isUnchanged(const QByteArray &path, const struct stat &opened)
+{
+    struct stat now = {};
+    const bool isSame = ::lstat(path.constData(), &now) == 0 && now.st_dev == opened.st_dev &&
+                        now.st_ino == opened.st_ino && now.st_size == opened.st_size &&
+                        now.st_mtim.tv_sec == opened.st_mtim.tv_sec && now.st_mtim.tv_nsec == opened.st_mtim.tv_nsec;
+    if (!isSame)
+        errno = EBUSY;
+    return isSame;
+}
+
+/// For file systems without links: a copy takes the name, which must be free, and then the file goes. To rename over a
+/// name that was taken with an empty file would replace what somebody else brought there meanwhile; this never does.
+int moveByCopy(const QByteArray &from, const QByteArray &to)
+{
+    const FileDescriptor source(
+        Posix::retry([&] { return ::open(from.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); }));
+    struct stat status = {};
+    if (!source.isValid() || ::fstat(source.number(), &status) != 0)
         return errno;
-    if (fileSystemCalls().rename(from.constData(), to.constData()) == 0)
+    if (!S_ISREG(status.st_mode))
+        return EINVAL;
+    OutputFile target(to, O_EXCL | O_NOFOLLOW, status.st_mode & 0777U);
+    if (!target.isOpen())
+        return errno;
+    const timespec times[2] = {status.st_atim, status.st_mtim};
+    if (target.setMode(status.st_mode & 0777U) && copyContent(source.number(), target) &&
+        ::utimensat(AT_FDCWD, to.constData(), times, AT_SYMLINK_NOFOLLOW) == 0 && isUnchanged(from, status) &&
+        ::unlink(from.constData()) == 0)
         return 0;
     const int error = errno;
     ::unlink(to.constData());
@@ -234,7 +269,7 @@ int renameOverReservation(const QByteArray &from, const QByteArray &to)
 int renameByLink(const QByteArray &from, const QByteArray &to)
 {
     if (fileSystemCalls().link(from.constData(), to.constData()) != 0)
-        return errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS ? renameOverReservation(from, to) : errno;
+        return errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS ? moveByCopy(from, to) : errno;
     if (::unlink(from.constData()) == 0)
         return 0;
     const int error = errno;
@@ -285,22 +320,6 @@ bool linkOver(const QString &from, const QString &to, QString *reason)
 bool syncFolder(const QString &path, QString *reason)
 {
     return syncFolderOf(Posix::nativePath(path)) || Posix::fail(reason, errno);
-}
-
-namespace {
-
-bool copyContent(int source, OutputFile &target)
-{
-    std::vector<char> buffer(std::size_t(256) * 1024);
-    for (;;) {
-        const ssize_t count = Posix::retry([&] { return ::read(source, buffer.data(), buffer.size()); });
-        if (count < 0 || (count > 0 && !target.write(QByteArrayView(buffer.data(), count))))
-            return false;
-        if (count == 0)
-            return finish(target, Flush::ToDisk);
-    }
-}
-
 }
 
 bool copyNoReplace(const QString &from, const QString &to, QString *reason)

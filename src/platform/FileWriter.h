@@ -25,7 +25,8 @@ enum class Flush {
 /// it says no the old file stays.
 [[nodiscard]] bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr,
                            const std::function<bool()> &mayReplace = {});
-/// Renames, and refuses when something stands at the target.
+/// Renames, and refuses when something stands at the target, also when it comes there at the last moment. Where the
+/// file system can neither promise that nor link, a regular file is copied under the new name and then removed.
 [[nodiscard]] bool renameNoReplace(const QString &from, const QString &to, QString *reason = nullptr);
 /// Renames over whatever file stands at the target.
 [[nodiscard]] bool renameOver(const QString &from, const QString &to, QString *reason = nullptr);

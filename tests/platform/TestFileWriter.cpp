@@ -274,9 +274,11 @@ void TestFileWriter::failedRenameLeavesNothingBehind()
 {
     fileSystemCalls().renameNoReplace = failRename<EINVAL>;
     fileSystemCalls().link = failRename<EPERM>;
-    fileSystemCalls().rename = failRename<EACCES>;
     put(m_path, "mine");
+    inject(Fault::DiskFull);
+    bytesLeft = 3;
     QVERIFY(!FileWriter::renameNoReplace(m_path, inFolder("target")));
+    QCOMPARE(contentOf(m_path), QByteArray("mine"));
     QVERIFY(!FileWriter::renameNoReplace(inFolder("missing"), inFolder("target")));
     QCOMPARE(names().size(), 1);
 }

@@ -46,6 +46,7 @@ private Q_SLOTS:
     void dateIsTheModificationTimeInSeconds_data();
     void dateIsTheModificationTimeInSeconds();
     void settingADateKeepsTheAccessTime();
+    void aDateIsSetOrTheFileKeepsItsOwn();
     void folderVariablesMustBeAbsolute_data();
     void folderVariablesMustBeAbsolute();
 };
@@ -195,6 +196,20 @@ void TestFiles::settingADateKeepsTheAccessTime()
     QCOMPARE(::stat(path.toUtf8().constData(), &status), 0);
     QCOMPARE(status.st_atim.tv_sec, 1000);
     QCOMPARE(status.st_mtim.tv_nsec, 0);
+}
+
+/// Which dates a file system knows is its own affair.
+void TestFiles::aDateIsSetOrTheFileKeepsItsOwn()
+{
+    const QString path = make("photo.jpg");
+    QVERIFY(FileDates::setDate(path, 3000));
+    for (const qint64 seconds : {-5'000'000'000, 4'300'000'000, 20'000'000'000, 99'999'999'999'999}) {
+        const auto before = FileDates::dateOf(path);
+        QString reason;
+        const bool isSet = FileDates::setDate(path, seconds, &reason);
+        QCOMPARE(FileDates::dateOf(path), isSet ? seconds : before);
+        QCOMPARE(reason.isEmpty(), isSet);
+    }
 }
 
 void TestFiles::folderVariablesMustBeAbsolute_data()
