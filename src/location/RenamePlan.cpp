@@ -1,54 +1,26 @@
 #include "RenamePlan.h"
 
+#include "ImageFormat.h"
 #include "StringUtilities.h"
 
-#include <QDir>
+#include <QFile>
 #include <QHash>
 #include <QSet>
 
 #include <algorithm>
+#include <unordered_map>
 
 namespace {
 
 using Style = RenameSettings::Style;
+using Folder = FolderNames::Folder;
+using Obstacle = RenamePlan::Obstacle;
 
 constexpr int kMostDigits = 18; ///< that a number surely holds
 
 bool isDigit(QChar character)
 {
     return character >= u'0' && character <= u'9';
-}
-
-/// Folders' names, each folder read once.
-class Folders
-{
-public:
-    explicit Folders(const RenamePlan::Listing &listing)
-        : m_listing(listing)
-    {}
-
-    QStringList &namesIn(const QString &folder)
-    {
-        auto known = m_names.find(folder);
-        if (known == m_names.end())
-            known = m_names.insert(folder, m_listing ? m_listing(folder) : namesOnDisk(folder));
-        return *known;
-    }
-
-private:
-    static QStringList namesOnDisk(const QString &folder)
-    {
-        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    }
-
-    const RenamePlan::Listing &m_listing;
-    QHash<QString, QStringList> m_names;
-};
-
-QString numbered(const QString &stem, qint64 number)
-{
-    constexpr int kLeastDigits = 4;
-    return stem + QStringLiteral("%1").arg(number, kLeastDigits, 10, QLatin1Char('0'));
 }
 
 QString withoutTrailingDigits(const QString &name)
@@ -59,106 +31,209 @@ QString withoutTrailingDigits(const QString &name)
     return name.first(end);
 }
 
-/// The folders of the files, with a slash behind them, in the order in which they are first seen.
-QStringList foldersOf(const QStringList &paths)
-{
-    QStringList folders;
-    for (const QString &path : paths)
-        folders << QString(QVString::deletingLastPathComponent(path) + u'/');
-    folders.removeDuplicates();
-    return folders;
-}
+/// What the numbers of a folder's files follow, with the order in which it was first seen.
+using Stems = QHash<QString, qsizetype>;
 
-/// What the numbers of the files follow, as the beginnings of whole paths.
-QStringList stemsOf(const std::optional<QString> &prefix, const QStringList &paths)
+/// The number after the first of the stems with which the name begins; 0 when there is none.
+qint64 numberOf(const QString &name, const Stems &stems, const QSet<qsizetype> &lengths)
 {
-    QStringList stems;
-    for (const QString &path : paths) {
-        const QString name = prefix ? *prefix : withoutTrailingDigits(QVString::fileNameMinusExtension(path));
-        stems << QString(QVString::deletingLastPathComponent(path) + u'/' + name);
+    auto first = stems.cend();
+    for (const qsizetype length : lengths) {
+        const auto stem = length <= name.size() ? stems.constFind(name.first(length)) : stems.cend();
+        if (stem != stems.cend() && (first == stems.cend() || *stem < *first))
+            first = stem;
     }
-    stems.removeDuplicates();
-    return stems;
+    return first == stems.cend()
+               ? 0
+               : fileNumberFromName(QVString::fileNameMinusExtension(name), first.key().size()).number;
 }
 
-qint64 smallestUniqueNumber(const std::optional<QString> &prefix, const QStringList &paths, Folders &folders)
+qint64 largestNumber(const Folder &folder, const Stems &stems)
 {
-    const QStringList stems = stemsOf(prefix, paths);
+    QSet<qsizetype> lengths; // few, while there may be as many stems as files
+    for (auto stem = stems.cbegin(); stem != stems.cend(); ++stem)
+        lengths.insert(stem.key().size());
     qint64 largest = 0;
-    for (const QString &folder : foldersOf(paths)) {
-        for (const QString &name : folders.namesIn(folder)) {
-            const QString path = folder + name;
-            const auto stem =
-                std::find_if(stems.cbegin(), stems.cend(), [&](const QString &text) { return path.startsWith(text); });
-            if (stem == stems.cend())
-                continue;
-            const QString bare = QVString::stringByReplacingExtension(path, QString());
-            largest = std::max(largest, fileNumberFromName(bare, stem->size()).number);
-        }
-    }
-    return largest + 1;
+    for (const QString &name : folder.names)
+        largest = std::max(largest, numberOf(name, stems, lengths));
+    return largest;
 }
 
-/// Which paths are taken while files move one after the other.
-class PathsTaken
+QString numbered(const QString &stem, qint64 number)
 {
-public:
-    explicit PathsTaken(Folders &folders)
-        : m_folders(folders)
-    {}
+    constexpr int kLeastDigits = 4;
+    return stem + QStringLiteral("%1").arg(number, kLeastDigits, 10, QLatin1Char('0'));
+}
 
-    /// False when something is there already; nothing moves then.
-    bool move(const QString &from, const QString &to)
-    {
-        QSet<QString> &names = namesIn(QVString::deletingLastPathComponent(to));
-        const QString name = to.section(u'/', -1);
-        if (name.isEmpty() || QVString::deletingLastPathComponent(from) != QVString::deletingLastPathComponent(to) ||
-            names.contains(name))
-            return false;
-        names.remove(from.section(u'/', -1));
-        names.insert(name);
-        return true;
-    }
+QString nameOf(const QString &stem, const QString &extension)
+{
+    return extension.isEmpty() ? stem : QString(stem + u'.' + extension);
+}
 
-private:
-    QSet<QString> &namesIn(const QString &folder)
-    {
-        auto known = m_names.find(folder);
-        if (known == m_names.end()) {
-            const QStringList &names = m_folders.namesIn(QString(folder + u'/'));
-            known = m_names.insert(folder, QSet<QString>(names.cbegin(), names.cend()));
-        }
-        return *known;
-    }
-
-    Folders &m_folders;
-    QHash<QString, QSet<QString>> m_names;
+/// A file's name in its parts.
+struct Name
+{
+    QString stem;
+    QString extension;
+    [[nodiscard]] QString whole() const { return nameOf(stem, extension); }
 };
 
-/// The new path by the style; nothing where the file is passed over. Counts `number` on.
-std::optional<QString> renamed(const QString &path, const RenameSettings &settings, qint64 &number)
+/// By the style; nothing where the file is passed over. Counts `number` on.
+std::optional<Name> renamed(const Name &name, const RenameSettings &settings, qint64 &number)
 {
-    const QString name = QVString::fileNameMinusExtension(path);
-    const QString extension = QVString::pathExtension(path);
-    const QString folder = QVString::deletingLastPathComponent(path);
     switch (settings.style) {
     case Style::ReplacePrefix:
-        if (!name.startsWith(settings.oldPrefix))
+        if (!name.stem.startsWith(settings.oldPrefix))
             return {};
-        return QVString::stringByAppendingFile(
-            folder, QString(settings.newPrefix + name.sliced(settings.oldPrefix.size())), extension);
+        return Name{settings.newPrefix + name.stem.sliced(settings.oldPrefix.size()), name.extension};
     case Style::Renumber:
-        return QVString::stringByAppendingFile(folder, numbered(withoutTrailingDigits(name), number++), extension);
+        return Name{numbered(withoutTrailingDigits(name.stem), number++), name.extension};
     case Style::Extension:
-        if (QVString::isFuzzyEqualToString(extension, settings.extension))
+        if (QVString::isFuzzyEqualToString(name.extension, settings.extension))
             return {};
-        return QVString::stringByReplacingExtension(path, settings.extension);
+        return Name{name.stem, settings.extension};
     case Style::NewNames:
-        return QVString::stringByAppendingFile(folder, numbered(settings.prefix, number++), extension);
+        return Name{numbered(settings.prefix, number++), name.extension};
     }
     return {};
 }
 
+/// What can be said of a name without a look at its folder.
+Obstacle obstacleIn(const QString &name)
+{
+    constexpr qsizetype kMostBytes = 255;
+    if (name == u"." || name == u".." || name.contains(u'/') || name.contains(QChar::Null) || !name.isValidUtf16())
+        return Obstacle::NoName;
+    return QFile::encodeName(name).size() > kMostBytes ? Obstacle::TooLong : Obstacle::None;
+}
+
+/// A folder while its files move one after the other.
+class ChangingFolder
+{
+public:
+    explicit ChangingFolder(const Folder &folder)
+        : m_folder(folder)
+    {}
+
+    [[nodiscard]] bool holds(const QString &name) const
+    {
+        return m_come.contains(name) || (m_folder.names.contains(name) && !m_gone.contains(name));
+    }
+    void move(const QString &from, const QString &to)
+    {
+        m_come.remove(from);
+        m_gone.insert(from);
+        m_come.insert(to);
+        m_gone.remove(to);
+    }
+
+    /// The sidecars that go with a picture to its new name, as names.
+    [[nodiscard]] QList<RenamePlan::Move> sidecarsOf(const Name &from, const Name &to) const
+    {
+        QList<RenamePlan::Move> moves;
+        const QString name = from.whole();
+        const auto add = [&](const QString &stem, const QString &newStem) {
+            for (const QString &sidecar : m_folder.sidecars.value(stem))
+                if (stem != newStem && holds(sidecar))
+                    moves.append({sidecar, newStem + sidecar.sliced(stem.size())});
+        };
+        if (m_folder.sidecars.isEmpty())
+            return moves;
+        add(name, to.whole());
+        if (from.stem != name && belongsTo(name, from.stem))
+            add(from.stem, to.stem);
+        return moves;
+    }
+
+private:
+    /// Pictures of one stem share its sidecar, which is that of the raw one; else it stays with who keeps the name.
+    [[nodiscard]] bool belongsTo(const QString &name, const QString &stem) const
+    {
+        const auto isRaw = [](const QString &file) { return imageFormatForFileName(file) == ImageFormat::Raw; };
+        if (isReadableImageExtension(QVString::pathExtension(stem)) && holds(stem))
+            return false; // it is that picture's own, by its whole name
+        QStringList others = m_folder.pictures.value(stem);
+        others.removeIf([&](const QString &other) { return other == name || !holds(other); });
+        return others.isEmpty() || (isRaw(name) && std::none_of(others.cbegin(), others.cend(), isRaw));
+    }
+
+    const Folder &m_folder;
+    QSet<QString> m_come;
+    QSet<QString> m_gone;
+};
+
+/// Makes the steps one after the other, as if each were taken at once.
+class Planner
+{
+public:
+    Planner(const RenameSettings &settings, FolderNames &folders, qint64 number)
+        : m_settings(settings)
+        , m_folders(folders)
+        , m_number(number)
+    {}
+
+    RenamePlan::Step stepFor(const QString &path)
+    {
+        const QString folder = QVString::deletingLastPathComponent(path);
+        const Folder &read = m_folders.at(folder);
+        const QString place = QVString::appendingPathComponent(read.place, QVString::lastPathComponent(path));
+        RenamePlan::Step step{.oldPath = path};
+        if (const auto before = m_newNames.constFind(place); before != m_newNames.cend()) {
+            step.isMovedBefore = true;
+            step.newPath = before->isEmpty() ? QString() : pathOf(folder, *before);
+            return step;
+        }
+        QString &newName = m_newNames[place];
+        const Name name{QVString::fileNameMinusExtension(path), QVString::pathExtension(path)};
+        const auto wanted = renamed(name, m_settings, m_number);
+        if (!wanted || QVString::isFuzzyEqualToString(wanted->whole(), name.whole()))
+            return step;
+        newName = wanted->whole();
+        step.newPath = pathOf(folder, newName);
+        move(step, name, *wanted, m_changing.try_emplace(read.place, read).first->second);
+        return step;
+    }
+
+private:
+    static QString pathOf(const QString &folder, const QString &name)
+    {
+        return folder.endsWith(u'/') ? QString(folder + name) : QString(folder + u'/' + name);
+    }
+
+    static void move(RenamePlan::Step &step, const Name &from, const Name &to, ChangingFolder &folder)
+    {
+        const QString folderPath = QVString::deletingLastPathComponent(step.oldPath);
+        const auto sidecars = folder.sidecarsOf(from, to);
+        step.obstacle = to.stem.isEmpty() ? Obstacle::NoName : obstacleIn(to.whole());
+        if (step.obstacle == Obstacle::None && folder.holds(to.whole()))
+            step.obstacle = Obstacle::Taken;
+        for (const RenamePlan::Move &sidecar : sidecars) {
+            step.sidecars.append({pathOf(folderPath, sidecar.from), pathOf(folderPath, sidecar.to)});
+            if (step.obstacle == Obstacle::None)
+                step.obstacle = folder.holds(sidecar.to) ? Obstacle::SidecarTaken : obstacleIn(sidecar.to);
+        }
+        if (step.obstacle != Obstacle::None)
+            return;
+        folder.move(from.whole(), to.whole());
+        for (const RenamePlan::Move &sidecar : sidecars)
+            folder.move(sidecar.from, sidecar.to);
+    }
+
+    const RenameSettings &m_settings;
+    FolderNames &m_folders;
+    qint64 m_number;
+    QHash<QString, QString> m_newNames;                     ///< by place; empty where the file keeps its name
+    std::unordered_map<QString, ChangingFolder> m_changing; ///< by place
+};
+
+}
+
+QString beginningOfName(const QString &path)
+{
+    const QString stem = QVString::fileNameMinusExtension(path);
+    const auto end =
+        std::find_if(stem.cbegin(), stem.cend(), [](QChar at) { return at.isSpace() || at.isDigit() || at.isPunct(); });
+    return stem.first(end - stem.cbegin());
 }
 
 TrailingNumber fileNumberFromName(const QString &name, qsizetype prefixLength)
@@ -169,38 +244,59 @@ TrailingNumber fileNumberFromName(const QString &name, qsizetype prefixLength)
 }
 
 qint64 smallestUniqueNumberForPrefix(const std::optional<QString> &prefix, const QStringList &paths,
-                                     const RenamePlan::Listing &listing)
+                                     FolderNames &folders)
 {
-    Folders folders(listing);
-    return smallestUniqueNumber(prefix, paths, folders);
+    QHash<QString, Stems> stems; // by folder
+    for (const QString &path : paths) {
+        Stems &here = stems[QVString::deletingLastPathComponent(path)];
+        const QString stem = prefix ? *prefix : withoutTrailingDigits(QVString::fileNameMinusExtension(path));
+        if (!here.contains(stem))
+            here.insert(stem, here.size());
+    }
+    qint64 largest = 0;
+    for (auto folder = stems.cbegin(); folder != stems.cend(); ++folder)
+        largest = std::max(largest, largestNumber(folders.at(folder.key()), *folder));
+    return largest + 1;
 }
 
-RenamePlan::RenamePlan(const RenameSettings &settings, const QStringList &paths, const Listing &listing)
+RenamePlan::RenamePlan(const RenameSettings &settings, const QStringList &paths, FolderNames folders)
 {
-    Folders folders(listing);
     qint64 number = 1;
     if (settings.style == Style::Renumber)
-        number = std::max(settings.renumberFrom, smallestUniqueNumber({}, paths, folders));
+        number = std::max(settings.renumberFrom, smallestUniqueNumberForPrefix({}, paths, folders));
     else if (settings.style == Style::NewNames)
-        number = std::max(settings.completeFrom.value_or(1), smallestUniqueNumber(settings.prefix, paths, folders));
-    PathsTaken taken(folders);
-    for (const QString &path : paths) {
-        Step step{path, {}};
-        const auto newPath = renamed(path, settings, number);
-        if (newPath && !QVString::isFuzzyEqualToString(*newPath, path)) {
-            step.newPath = *newPath;
-            step.clashes = !taken.move(path, *newPath);
-        }
-        m_steps.append(step);
-    }
+        number =
+            std::max(settings.completeFrom.value_or(1), smallestUniqueNumberForPrefix(settings.prefix, paths, folders));
+    Planner planner(settings, folders, number);
+    for (const QString &path : paths)
+        m_steps.append(settings.isComplete() ? planner.stepFor(path) : Step{.oldPath = path});
+}
+
+namespace {
+
+bool isRenamed(const RenamePlan::Step &step)
+{
+    return !step.newPath.isEmpty() && !step.isMovedBefore;
+}
+
+bool isBlocked(const RenamePlan::Step &step)
+{
+    return step.obstacle != Obstacle::None;
+}
+
 }
 
 qsizetype RenamePlan::renamedCount() const
 {
-    return std::count_if(m_steps.cbegin(), m_steps.cend(), [](const Step &step) { return !step.newPath.isEmpty(); });
+    return std::count_if(m_steps.cbegin(), m_steps.cend(), isRenamed);
 }
 
-bool RenamePlan::hasClashes() const
+qsizetype RenamePlan::obstacleCount() const
 {
-    return std::any_of(m_steps.cbegin(), m_steps.cend(), [](const Step &step) { return step.clashes; });
+    return std::count_if(m_steps.cbegin(), m_steps.cend(), isBlocked);
+}
+
+qsizetype RenamePlan::renamedBeforeObstacle() const
+{
+    return std::count_if(m_steps.cbegin(), std::find_if(m_steps.cbegin(), m_steps.cend(), isBlocked), isRenamed);
 }

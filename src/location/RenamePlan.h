@@ -1,10 +1,11 @@
 #pragma once
 
+#include "FolderNames.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
 
-#include <functional>
 #include <optional>
 
 /// How the files of several photos are to be renamed.
@@ -18,13 +19,13 @@ struct RenameSettings
         NewNames,      ///< a prefix and a running number
     };
     Style style = Style::ReplacePrefix;
-    QString oldPrefix;
-    QString newPrefix;
+    QString oldPrefix = {};
+    QString newPrefix = {};
     qint64 renumberFrom = 1;
-    QString extension;
-    QString prefix;
-    std::optional<qint64>
-        completeFrom; ///< where new names begin to count, at the least; nothing: after those there are
+    QString extension = {}; ///< without the dot
+    QString prefix = {};
+    /// Where new names begin to count, at the least; nothing: after those there are.
+    std::optional<qint64> completeFrom = {};
 
     /// Whether it is told enough to rename anything.
     [[nodiscard]] bool isComplete() const
@@ -32,7 +33,11 @@ struct RenameSettings
         return (style != Style::ReplacePrefix || !oldPrefix.isEmpty()) &&
                (style != Style::Extension || !extension.isEmpty());
     }
+    bool operator==(const RenameSettings &) const = default;
 };
+
+/// What the name of a file begins with: all before the first blank, digit or punctuation mark.
+[[nodiscard]] QString beginningOfName(const QString &path);
 
 /// The number at the end of a name.
 struct TrailingNumber
@@ -44,26 +49,41 @@ struct TrailingNumber
 [[nodiscard]] TrailingNumber fileNumberFromName(const QString &name, qsizetype prefixLength);
 
 /// What becomes of each file when many are renamed one after the other, worked out before anything is touched. Any
-/// thread; reads folders.
+/// thread.
 class RenamePlan
 {
 public:
+    struct Move
+    {
+        QString from;
+        QString to;
+    };
+    /// Why a file cannot get its new name.
+    enum class Obstacle {
+        None,
+        NoName,       ///< no file can have such a name
+        TooLong,      ///< nor one of so many bytes
+        Taken,        ///< something will bear the name when the file's turn comes
+        SidecarTaken, ///< the same for a sidecar of the file
+    };
     struct Step
     {
         QString oldPath;
-        QString newPath;      ///< empty when the file keeps its name
-        bool clashes = false; ///< the new path will be taken when its turn comes, or is no path
+        QString newPath = {}; ///< empty when the file keeps its name
+        Obstacle obstacle = Obstacle::None;
+        bool isMovedBefore = false; ///< an earlier step renames the same file
+        QList<Move> sidecars = {};  ///< go with it
     };
-    /// The names in a folder.
-    using Listing = std::function<QStringList(const QString &folder)>;
 
-    /// Lists each folder of the files at most once, with `listing`, else from the disk.
-    RenamePlan(const RenameSettings &settings, const QStringList &paths, const Listing &listing = {});
+    /// Asks for each folder of the files at most once.
+    RenamePlan(const RenameSettings &settings, const QStringList &paths, FolderNames folders = FolderNames());
 
     [[nodiscard]] const QList<Step> &steps() const { return m_steps; }
-    /// Files that get another name.
+    /// Files that would get another name if nothing stood in the way.
     [[nodiscard]] qsizetype renamedCount() const;
-    [[nodiscard]] bool hasClashes() const;
+    [[nodiscard]] qsizetype obstacleCount() const;
+    /// Files that get another name before the first obstacle.
+    [[nodiscard]] qsizetype renamedBeforeObstacle() const;
 
 private:
     QList<Step> m_steps;
@@ -72,4 +92,4 @@ private:
 /// The smallest number above all that follow one of the stems in the folders of the files: the prefix in each folder,
 /// or the files' own names without the numbers at their ends. 1 when there is none.
 [[nodiscard]] qint64 smallestUniqueNumberForPrefix(const std::optional<QString> &prefix, const QStringList &paths,
-                                                   const RenamePlan::Listing &listing);
+                                                   FolderNames &folders);
