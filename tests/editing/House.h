@@ -32,6 +32,7 @@ struct FakeRecorder final : UndoRecorder
 struct WatchedFinder final : FileFinder
 {
     std::function<void()> asked;
+    std::function<void()> preparing; ///< called by whoever prepares, on any thread
     QHash<QString, QByteArray> bookmarks;
     QByteArray bookmark(const QString &guid) override { return bookmarks.value(guid); }
     FoundFile locate(const QString &guid, const QString &path) override
@@ -44,7 +45,9 @@ struct WatchedFinder final : FileFinder
     void trimUnusedFiles(const QStringList &) override {}
     Preparation preparation() override
     {
-        return [](const QString &path) -> QByteArray {
+        return [this](const QString &path) -> QByteArray {
+            if (preparing)
+                preparing();
             const bool isMain = QThread::currentThread() == QCoreApplication::instance()->thread();
             return (isMain ? "main " : "worker ") + path.toUtf8();
         };

@@ -1,0 +1,86 @@
+#include "FileRun.h"
+
+#include "DispatchQueue.h"
+#include "FileFinder.h"
+#include "LibraryNotifications.h"
+#include "LibraryView.h"
+#include "PhotoLibrary.h"
+
+#include <utility>
+
+QList<FileRun::File> FileRun::filesOf(const PIGroup::PhotoList &photos, const PhotoLibrary &library)
+{
+    QHash<QString, QList<std::shared_ptr<PIFileRef>>> references;
+    for (const auto &photo : photos) {
+        if (const auto &file = photo->fileRef(); file && !references[file->path()].contains(file))
+            references[file->path()].append(file);
+    }
+    // The library may have more than one for a path.
+    const auto used = library.usedFileRefs([&](const PIFileRef &file) { return references.contains(file.path()); });
+    for (const auto &file : used) {
+        if (auto &known = references[file->path()]; !known.contains(file))
+            known.append(file);
+    }
+    QList<File> files;
+    for (const auto &photo : photos) {
+        const QString path = photo->fileRef() ? photo->fileRef()->path() : QString();
+        files.append({path, references.value(path)});
+    }
+    return files;
+}
+
+FileRun::FileRun(LibraryEditor &editor, DispatchQueue &queue, const QList<File> &files, Work work, Progress progress,
+                 Ended ended)
+    : m_editor(editor)
+    , m_files(files)
+    , m_progress(std::move(progress))
+    , m_ended(std::move(ended))
+    , m_results([this](const QList<Done> &done) { take(done); })
+{
+    queue.async([work = std::move(work), stop = m_stop.get_token(), toHere = m_link.toHere()] {
+        const QString failure =
+            work(stop, [&](const Done &done) { toHere([done](FileRun &here) { here.m_results.add(done); }); });
+        toHere([failure, isCancelled = stop.stop_requested()](FileRun &here) { here.end(failure, isCancelled); });
+    });
+}
+
+FileRun::~FileRun()
+{
+    m_stop.request_stop();
+}
+
+void FileRun::cancel()
+{
+    m_stop.request_stop();
+}
+
+/// A reference that was given another place since the run began, as by who followed the file, is left there.
+void FileRun::take(const QList<Done> &done)
+{
+    PhotoLibrary &library = m_editor.library();
+    QSet<const PIFileRef *> files;
+    for (const Done &each : done) {
+        const File &file = m_files.at(each.file);
+        for (const auto &reference : file.references) {
+            if (reference->path() != file.path && reference->path() != each.path)
+                continue;
+            library.fileFinder().usePrepared(each.path, each.bookmark);
+            reference->setPath(each.path);
+            files.insert(reference.get());
+        }
+        if (each.path != file.path)
+            library.setDirtyForGood();
+    }
+    m_done += done.size();
+    library.filesChangedPlace(files);
+    if (const auto current = m_editor.view().currentPhoto(); current && files.contains(current->fileRef().get()))
+        library.notifications().post(kSelectNotification, current);
+    m_progress(m_done);
+}
+
+void FileRun::end(const QString &failure, bool isCancelled)
+{
+    m_results.takeNow();
+    if (const Ended ended = std::exchange(m_ended, {})) // it may delete this
+        ended({m_done, isCancelled, failure});
+}
