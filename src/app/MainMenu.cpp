@@ -73,7 +73,7 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &cropSize
                 {Command::ClearCrop, std::nullopt, Command::MoveToFolder, Command::ExtractFolder,
                  Command::CopyToNewFolder, std::nullopt, Command::SortByName, Command::SortByDate,
                  Command::SortAtRandom, std::nullopt, Command::Reveal, Command::EditImage, std::nullopt,
-                 Command::Trash});
+                 Command::RenameFiles, Command::IncrementDate, std::nullopt, Command::Trash});
 
     QMenu *effects = bar.addMenu(tr("&Effects"));
     addCommands(*effects, actions, {Command::EditEffects, Command::ClearEffects, std::nullopt});

@@ -40,6 +40,8 @@ enum class Command {
     QuickSearch,
     Rename,
     ToggleMark,
+    RenameFiles,
+    IncrementDate,
     ExtractFolder,
     CopyToNewFolder,
     MoveToFolder,

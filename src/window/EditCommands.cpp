@@ -50,6 +50,8 @@ void EditCommands::addContextMenus()
                                             std::nullopt,
                                             Command::Reveal,
                                             Command::EditImage,
+                                            Command::RenameFiles,
+                                            Command::IncrementDate,
                                             std::nullopt,
                                             Command::Cut,
                                             Command::Copy,

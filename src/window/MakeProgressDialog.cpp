@@ -11,6 +11,7 @@ constexpr int kProgressDelayMilliseconds = 500;
 void ProgressDialogEnd::operator()(QProgressDialog *dialog) const
 {
     dialog->hide();
+    dialog->reset(); // else one that was to show itself soon still does so, over the alert that tells what failed
     dialog->deleteLater();
 }
 

@@ -25,6 +25,7 @@
 #include "PaneSplitter.h"
 #include "PhotoLibrary.h"
 #include "PrintCommands.h"
+#include "SeriesCommands.h"
 #include "StringUtilities.h"
 #include "ThumbnailGridModel.h"
 #include "ThumbnailGridView.h"
@@ -90,6 +91,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_printCommands(new PrintCommands(m_editor, defaults, *m_actions, *m_window))
     , m_exportCommands(new ExportCommands(m_editor, defaults, *m_actions, *m_window))
     , m_findCommands(new FindCommands(m_editor, defaults, *m_actions, *m_thumbnailView, *m_detailController, *m_window))
+    , m_seriesCommands(new SeriesCommands(m_editor, defaults, *m_actions, *m_window))
     , m_drops(m_editor, [this](const QStringList &paths, const std::shared_ptr<PIFolder> &toFolder, quint64 atIndex,
                                UndoName undoName) { openFiles(paths, toFolder, atIndex, undoName); })
 {
@@ -106,8 +108,9 @@ PIWindowController::~PIWindowController()
 {
     m_library.setDirtyListener({});
     m_undoManager.setChangeListener({});
-    m_window->hide(); // whoever has the focus gives it up while everything is still there
-    m_window.reset(); // its children refer to members that end after it
+    m_window->hide();                         // whoever has the focus gives it up while everything is still there
+    disconnect(qApp, nullptr, this, nullptr); // but a sheet that is open does when it goes
+    m_window.reset();                         // its children refer to members that end after it
 }
 
 void PIWindowController::buildPanes()

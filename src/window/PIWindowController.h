@@ -32,6 +32,7 @@ class PIOutlineView;
 class PaneSplitter;
 class PrintCommands;
 class QMenu;
+class SeriesCommands;
 class ThumbnailGridView;
 class UserDefaults;
 struct WindowRestoreRecord;
@@ -150,6 +151,7 @@ private:
     PrintCommands *m_printCommands;
     ExportCommands *m_exportCommands;
     FindCommands *m_findCommands;
+    SeriesCommands *m_seriesCommands;
     DropCommands m_drops;
     FolderHistory m_history;
     bool m_preserveForwardStack = false;

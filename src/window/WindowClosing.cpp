@@ -10,6 +10,7 @@
 #include "PIWindowController.h"
 #include "PhotoLibrary.h"
 #include "PrintCommands.h"
+#include "SeriesCommands.h"
 #include "ThumbnailGridView.h"
 #include "UserDefaults.h"
 #include "WindowPreferences.h"
@@ -37,17 +38,19 @@ bool PIWindowController::finishWork(IfBusy ifBusy)
     };
     if (!mayStop(isImporting(), tr("Stop adding photos?"), tr("The photos found so far stay in the library.")) ||
         !mayStop(m_printCommands->isPrinting(), tr("Stop printing?"), tr("The photos are not printed yet.")) ||
-        !mayStop(m_exportCommands->isExporting(), tr("Stop exporting?"), tr("The photos exported so far are kept.")))
+        !mayStop(m_exportCommands->isExporting(), tr("Stop exporting?"), tr("The photos exported so far are kept.")) ||
+        !mayStop(m_seriesCommands->isBusy(), tr("Stop changing files?"), tr("The files changed so far stay so.")))
         return false;
     m_importRunner->cancelAll();
     m_printCommands->cancel();
     m_exportCommands->cancel();
+    m_seriesCommands->cancel();
     constexpr int kPatience = 5000; // milliseconds, should a disk not answer
     constexpr int kTurn = 20;
     const QDeadlineTimer deadline(kPatience);
     const auto isBusy = [this] {
         return isImporting() || m_printCommands->isPrinting() || m_exportCommands->isExporting() ||
-               m_editCommands->isBusy();
+               m_seriesCommands->isBusy() || m_editCommands->isBusy();
     };
     while (isBusy() && !deadline.hasExpired()) {
         QEventLoop turn;
