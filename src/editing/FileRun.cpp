@@ -40,7 +40,10 @@ FileRun::FileRun(LibraryEditor &editor, DispatchQueue &queue, const QList<File> 
     queue.async([work = std::move(work), stop = m_stop.get_token(), toHere = m_link.toHere()] {
         const QString failure =
             work(stop, [&](const Done &done) { toHere([done](FileRun &here) { here.m_results.add(done); }); });
-        toHere([failure, isCancelled = stop.stop_requested()](FileRun &here) { here.end(failure, isCancelled); });
+        toHere([failure, isCancelled = stop.stop_requested()](FileRun &here) {
+            here.m_outcome = Outcome{0, isCancelled, failure};
+            here.endWhenTaken();
+        });
     });
 }
 
@@ -76,11 +79,14 @@ void FileRun::take(const QList<Done> &done)
     if (const auto current = m_editor.view().currentPhoto(); current && files.contains(current->fileRef().get()))
         library.notifications().post(kSelectNotification, current);
     m_progress(m_done);
+    endWhenTaken();
 }
 
-void FileRun::end(const QString &failure, bool isCancelled)
+void FileRun::endWhenTaken()
 {
-    m_results.takeNow();
-    if (const Ended ended = std::exchange(m_ended, {})) // it may delete this
-        ended({m_done, isCancelled, failure});
+    if (!m_outcome || !m_results.isEmpty())
+        return;
+    m_outcome->done = m_done;
+    // From the event loop, as it may delete this, which is in the middle of taking.
+    m_link.toHere()([outcome = *std::exchange(m_outcome, {}), ended = m_ended](FileRun &) { ended(outcome); });
 }

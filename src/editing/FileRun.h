@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 
 class DispatchQueue;
@@ -59,13 +60,14 @@ public:
 
 private:
     void take(const QList<Done> &done);
-    void end(const QString &failure, bool isCancelled);
+    void endWhenTaken();
 
     LibraryEditor &m_editor;
     const QList<File> m_files;
     Progress m_progress;
     Ended m_ended;
     qsizetype m_done = 0;
+    std::optional<Outcome> m_outcome; ///< once nothing more will be told
     std::stop_source m_stop;
     TakenTogether<Done> m_results;
     MainThreadLink<FileRun> m_link{*this};

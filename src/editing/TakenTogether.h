@@ -3,6 +3,7 @@
 #include <QList>
 #include <QTimer>
 
+#include <algorithm>
 #include <functional>
 #include <utility>
 
@@ -17,26 +18,31 @@ public:
     explicit TakenTogether(Take take)
         : m_take(std::move(take))
     {
-        constexpr int kMilliseconds = 50;
         m_timer.setSingleShot(true);
-        m_timer.setInterval(kMilliseconds);
-        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { takeNow(); });
+        QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { takeSome(); });
     }
 
     void add(T told)
     {
+        constexpr int kMilliseconds = 50;
         m_told.append(std::move(told));
         if (!m_timer.isActive())
-            m_timer.start();
+            m_timer.start(kMilliseconds);
     }
-    void takeNow()
-    {
-        m_timer.stop();
-        if (!m_told.isEmpty())
-            m_take(std::exchange(m_told, {}));
-    }
+    [[nodiscard]] bool isEmpty() const { return m_told.isEmpty(); }
 
 private:
+    /// No more than the main thread does without a halt that can be felt.
+    void takeSome()
+    {
+        constexpr qsizetype kMost = 200;
+        const QList<T> some = m_told.first(std::min(kMost, m_told.size()));
+        m_told.remove(0, some.size());
+        if (!m_told.isEmpty())
+            m_timer.start(0);
+        m_take(some);
+    }
+
     Take m_take;
     QList<T> m_told;
     QTimer m_timer;

@@ -15,12 +15,17 @@ QString tr(const char *text)
     return QCoreApplication::translate("FileRenaming", text);
 }
 
+bool rename(const RenamePlan::Move &move, QString *reason)
+{
+    return FileWriter::renameNoReplace(move.from, move.to, reason, FileWriter::WithoutLinks::Refuse);
+}
+
 /// The latest first. False when one could not be taken back.
 bool takeBack(const QList<RenamePlan::Move> &moves)
 {
     for (qsizetype i = moves.size() - 1; i >= 0; --i) {
         QString reason;
-        if (FileWriter::renameNoReplace(moves[i].to, moves[i].from, &reason))
+        if (rename({moves[i].to, moves[i].from}, &reason))
             continue;
         LogString("Can't move %@ back to %@. %@", moves[i].to, moves[i].from, reason);
         return false;
@@ -39,10 +44,10 @@ FileRenaming FileRenaming::carryOut(const RenamePlan::Step &step)
         return {.reason = tr("The name is too long.")};
     QList<RenamePlan::Move> done{{step.oldPath, step.newPath}};
     QString reason;
-    if (!FileWriter::renameNoReplace(step.oldPath, step.newPath, &reason))
+    if (!rename(done.first(), &reason))
         return {.reason = reason};
     for (const RenamePlan::Move &sidecar : step.sidecars) {
-        if (FileWriter::renameNoReplace(sidecar.from, sidecar.to, &reason)) {
+        if (rename(sidecar, &reason)) {
             done.append(sidecar);
             continue;
         }

@@ -266,10 +266,14 @@ int moveByCopy(const QByteArray &from, const QByteArray &to)
     return error;
 }
 
-int renameByLink(const QByteArray &from, const QByteArray &to)
+int renameByLink(const QByteArray &from, const QByteArray &to, WithoutLinks withoutLinks)
 {
-    if (fileSystemCalls().link(from.constData(), to.constData()) != 0)
-        return errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS ? moveByCopy(from, to) : errno;
+    if (fileSystemCalls().link(from.constData(), to.constData()) != 0) {
+        const bool hasNoLinks = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+        if (!hasNoLinks)
+            return errno;
+        return withoutLinks == WithoutLinks::Copy ? moveByCopy(from, to) : EOPNOTSUPP;
+    }
     if (::unlink(from.constData()) == 0)
         return 0;
     const int error = errno;
@@ -279,7 +283,7 @@ int renameByLink(const QByteArray &from, const QByteArray &to)
 
 }
 
-bool renameNoReplace(const QString &from, const QString &to, QString *reason)
+bool renameNoReplace(const QString &from, const QString &to, QString *reason, WithoutLinks withoutLinks)
 {
     const QByteArray source = Posix::nativePath(from);
     const QByteArray target = Posix::nativePath(to);
@@ -289,7 +293,7 @@ bool renameNoReplace(const QString &from, const QString &to, QString *reason)
     if (error == EEXIST && nameOneEntry(source, target))
         return renameOver(from, to, reason);
     if (error == EINVAL || error == ENOSYS)
-        error = renameByLink(source, target);
+        error = renameByLink(source, target, withoutLinks);
     return error == 0 || Posix::fail(reason, error);
 }
 

@@ -25,9 +25,14 @@ enum class Flush {
 /// it says no the old file stays.
 [[nodiscard]] bool replace(const QString &path, QByteArrayView bytes, Flush flush, QString *reason = nullptr,
                            const std::function<bool()> &mayReplace = {});
-/// Renames, and refuses when something stands at the target, also when it comes there at the last moment. Where the
-/// file system can neither promise that nor link, a regular file is copied under the new name and then removed.
-[[nodiscard]] bool renameNoReplace(const QString &from, const QString &to, QString *reason = nullptr);
+/// What renameNoReplace() does where the file system can neither promise to replace nothing nor link.
+enum class WithoutLinks {
+    Copy,  ///< a regular file is copied under the new name and then removed: it is another file then
+    Refuse ///< for files that are not ours
+};
+/// Renames, and refuses when something stands at the target, also when it comes there at the last moment.
+[[nodiscard]] bool renameNoReplace(const QString &from, const QString &to, QString *reason = nullptr,
+                                   WithoutLinks withoutLinks = WithoutLinks::Copy);
 /// Renames over whatever file stands at the target.
 [[nodiscard]] bool renameOver(const QString &from, const QString &to, QString *reason = nullptr);
 /// Gives a file a second name, over whatever file stands there; fails where the file system has no such links.

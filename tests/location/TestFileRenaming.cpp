@@ -165,7 +165,6 @@ private Q_SLOTS:
             fileSystemCalls().renameNoReplace = fail<EINVAL>;
         if (refuses > 1)
             fileSystemCalls().link = fail<EPERM>;
-        fileSystemCalls().fsync = [](int) { return 0; };
         int renamedInAll = 0;
         for (quint32 seed = 1; seed <= 15; ++seed) {
             QRandomGenerator random(seed);
@@ -185,7 +184,7 @@ private Q_SLOTS:
                 if (step.newPath.isEmpty() || step.isMovedBefore)
                     continue;
                 const bool isDone = FileRenaming::carryOut(step).isDone;
-                QCOMPARE(isDone, step.obstacle == RenamePlan::Obstacle::None);
+                QCOMPARE(isDone, refuses < 2 && step.obstacle == RenamePlan::Obstacle::None);
                 if (!isDone)
                     break;
                 ++renamedInAll;
@@ -197,7 +196,7 @@ private Q_SLOTS:
             }
             QCOMPARE(scene.files(), std::optional(expected)); // the others have not stirred
         }
-        QVERIFY(renamedInAll > 10);
+        QVERIFY(refuses == 2 ? renamedInAll == 0 : renamedInAll > 10);
     }
 
     void aSidecarThatCannotGoAlongHoldsItsPicture()
