@@ -136,7 +136,10 @@ void PIDateSeriesDialog::showDates()
     const QList<qsizetype> dated = DateSeries::datedFiles(m_paths);
     m_okButton->setEnabled(m_base && !dated.isEmpty());
     const auto shown = [this](qsizetype place, const std::optional<qint64> &date) {
-        return QString(dateText(date) + QStringLiteral(" — ") + QVString::lastPathComponent(m_paths.at(place)));
+        constexpr int kWidestName = 220; // pixels; names cannot be wrapped
+        const QString name = QVString::lastPathComponent(m_paths.at(place)).simplified();
+        return QString(dateText(date) + QStringLiteral(" — ") +
+                       fontMetrics().elidedText(name, Qt::ElideMiddle, kWidestName));
     };
     m_first->setText(m_base ? shown(0, m_base) : QString());
     m_last->setText(m_base && !dated.isEmpty() ? shown(dated.last(), series().dateAt(dated.last(), *m_base))
