@@ -1,5 +1,7 @@
 #include "KeywordVocabulary.h"
 
+#include "KeywordText.h"
+
 #include <algorithm>
 #include <numeric>
 
@@ -33,30 +35,13 @@ void KeywordVocabulary::setWords(const QStringList &words)
         append(word);
 }
 
-namespace {
-
-QStringView withoutPunctuationAtEnds(QStringView word)
-{
-    while (!word.isEmpty() && word.front().isPunct())
-        word = word.sliced(1);
-    while (!word.isEmpty() && word.back().isPunct())
-        word.chop(1);
-    return word;
-}
-
-}
-
 QList<quint64> KeywordVocabulary::displayOrder() const
 {
-    QStringList sortKeys;
-    sortKeys.reserve(m_words.size());
-    for (const QString &word : m_words)
-        sortKeys << withoutPunctuationAtEnds(word).toString();
     QList<quint64> order(m_words.size());
     std::iota(order.begin(), order.end(), quint64(0));
-    const auto key = [&sortKeys](quint64 position) { return sortKeys.at(static_cast<qsizetype>(position)); };
-    std::stable_sort(order.begin(), order.end(), [&key](quint64 left, quint64 right) {
-        return key(left).compare(key(right), Qt::CaseInsensitive) < 0;
+    const auto word = [this](quint64 position) { return m_words.at(static_cast<qsizetype>(position)); };
+    std::stable_sort(order.begin(), order.end(), [&word](quint64 left, quint64 right) {
+        return KeywordText::standsBefore(word(left), word(right));
     });
     return order;
 }

@@ -4,6 +4,7 @@
 #include "FileRefRegistry.h"
 #include "GeometryText.h"
 #include "ImageCache.h"
+#include "KeywordText.h"
 #include "KeywordVocabulary.h"
 #include "LibraryTags.h"
 #include "NumberList.h"
@@ -88,6 +89,17 @@ QList<quint64> PIPhoto::keywordIndexes() const
     return indexes;
 }
 
+bool PIPhoto::hasKeyword(quint64 index) const
+{
+    quint64 each = 0;
+    for (std::uint32_t i = 0; m_keywords && i < m_keywords->count; ++i) {
+        FetchDynamicArrayEntry(m_keywords.get(), i, &each);
+        if (each == index)
+            return true;
+    }
+    return false;
+}
+
 void PIPhoto::setKeywordIndexes(const QList<quint64> &indexes)
 {
     willChange();
@@ -120,43 +132,13 @@ QString PIPhoto::keywordList(const KeywordVocabulary &vocabulary) const
     return text;
 }
 
-namespace {
-
-bool isKeywordDelimiter(QChar unit)
-{
-    if (unit == u'\'' || unit == u'"')
-        return false;
-    const auto category = unit.category();
-    return unit.isSpace() || unit.isPunct() || category == QChar::Other_Control || category == QChar::Other_Format;
-}
-
-// The position behind the word or quoted phrase that starts at `start`.
-qsizetype endOfKeyword(QStringView text, qsizetype start)
-{
-    if (text.at(start) == u'"') {
-        const qsizetype quote = text.indexOf(u'"', start + 1);
-        return quote < 0 ? text.size() : quote + 1;
-    }
-    return std::find_if(text.begin() + start, text.end(), isKeywordDelimiter) - text.begin();
-}
-
-}
-
 void PIPhoto::setKeywordList(const QString &text, KeywordVocabulary &vocabulary)
 {
     QList<quint64> indexes;
-    const QStringView view = text;
-    qsizetype start = 0;
-    while (start < view.size()) {
-        if (isKeywordDelimiter(view.at(start))) {
-            ++start;
-            continue;
-        }
-        const qsizetype end = endOfKeyword(view, start);
-        const QStringView word = view.sliced(start, end - start);
-        if (word.size() >= 2 && word != QLatin1String("\"\""))
-            indexes.append(vocabulary.indexOfOrAppend(word.toString()));
-        start = end + 1; // the unit that ended the keyword is never looked at
+    const auto spans = KeywordText::spansIn(text);
+    for (const KeywordText::Span &span : spans) {
+        if (span.isKeyword(text))
+            indexes.append(vocabulary.indexOfOrAppend(text.sliced(span.begin, span.length)));
     }
     setKeywordIndexes(indexes);
 }

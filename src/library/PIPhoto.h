@@ -92,6 +92,7 @@ public:
     /// Null until the first keyword is set.
     [[nodiscard]] const DynamicArray *keywords() const { return m_keywords.get(); }
     [[nodiscard]] QList<quint64> keywordIndexes() const;
+    [[nodiscard]] bool hasKeyword(quint64 index) const;
     void setKeywordIndexes(const QList<quint64> &indexes);
     [[nodiscard]] QString keywordList(const KeywordVocabulary &vocabulary) const;
     /// Parses words and quoted phrases; new ones join the vocabulary. Single characters are dropped.
