@@ -67,7 +67,8 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &cropSize
                  Command::MoveUp,
                  Command::MoveDown});
     QMenu *photo = bar.addMenu(tr("&Photo"));
-    addCommands(*photo, actions, {Command::ToggleMark, std::nullopt, Command::Crop});
+    addCommands(*photo, actions,
+                {Command::ToggleMark, Command::AddKeyword, Command::ManageKeywords, std::nullopt, Command::Crop});
     photo->addMenu(&cropSizes);
     addCommands(*photo, actions,
                 {Command::ClearCrop, std::nullopt, Command::MoveToFolder, Command::ExtractFolder,

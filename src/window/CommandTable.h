@@ -42,6 +42,8 @@ enum class Command {
     ToggleMark,
     RenameFiles,
     IncrementDate,
+    AddKeyword,
+    ManageKeywords,
     ExtractFolder,
     CopyToNewFolder,
     MoveToFolder,

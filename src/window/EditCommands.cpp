@@ -44,6 +44,7 @@ void EditCommands::addContextMenus()
     m_actions.addContextMenu(m_panes.grid, {Command::PreviewSelection,
                                             std::nullopt,
                                             Command::ToggleMark,
+                                            Command::AddKeyword,
                                             Command::Crop,
                                             Command::ClearCrop,
                                             Command::EditEffects,

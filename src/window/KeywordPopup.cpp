@@ -2,6 +2,7 @@
 
 #include "KeywordVocabulary.h"
 
+#include <QFontMetrics>
 #include <QMenu>
 #include <QToolButton>
 
@@ -15,9 +16,11 @@ void UpdateKeyWordPopup(QToolButton &popup, const KeywordVocabulary &vocabulary)
         popup.setMenu(menu);
     }
     popup.menu()->clear();
+    constexpr int kWidest = 360; // pixels
     const auto order = vocabulary.displayOrder();
     for (const quint64 position : order) {
         const QString &keyword = vocabulary.words().at(static_cast<qsizetype>(position));
-        popup.menu()->addAction(QString(keyword).replace(u'&', QLatin1String("&&")))->setData(keyword);
+        QString title = popup.fontMetrics().elidedText(keyword.simplified(), Qt::ElideMiddle, kWidest);
+        popup.menu()->addAction(title.replace(u'&', QLatin1String("&&")))->setData(keyword);
     }
 }

@@ -1,6 +1,7 @@
 #include "PIDetailWordsVC.h"
 
 #include "DetailEdits.h"
+#include "KeywordCompleter.h"
 #include "KeywordPopup.h"
 #include "LibraryEditor.h"
 #include "LibraryNotifications.h"
@@ -9,6 +10,7 @@
 
 #include <QFormLayout>
 #include <QMenu>
+#include <QSet>
 #include <QTimer>
 #include <QToolButton>
 
@@ -29,6 +31,8 @@ PIDetailWordsVC::PIDetailWordsVC(LibraryEditor &editor, const PIDetailController
     build();
     for (WordField *field : {m_captionField, m_keywordField})
         connect(field, &WordField::editingEnded, this, [this, field] { controlTextDidEndEditing(*field); });
+    auto *completer = new KeywordCompleter(library().keywords(), *m_keywordField);
+    connect(m_keywordField, &WordField::textEdited, completer, &KeywordCompleter::offer);
     QMenu *menu = m_keywordPopup->menu();
     connect(menu, &QMenu::triggered, this, [this](const QAction *item) { addKeyword(item->data().toString()); });
     connect(menu, &QMenu::aboutToShow, this, [this, menu] { offerMissingKeywords(*menu); });
@@ -105,9 +109,9 @@ void PIDetailWordsVC::updateKeywordPopup()
 /// Nothing is to be had twice.
 void PIDetailWordsVC::offerMissingKeywords(const QMenu &menu) const
 {
-    QStringList had;
+    QSet<QString> had;
     for (const quint64 index : photo()->keywordIndexes())
-        had << library().keywords().words().value(static_cast<qsizetype>(index));
+        had.insert(library().keywords().words().value(static_cast<qsizetype>(index)));
     for (QAction *item : menu.actions())
         item->setEnabled(!had.contains(item->data().toString()));
 }

@@ -12,6 +12,7 @@
 #include "Housekeeping.h"
 #include "ImageFormat.h"
 #include "ImportRunner.h"
+#include "KeywordCommands.h"
 #include "LargePhotoCommands.h"
 #include "LibraryActions.h"
 #include "LibraryNotifications.h"
@@ -37,6 +38,7 @@
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QFileDialog>
 #include <QGuiApplication>
 #include <QLineEdit>
@@ -97,6 +99,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
 {
     buildPanes();
     bindCommands();
+    new KeywordCommands(m_editor, m_undoManager, *m_actions, *m_window);
     bindViewCommands(*m_actions, *m_thumbnailView, *m_window, defaults);
     observe();
     QTimer::singleShot(0, m_paneSplitter, &PaneSplitter::setInitialSplit);
@@ -108,6 +111,9 @@ PIWindowController::~PIWindowController()
 {
     m_library.setDirtyListener({});
     m_undoManager.setChangeListener({});
+    const auto sheets = m_window->findChildren<QDialog *>();
+    for (QDialog *sheet : sheets)
+        sheet->hide();
     m_window->hide();                         // whoever has the focus gives it up while everything is still there
     disconnect(qApp, nullptr, this, nullptr); // but a sheet that is open does when it goes
     m_window.reset();                         // its children refer to members that end after it

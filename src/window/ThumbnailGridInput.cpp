@@ -250,7 +250,7 @@ QPixmap ThumbnailGridView::dragPixmap() const
 void ThumbnailGridView::startDrag(Qt::DropActions)
 {
     const auto press = std::exchange(m_press, std::nullopt);
-    if (!press || m_selected.isEmpty())
+    if (!press || m_selected.isEmpty() || !dragEnabled())
         return;
     PhotoList photos;
     for (const qint64 row : m_selected.indexes(m_model->rowCount()))

@@ -34,6 +34,7 @@ ThumbnailGridView::ThumbnailGridView(PhotoLibrary &library, QWidget *parent)
     setSelectionMode(ExtendedSelection);
     setAutoScroll(false); // a timer of our own scrolls under drags
     setAcceptDrops(true);
+    setDragEnabled(true);
     setEditTriggers(NoEditTriggers);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

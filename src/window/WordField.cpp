@@ -33,7 +33,11 @@ WordField::WordField(int fewestLines, QWidget *parent)
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    connect(this, &QPlainTextEdit::textChanged, this, &WordField::fitHeight);
+    connect(this, &QPlainTextEdit::textChanged, this, [this] {
+        fitHeight();
+        if (isEdited())
+            Q_EMIT textEdited();
+    });
     fitHeight();
 }
 

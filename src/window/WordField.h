@@ -26,6 +26,8 @@ public:
     [[nodiscard]] QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
+    /// The user has changed the text and may go on.
+    void textEdited();
     /// The user has changed the text and finished.
     void editingEnded();
 
