@@ -120,3 +120,26 @@ PictureNotes Decoder::readNotes(int descriptor, const QString &fileName)
         return PictureNotes::fromExif(VipsDecoder::readExif(picture->source, picture->format));
     }
 }
+
+PictureBlocks Decoder::readBlocks(int descriptor, const QString &fileName)
+{
+    const auto picture = open(descriptor, fileName, nullptr);
+    if (!picture)
+        return {};
+    switch (picture->format) {
+    case ImageFormat::Jpeg:
+        return PictureBlocks::fromJpeg(picture->source);
+    case ImageFormat::Tiff:
+        return PictureBlocks::fromTiff(picture->source);
+    case ImageFormat::Raw:
+        return RawDecoder::readBlocks(picture->source);
+    case ImageFormat::Png:
+    case ImageFormat::WebP:
+    case ImageFormat::JpegXl:
+        return PictureBlocks::fromChunks(picture->source, picture->format);
+    case ImageFormat::Heif:
+        return PictureBlocks::fromHeif(picture->source);
+    default:
+        return {};
+    }
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ImageFormat.h"
+#include "PictureBlocks.h"
 #include "PictureNotes.h"
 
 #include <QImage>
@@ -61,5 +62,8 @@ void initialize();
 
 /// What the file tells of itself that exports keep; empty when it tells nothing. Reads no pixels.
 [[nodiscard]] PictureNotes readNotes(int descriptor, const QString &fileName);
+
+/// What people, programs and the camera wrote about the picture, not yet understood. Reads no pixels.
+[[nodiscard]] PictureBlocks readBlocks(int descriptor, const QString &fileName);
 
 }

@@ -9,6 +9,7 @@ constexpr qint64 kWindow = 128 * 1024;
 /// Real files stay far below both; what exceeds them is made to keep us busy.
 constexpr int kMaxSegments = 20'000;
 constexpr qsizetype kMaxProfile = 16 << 20;
+constexpr qsizetype kMaxTexts = 1 << 20;
 
 /// Reads a source in windows, so that a walk over small segments costs one read.
 class Cursor
@@ -117,6 +118,21 @@ void readSegment(Cursor &cursor, int marker, qint64 body, int length, JpegMarker
     }
 }
 
+/// What people and programs wrote about the picture. Resources may be cut into several segments.
+void readTexts(Cursor &cursor, int marker, qint64 body, int length, JpegMarkers &markers)
+{
+    static constexpr QByteArrayView kPacket("http://ns.adobe.com/xap/1.0/\0", 29);
+    static constexpr QByteArrayView kResources("Photoshop 3.0\0", 14);
+    const auto begins = [&](QByteArrayView head) {
+        return length > head.size() && cursor.bytesAt(body, head.size()) == head;
+    };
+    const auto rest = [&](QByteArrayView head) { return cursor.bytesAt(body + head.size(), length - head.size()); };
+    if (marker == 0xed && markers.resources.size() < kMaxTexts && begins(kResources))
+        markers.resources += rest(kResources);
+    else if (marker == 0xe1 && markers.xmp.isEmpty() && begins(kPacket))
+        markers.xmp = rest(kPacket);
+}
+
 /// Markers that stand alone, without a length.
 bool isBare(int marker)
 {
@@ -135,7 +151,7 @@ qint64 nextMarker(Cursor &cursor, qint64 position, int &marker)
 
 }
 
-std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source)
+std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source, JpegTexts texts)
 {
     Cursor cursor(source);
     if (cursor.numberAt(0) != 0xffd8)
@@ -156,6 +172,8 @@ std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source)
         if (length < 2 || marker == startOfScan)
             break;
         readSegment(cursor, marker, position + 2, length - 2, markers, profile);
+        if (texts == JpegTexts::Read)
+            readTexts(cursor, marker, position + 2, length - 2, markers);
         position += length;
     }
     markers.profile = profile.joined();

@@ -17,8 +17,13 @@ struct JpegMarkers
     qint64 coefficientBytes = 0;
     QByteArray exif;    ///< with its "Exif" signature; empty when there is none
     QByteArray profile; ///< ICC; empty when there is none
+    // Only when asked for:
+    QByteArray xmp;       ///< the packet; empty when there is none
+    QByteArray resources; ///< those of an image editor, among which captions stand; empty when there are none
 };
+
+enum class JpegTexts { Skip, Read };
 
 /// Walks over the segments up to the picture data, reading those that matter only. Nothing when it is no JPEG file
 /// with a usable frame.
-[[nodiscard]] std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source);
+[[nodiscard]] std::optional<JpegMarkers> readJpegMarkers(const ByteSource &source, JpegTexts texts = JpegTexts::Skip);

@@ -155,3 +155,12 @@ PictureNotes RawDecoder::readNotes(const ByteSource &source)
         notes = merged(notes, PictureNotes::fromExif(markers->exif));
     return merged(notes, preview->notes);
 }
+
+PictureBlocks RawDecoder::readBlocks(const ByteSource &source)
+{
+    PictureBlocks blocks = PictureBlocks::fromTiff(source);
+    const auto preview = blocks.exif.isEmpty() ? findPreview(source, nullptr) : std::nullopt;
+    if (preview && preview->jpeg)
+        blocks = PictureBlocks::fromJpeg(*preview->jpeg);
+    return blocks;
+}

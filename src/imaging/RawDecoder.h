@@ -11,5 +11,7 @@ namespace RawDecoder {
                                                  QString *reason);
 /// From the file's directories, else from the preview's own notes, else what LibRaw makes of the file.
 [[nodiscard]] PictureNotes readNotes(const ByteSource &source);
+/// From the file's directories, else from the preview.
+[[nodiscard]] PictureBlocks readBlocks(const ByteSource &source);
 
 }
