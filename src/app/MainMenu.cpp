@@ -40,11 +40,12 @@ void buildMainMenu(QMainWindow &window, LibraryActions &actions, QMenu &cropSize
 {
     QMenuBar &bar = *window.menuBar();
     addCommands(*bar.addMenu(tr("&File")), actions,
-                {Command::AddFiles,      Command::AddFolder,   Command::FindOrphans, Command::SearchAgain,
-                 std::nullopt,           Command::NewFolder,   Command::NewGroup,    std::nullopt,
-                 Command::Save,          Command::ClearCaches, std::nullopt,         Command::SaveImageAs,
-                 Command::ExportPhotos,  Command::EmailPhotos, std::nullopt,         Command::PageSetup,
-                 Command::PrintSelected, Command::PrintFolder, std::nullopt,         Command::Quit});
+                {Command::AddFiles,    Command::AddFolder,   Command::TakeOverWords, std::nullopt,
+                 Command::FindOrphans, Command::SearchAgain, std::nullopt,           Command::NewFolder,
+                 Command::NewGroup,    std::nullopt,         Command::Save,          Command::ClearCaches,
+                 std::nullopt,         Command::SaveImageAs, Command::ExportPhotos,  Command::EmailPhotos,
+                 std::nullopt,         Command::PageSetup,   Command::PrintSelected, Command::PrintFolder,
+                 std::nullopt,         Command::Quit});
     addCommands(*bar.addMenu(tr("&Edit")), actions,
                 {Command::Undo,
                  Command::Redo,

@@ -2,6 +2,8 @@
 
 #include "DispatchQueue.h"
 #include "FileFinder.h"
+#include "KeywordText.h"
+#include "LibraryNotifications.h"
 #include "LibraryView.h"
 #include "PIFolder.h"
 #include "PIPhoto.h"
@@ -30,6 +32,7 @@ struct PhotoImport::Channel
     {
         ScanStep scanned;
         QByteArray prepared; ///< for the file finder
+        PictureWords words;
     };
     std::deque<Step> steps;
     bool wakeUpSent = false;
@@ -79,20 +82,25 @@ void PhotoImport::start(Progress progress, Finished finished)
     m_progress = std::move(progress);
     m_finished = std::move(finished);
     notePlace();
-    m_workers.async(
-        [channel = m_channel, paths = m_request.paths, prepare = m_editor.library().fileFinder().preparation()] {
-            const auto report = [&](const ScanStep &step) {
-                const bool isSlow = prepare && step.kind == ScanStep::Kind::Image && !channel->cancelled;
-                Channel::add(channel, {step, isSlow ? prepare(step.path) : QByteArray()});
-            };
-            const ScanSummary summary = scanForImages(paths, report, channel->cancelled);
-            {
-                const std::lock_guard lock(channel->mutex);
-                channel->summary = summary;
-                channel->walkDone = true;
-            }
-            Channel::wakeUp(channel);
-        });
+    m_workers.async([channel = m_channel, paths = m_request.paths,
+                     prepare = m_editor.library().fileFinder().preparation(), readWords = m_request.readWords] {
+        const auto report = [&](const ScanStep &scanned) {
+            Channel::Step step{scanned, {}, {}};
+            const bool isWanted = scanned.kind == ScanStep::Kind::Image && !channel->cancelled;
+            if (isWanted && prepare)
+                step.prepared = prepare(scanned.path);
+            if (isWanted && readWords)
+                step.words = readWords(scanned.path);
+            Channel::add(channel, std::move(step));
+        };
+        const ScanSummary summary = scanForImages(paths, report, channel->cancelled);
+        {
+            const std::lock_guard lock(channel->mutex);
+            channel->summary = summary;
+            channel->walkDone = true;
+        }
+        Channel::wakeUp(channel);
+    });
 }
 
 /// What is clicked while the walk runs does not change where things go.
@@ -140,7 +148,7 @@ void PhotoImport::takeSlice()
         if (!step)
             return reportProgress();
         m_editor.library().fileFinder().usePrepared(step->scanned.path, step->prepared);
-        take(step->scanned);
+        take(step->scanned, step->words);
     }
     Channel::wakeUp(m_channel);
     reportProgress();
@@ -152,7 +160,7 @@ void PhotoImport::reportProgress()
         m_progress(m_photosTaken);
 }
 
-void PhotoImport::take(const ScanStep &step)
+void PhotoImport::take(const ScanStep &step, const PictureWords &words)
 {
     switch (step.kind) {
     case ScanStep::Kind::FolderBegins:
@@ -163,9 +171,20 @@ void PhotoImport::take(const ScanStep &step)
         break;
     }
     auto photo = std::make_shared<PIPhoto>(m_editor.library().fileRefs().fileRefForPath(step.path));
+    takeWords(*photo, words);
     PIGroup::PhotoList &photos = m_openFolders.empty() ? m_loosePhotos : m_openFolders.back()->photos();
     photos.append(std::move(photo));
     ++m_photosTaken;
+}
+
+void PhotoImport::takeWords(PIPhoto &photo, const PictureWords &words)
+{
+    if (!words.caption.isEmpty())
+        photo.setCaption(words.caption);
+    if (words.keywords.isEmpty())
+        return;
+    photo.setKeywordList(KeywordText::listOf(words.keywords), m_keywords);
+    m_photosWithKeywords << photo.shared_from_this();
 }
 
 void PhotoImport::beginFolder(const QString &path)
@@ -186,12 +205,33 @@ void PhotoImport::finish()
     m_channel->import = nullptr;
     m_outcome.scan = m_channel->summary;
     m_outcome.scan.cancelled = m_channel->cancelled; // the walk may have been through already
+    KeywordVocabulary &vocabulary = m_editor.library().keywords();
+    const KeywordVocabulary before = vocabulary;
+    joinVocabulary();
     m_outcome.accepted = recordMixture() && addFolders() && addLoosePhotos();
     m_outcome.photosAdded = m_outcome.accepted ? m_photosTaken : 0;
+    if (!m_outcome.accepted && !m_outcome.firstFolder)
+        vocabulary = before; // what is refused leaves no words behind
+    if (vocabulary.count() > before.count())
+        m_editor.library().notifications().post(kKeywordsNotification);
     const Finished finished = std::move(m_finished);
     const Outcome outcome = std::move(m_outcome);
     if (finished)
         finished(outcome);
+}
+
+/// Each word is looked up once, so that it takes no time however many photos have it.
+void PhotoImport::joinVocabulary()
+{
+    QList<quint64> positions;
+    for (const QString &word : m_keywords.words())
+        positions << m_editor.library().keywords().indexOfOrAppend(word);
+    for (const auto &photo : std::as_const(m_photosWithKeywords)) {
+        QList<quint64> indexes = photo->keywordIndexes();
+        for (quint64 &index : indexes)
+            index = positions.at(static_cast<qsizetype>(index));
+        photo->setKeywordIndexes(indexes);
+    }
 }
 
 /// Folders and loose photos may go to different places: what brings both is recorded for the whole tree.

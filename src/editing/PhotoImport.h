@@ -1,7 +1,9 @@
 #pragma once
 
 #include "ImageScan.h"
+#include "KeywordVocabulary.h"
 #include "LibraryEditor.h"
+#include "PictureWords.h"
 
 #include <QObject>
 #include <QStringList>
@@ -30,6 +32,8 @@ public:
         /// Asked in the end for the folder that takes loose files, if any came; what it gives goes before `toFolder`,
         /// and without a folder they are not added.
         std::function<std::shared_ptr<PIFolder>()> makeFolder = {};
+        /// Asked on the worker for the caption and keywords that a file brings along; without it none are taken over.
+        std::function<PictureWords(const QString &path)> readWords = {};
     };
 
     struct Outcome
@@ -61,9 +65,11 @@ private:
     void notePlace();
     void takeSlice();
     void reportProgress();
-    void take(const ScanStep &step);
+    void take(const ScanStep &step, const PictureWords &words);
+    void takeWords(PIPhoto &photo, const PictureWords &words);
     void beginFolder(const QString &path);
     void finish();
+    void joinVocabulary();
     [[nodiscard]] bool recordMixture();
     [[nodiscard]] bool addFolders();
     [[nodiscard]] bool addFolder(const std::shared_ptr<PIFolder> &folder);
@@ -80,6 +86,8 @@ private:
     std::vector<std::shared_ptr<PIFolder>> m_openFolders; ///< the library folders of the walk's present place
     QList<std::shared_ptr<PIFolder>> m_newFolders;        ///< not yet in the library's tree
     PIGroup::PhotoList m_loosePhotos;
+    KeywordVocabulary m_keywords;            ///< of the photos that are not yet in the library's tree ...
+    PIGroup::PhotoList m_photosWithKeywords; ///< ... as far as they have any
     int m_photosTaken = 0;
     int m_photosReported = 0;
     Outcome m_outcome;

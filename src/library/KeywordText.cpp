@@ -75,6 +75,19 @@ QString KeywordText::asOneKeyword(const QString &text)
     return kQuote + QString(text).remove(kQuote) + kQuote;
 }
 
+QString KeywordText::listOf(const QStringList &keywords)
+{
+    QStringList list;
+    for (const QString &keyword : keywords) {
+        const bool isQuoted = keyword.size() > 2 && keyword.startsWith(kQuote) && keyword.endsWith(kQuote);
+        QString phrase = isQuoted ? keyword.sliced(1, keyword.size() - 2) : keyword;
+        phrase.replace(kQuote, u'\''); // nothing stands for a quote within quotes
+        if (!phrase.isEmpty())
+            list << asOneKeyword(phrase);
+    }
+    return list.join(u' ');
+}
+
 namespace {
 
 /// The word or unfinished phrase that ends at the cursor.

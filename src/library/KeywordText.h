@@ -26,6 +26,8 @@ struct Span
 [[nodiscard]] bool standsBefore(const QString &left, const QString &right);
 /// The text as a list takes it for one keyword: in quotes where it would be torn apart or dropped.
 [[nodiscard]] QString asOneKeyword(const QString &text);
+/// The list of just these keywords, each as one; quotes within one become apostrophes.
+[[nodiscard]] QString listOf(const QStringList &keywords);
 
 /// What the word that is being typed into a list may become.
 struct Completion

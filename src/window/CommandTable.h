@@ -11,6 +11,7 @@
 enum class Command {
     AddFiles,
     AddFolder,
+    TakeOverWords,
     FindOrphans,
     SearchAgain,
     NewGroup,

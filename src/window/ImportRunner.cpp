@@ -2,13 +2,16 @@
 
 #include "GiveAlert.h"
 #include "TextForPeople.h"
+#include "UserDefaults.h"
+#include "WindowPreferences.h"
 
 #include <QProgressDialog>
 #include <QWidget>
 
-ImportRunner::ImportRunner(LibraryEditor &editor, QWidget &window)
+ImportRunner::ImportRunner(LibraryEditor &editor, const UserDefaults &defaults, QWidget &window)
     : QObject(&window)
     , m_editor(editor)
+    , m_defaults(defaults)
     , m_window(window)
     , m_workers(QStringLiteral("hmphoto.import"), 1)
 {}
@@ -39,6 +42,8 @@ void ImportRunner::startNext()
     m_progress->setWindowModality(Qt::WindowModal);
     connect(m_progress.get(), &QProgressDialog::canceled, this, &ImportRunner::cancelAll);
 
+    if (m_defaults.value(WindowPreferences::kReadMetadata))
+        job.request.readWords = &PictureWords::ofFile;
     m_import = std::make_unique<PhotoImport>(m_editor, m_workers, std::move(job.request));
     Q_EMIT runningChanged(true);
     m_import->start(

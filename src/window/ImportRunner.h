@@ -10,6 +10,7 @@
 #include <memory>
 
 class QWidget;
+class UserDefaults;
 
 /// Runs imports one after the other, with a progress dialog for those that take longer than a moment, and tells of
 /// names that had to be left out.
@@ -20,7 +21,8 @@ class ImportRunner final : public QObject
 public:
     using Finished = PhotoImport::Finished;
 
-    ImportRunner(LibraryEditor &editor, QWidget &window);
+    /// All outlive this.
+    ImportRunner(LibraryEditor &editor, const UserDefaults &defaults, QWidget &window);
     ~ImportRunner() override;
 
     void run(PhotoImport::Request request, Finished finished);
@@ -44,6 +46,7 @@ private:
     void reportSkipped(const ScanSummary &scan);
 
     LibraryEditor &m_editor;
+    const UserDefaults &m_defaults;
     QWidget &m_window;
     DispatchQueue m_workers;
     std::deque<Job> m_waiting;

@@ -82,7 +82,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
     , m_paneSplitter(new PaneSplitter(
           defaults, {new NavigatorPane(*m_outline, *m_actions), m_thumbnailView, m_detailController->view()},
           m_window.get()))
-    , m_importRunner(new ImportRunner(m_editor, *m_window))
+    , m_importRunner(new ImportRunner(m_editor, defaults, *m_window))
     , m_housekeeping(new Housekeeping(m_editor, *m_importRunner, *m_window))
     , m_editCommands(new EditCommands(m_editor, m_undoManager, *m_actions,
                                       {*m_outline, *m_thumbnailView, *m_detailController}, *m_window))
@@ -140,6 +140,9 @@ void PIWindowController::bindCommands()
     m_actions->bind(Command::ShowSelection, [this](bool) { m_thumbnailView->scrollToSelection(); });
     m_actions->bind(Command::Back, [this](bool) { navigateFolders(m_history.goBack()); });
     m_actions->bind(Command::Forward, [this](bool) { navigateFolders(m_history.goForward()); });
+    m_actions->setChecked(Command::TakeOverWords, m_defaults.value(WindowPreferences::kReadMetadata));
+    m_actions->bind(Command::TakeOverWords,
+                    [this](bool on) { m_defaults.setValue(WindowPreferences::kReadMetadata, on); });
     m_actions->setChecked(Command::ShowDetail, m_defaults.value(WindowPreferences::kShowDetail));
     m_actions->bind(Command::ShowDetail, [this](bool on) { toggleDetail(on); });
 }

@@ -12,6 +12,7 @@ inline constexpr int kSplit1Offset = 333;
 inline constexpr Preference<bool> kShowCaptions{"hmphoto.showCaptions", false};
 inline constexpr Preference<bool> kShowDates{"hmphoto.showDates", false};
 inline constexpr Preference<bool> kShowFileNames{"hmphoto.showFileNames", true};
+inline constexpr Preference<bool> kReadMetadata{"hmphoto.readMetadata", true}; ///< when photos are added
 inline constexpr Preference<int> kColumnCount{"hmphoto.columnCount", 3};
 inline constexpr Preference<int> kCropSize{"hmphoto.cropSize", 0}; ///< position among the crop sizes
 inline constexpr char kGeometry[] = "hmphoto.windowGeometry";

@@ -1,8 +1,9 @@
 #include "TestRunner.h"
 
-#include "House.h"
+#include "UndoHouse.h"
 
 #include "DispatchQueue.h"
+#include "LibraryNotifications.h"
 #include "PhotoImport.h"
 
 #include <QDir>
@@ -23,8 +24,13 @@ class TestPhotoImport : public QObject
     static PhotoImport::Outcome runImport(House &house, const PhotoImport::Request &request,
                                           const std::function<void(PhotoImport &)> &atFile = {})
     {
+        return runImport(house, house.editor, request, atFile);
+    }
+    static PhotoImport::Outcome runImport(House &house, LibraryEditor &editor, const PhotoImport::Request &request,
+                                          const std::function<void(PhotoImport &)> &atFile = {})
+    {
         DispatchQueue queue(QStringLiteral("import"), 1);
-        PhotoImport running(house.editor, queue, request);
+        PhotoImport running(editor, queue, request);
         if (atFile)
             house.finder.asked = [&] { atFile(running); };
         std::optional<PhotoImport::Outcome> outcome;
@@ -33,6 +39,16 @@ class TestPhotoImport : public QObject
         if (!QTest::qWaitFor(isDone, 30000))
             qFatal("the import does not end");
         return outcome.value();
+    }
+
+    /// Brings words for files whose name begins with "w".
+    static PictureWords wordsOf(const QString &path)
+    {
+        if (QThread::currentThread() == QCoreApplication::instance()->thread())
+            qFatal("a file is read on the main thread");
+        if (!QFileInfo(path).fileName().startsWith(u'w'))
+            return {};
+        return {QStringLiteral("Harbour"), {QStringLiteral("SEA"), QStringLiteral("old town")}};
     }
 
 private Q_SLOTS:
@@ -125,6 +141,46 @@ private Q_SLOTS:
         QVERIFY(house.a->photos().first()->guid() != house.b->photos().first()->guid());
     }
 
+    void wordsComeAlongAndGoWithTheirPhotos()
+    {
+        QTemporaryDir dir;
+        for (const char *name : {"trip/w1.jpg", "trip/w2.jpg", "w3.jpg", "plain.jpg"})
+            touch(dir.filePath(QLatin1String(name)));
+        UndoHouse house;
+        house.library.keywords().append(QStringLiteral("sea"));
+        int told = 0;
+        const auto observer =
+            house.notifications.observe(kKeywordsNotification, [&](const NotificationObject &) { ++told; });
+        PhotoImport::Request request;
+        for (const char *name : {"trip", "w3.jpg", "plain.jpg"})
+            request.paths << dir.filePath(QLatin1String(name));
+        request.toFolder = house.a;
+        request.readWords = &wordsOf;
+        const QString before = house.text();
+        // The words join the library's when their photos do.
+        (void)runImport(house, house.undoable, request,
+                        [&](PhotoImport &) { QCOMPARE(house.library.keywords().count(), 1); });
+        const KeywordVocabulary &keywords = house.library.keywords();
+        QCOMPARE(keywords.words(), (QStringList{QStringLiteral("sea"), QStringLiteral("\"old town\"")}));
+        QCOMPARE(told, 1);
+        const auto shown = [&](const PIFolder &folder) {
+            QString text;
+            for (const auto &photo : folder.photos())
+                text += photo->caption() + u'|' + photo->keywordList(keywords) + u';';
+            return text;
+        };
+        const QString words = QStringLiteral("Harbour|sea \"old town\";");
+        QCOMPARE(shown(*house.a->folders().first()), words + words);
+        QCOMPARE(shown(*house.a), words + QStringLiteral("|;"));
+
+        const QString after = house.text();
+        house.manager.undo();
+        QCOMPARE(house.text(), before);
+        house.manager.redo();
+        QCOMPARE(house.text(), after);
+        QCOMPARE(shown(*house.a), words + QStringLiteral("|;"));
+    }
+
     void cancellingKeepsWhatWasTaken()
     {
         QTemporaryDir dir;
@@ -164,14 +220,16 @@ private Q_SLOTS:
     void aRefusalEndsTheImport()
     {
         QTemporaryDir dir;
-        touch(dir.filePath(QStringLiteral("trip/a.jpg")));
+        touch(dir.filePath(QStringLiteral("trip/w.jpg")));
         House house;
         house.recorder.refuses = true;
         PhotoImport::Request request;
         request.paths << dir.filePath(QStringLiteral("trip"));
         request.toFolder = house.a;
+        request.readWords = &wordsOf;
         QVERIFY(!runImport(house, request).accepted);
         QVERIFY(house.a->folders().isEmpty());
+        QVERIFY(house.library.keywords().isEmpty());
     }
 
     void anImportThatIsGoneTakesNothingMore()

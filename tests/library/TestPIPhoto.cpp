@@ -1,3 +1,4 @@
+#include "KeywordText.h"
 #include "KeywordVocabulary.h"
 #include "LibraryFile.h"
 #include "LibrarySupport.h"
@@ -84,6 +85,21 @@ private Q_SLOTS:
         vocabulary.setWords({QStringLiteral("Zoo"), QStringLiteral("\"new york\""), QStringLiteral("oslo"),
                              QStringLiteral("Munich"), QStringLiteral("munich")});
         QCOMPARE(vocabulary.displayOrder(), (QList<quint64>{3, 4, 1, 2, 0}));
+    }
+
+    void everyPhraseBecomesOneKeyword()
+    {
+        const QStringList phrases{
+            QStringLiteral("sea"),   QStringLiteral("old town"), QStringLiteral("black-and-white"),
+            QStringLiteral("x"),     QStringLiteral("6\" pipe"), QStringLiteral("\"as typed\""),
+            QStringLiteral("O'Nay"), QStringLiteral("a\"b"),     QStringLiteral("last")};
+        KeywordVocabulary vocabulary;
+        PIPhoto photo;
+        photo.setKeywordList(KeywordText::listOf(phrases), vocabulary);
+        QCOMPARE(vocabulary.words().join(u'|'),
+                 QStringLiteral("sea|\"old town\"|\"black-and-white\"|\"x\"|\"6' pipe\"|\"as typed\"|O'Nay|"
+                                "a'b|last"));
+        QCOMPARE(photo.keywordList(vocabulary), KeywordText::listOf(phrases));
     }
 
     void keywordsOutsideTheVocabularyAreNotShown()

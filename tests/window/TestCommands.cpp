@@ -1,11 +1,13 @@
 #include "TestRunner.h"
 #include "WindowDesk.h"
 
+#include "CameraFile.h"
 #include "DragData.h"
 #include "FileDates.h"
 #include "LibraryFile.h"
 #include "LibraryNotifications.h"
 #include "NavigatorModel.h"
+#include "NotedFile.h"
 #include "PIDetailController.h"
 #include "PIDetailFileVC.h"
 #include "PIFolder.h"
@@ -125,6 +127,41 @@ private Q_SLOTS:
         QVERIFY(!desk.library.isDirty());
         QGuiApplication::clipboard()->clear();
         QTRY_VERIFY(!desk.action(Command::Paste).isEnabled());
+    }
+
+    void wordsOfFilesAreTakenOverWhenThatIsWanted()
+    {
+        PhotoDesk desk(1);
+        const QString path = desk.dir.filePath(QStringLiteral("worded.jpg"));
+        QFile file(path);
+        const QByteArray packet = NotedFile::packet(NotedFile::inEveryLanguage("Harbour"), {"old town"});
+        QVERIFY(file.open(QFile::WriteOnly));
+        QVERIFY(file.write(NotedFile::withPacket(CameraFile::jpeg(Qt::red, {64, 48}), packet)) > 0);
+        file.close();
+        const auto photos = [&desk]() -> PIGroup::PhotoList & { return desk.folder->photos(); };
+        QAction *takeOver = desk.controller->actions().action(Command::TakeOverWords);
+        QVERIFY(takeOver->isChecked());
+        QVERIFY(desk.controller->openFiles({path}, desk.folder, kNotFound, UndoName::AddPhoto));
+        QTRY_COMPARE(photos().size(), 2);
+        QCOMPARE(photos().last()->caption(), QStringLiteral("Harbour"));
+        QCOMPARE(photos().last()->keywordList(desk.library.keywords()), QStringLiteral("\"old town\""));
+
+        desk.trigger(Command::TakeOverWords);
+        QVERIFY(!takeOver->isChecked());
+        QVERIFY(desk.controller->openFiles({path}, desk.folder, kNotFound, UndoName::AddPhoto));
+        QTRY_COMPARE(photos().size(), 3);
+        QCOMPARE(photos().last()->caption(), QString());
+        QVERIFY(photos().last()->keywordIndexes().isEmpty());
+
+        // A photo that is copied keeps the words it has, whatever its file tells.
+        desk.trigger(Command::TakeOverWords);
+        photos().last()->setCaption(QStringLiteral("own"));
+        desk.select(QStringLiteral("2"));
+        desk.trigger(Command::Copy);
+        desk.trigger(Command::Paste);
+        QTRY_COMPARE(photos().size(), 4);
+        QCOMPARE(photos().last()->caption(), QStringLiteral("own"));
+        QVERIFY(photos().last()->keywordIndexes().isEmpty());
     }
 
     void steppingWalksTheFolderOrTheSelection()

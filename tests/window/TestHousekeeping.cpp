@@ -7,6 +7,7 @@
 #include "ImportRunner.h"
 #include "OrphanTableModel.h"
 #include "PIOrphanDialog.h"
+#include "UserDefaults.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -40,7 +41,8 @@ class TestHousekeeping : public QObject
         House house;
         Alerts alerts;
         QWidget window;
-        ImportRunner importRunner{house.editor, window};
+        UserDefaults defaults{dir.filePath(QStringLiteral("preferences.ini"))};
+        ImportRunner importRunner{house.editor, defaults, window};
         Housekeeping housekeeping{house.editor, importRunner, window};
 
         Scene() { window.show(); }
