@@ -1,5 +1,6 @@
 #include "PIDetailFileVC.h"
 
+#include "CameraRows.h"
 #include "FileCommands.h"
 #include "FileNotifications.h"
 #include "FileViewer.h"
@@ -106,6 +107,7 @@ void PIDetailFileVC::build()
     form->addRow(tr("Pixels:"), m_photoSize);
     form->addRow(tr("Size:"), m_fileSize);
     form->addRow(tr("Date:"), m_date);
+    m_camera = new CameraRows(*form, *this);
 }
 
 void PIDetailFileVC::selectionChanged()
@@ -121,6 +123,7 @@ void PIDetailFileVC::selectionChanged()
     m_find->setVisible(lost && photo()->fileRef());
     m_findTree->setVisible(false);
     showFacts();
+    m_camera->show(present ? photo()->fileRef() : nullptr);
     if (lost)
         showMissing();
     if (present)

@@ -7,6 +7,7 @@
 
 #include <functional>
 
+class CameraRows;
 class LostFileCommands;
 class PIFileRef;
 class PIFolder;
@@ -16,8 +17,8 @@ class QLineEdit;
 class QPushButton;
 class QToolButton;
 
-/// The file section: the image file's name, which can be changed, its place, sizes and date, and the way to find it
-/// again when it is missing.
+/// The file section: the image file's name, which can be changed, its place, sizes and date, what it tells of the
+/// shot, and the way to find it again when it is missing.
 class PIDetailFileVC final : public PIDetailBaseVC
 {
     Q_OBJECT
@@ -60,6 +61,7 @@ private:
     QLabel *m_photoSize;
     QLabel *m_fileSize;
     QDateTimeEdit *m_date;
+    CameraRows *m_camera = nullptr;
     QLabel *m_missing;
     QPushButton *m_find;
     QPushButton *m_findTree;

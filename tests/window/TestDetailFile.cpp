@@ -2,9 +2,14 @@
 
 #include "DetailScene.h"
 
+#include "CameraFacts.h"
+#include "CameraFactsText.h"
+#include "CameraFile.h"
 #include "FakeAlerts.h"
 #include "FileDates.h"
+#include "FileNotifications.h"
 #include "FoundFileDialog.h"
+#include "NotedFile.h"
 
 #include <QAbstractProxyModel>
 #include <QDateTimeEdit>
@@ -90,6 +95,65 @@ private Q_SLOTS:
         answers->release();
         QTRY_VERIFY(pane.texts().contains(QStringLiteral("12.00 KB")));
         QCOMPARE(date.dateTime().toSecsSinceEpoch(), 1000000000);
+    }
+
+    void whatTheFileTellsOfTheShotIsShown()
+    {
+        DetailScene pane;
+        const auto shown = [&pane] {
+            QStringList rows;
+            for (const auto *label : pane.window.findChildren<QLabel *>()) {
+                if (label->isVisible() && label->accessibleName().contains(QLatin1String(": ")))
+                    rows << label->accessibleName();
+            }
+            return rows;
+        };
+        QCOMPARE(shown(), QStringList());
+
+        using namespace NotedFile;
+        const QByteArray jpeg = CameraFile::jpeg(Qt::red, {64, 48});
+        const auto write = [&pane](const QByteArray &bytes) {
+            QFile file(pane.path);
+            return file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size();
+        };
+        QVERIFY(write(withExif(jpeg, cameraNotes())));
+        pane.notifications.post(kFileChangeNotification, pane.photo->fileRef());
+        pane.select(pane.photo);
+        const QString moment =
+            QLocale().toString(QDateTime({2024, 5, 31}, {12, 34, 56}, Qt::UTC), QLocale::ShortFormat);
+        const QStringList all{QStringLiteral("Taken: %1 (UTC+02:00)").arg(moment), QStringLiteral("Camera: Norvik D5"),
+                              QStringLiteral("Lens: Norvik 85mm F1.8"),
+                              QStringLiteral("Exposure: 1/250 s · f/2.8 · ISO 400 · 85 mm")};
+        QTRY_COMPARE(shown(), all);
+
+        pane.select(pane.other); // it has no file
+        QCOMPARE(shown(), QStringList());
+        pane.select(pane.photo);
+        QTRY_COMPARE(shown(), all);
+
+        QVERIFY(write(withExif(jpeg, QByteArray("MM\0*\0\0\0\x08", 8) + directory({text(0x0110, "<b>X1")}, 8))));
+        pane.notifications.post(kFileChangeNotification, pane.photo->fileRef());
+        pane.select(pane.photo);
+        QTRY_COMPARE(shown(), QStringList(QStringLiteral("Camera: <b>X1")));
+    }
+
+    void exposuresReadAsOnCameras()
+    {
+        CameraFacts facts;
+        QCOMPARE(exposureText(facts), QString());
+        QCOMPARE(takenText(facts), QString());
+        facts.aperture = 0.95;
+        facts.focalLength = 4.25;
+        QCOMPARE(exposureText(facts), QStringLiteral("f/0.95 · 4.25 mm"));
+        for (const auto &[seconds, text] : std::initializer_list<std::pair<double, const char *>>{
+                 {1.0 / 8000, "1/8000 s"}, {1.0 / 3.3333, "0.3 s"}, {0.25, "1/4 s"}, {2.5, "2.5 s"}, {300, "300 s"}}) {
+            CameraFacts exposure;
+            exposure.exposureTime = seconds;
+            QCOMPARE(exposureText(exposure), QLatin1String(text));
+        }
+        facts.taken = QDateTime({2024, 5, 31}, {2, 30}, Qt::UTC);
+        facts.secondsFromUtc = -(3 * 60 + 30) * 60;
+        QVERIFY(takenText(facts).endsWith(QStringLiteral("(UTC−03:30)")));
     }
 
     void aNameThatCannotBeGivenIsTold()
