@@ -3,6 +3,7 @@
 // with one.
 
 #include "FileFinder.h"
+#include "FindMeasures.h"
 #include "KeywordCounts.h"
 #include "KeywordSearch.h"
 #include "NotificationCenter.h"
@@ -172,5 +173,6 @@ int main(int argc, char **argv)
     Photos photos(runner.folder());
     measureSearches(runner, photos);
     measureCounts(runner, photos);
+    measureFindingWords(runner);
     return runner.result();
 }
