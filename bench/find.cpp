@@ -47,7 +47,7 @@ struct Photos
     }
     static QList<quint64> keywordsOf(int number)
     {
-        const auto other = [number](int step) { return 2 + static_cast<quint64>(number) * step % (kKeywords - 2); };
+        const auto other = [number](quint64 step) { return 2 + static_cast<quint64>(number) * step % (kKeywords - 2); };
         QList<quint64> keywords{other(7), other(31)};
         keywords.append(number % 10 == 0 ? kEveryTenth : other(101));
         return keywords;

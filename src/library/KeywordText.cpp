@@ -72,7 +72,8 @@ QString KeywordText::asOneKeyword(const QString &text)
     if (spans.size() == 1 && spans.first().length == text.size() && spans.first().isKeyword(text) &&
         (text.front() != kQuote || text.back() == kQuote))
         return text;
-    return kQuote + QString(text).remove(kQuote) + kQuote;
+    const QString inner = QString(text).remove(kQuote);
+    return inner.trimmed().isEmpty() ? QString() : QString(kQuote + inner + kQuote);
 }
 
 QString KeywordText::listOf(const QStringList &keywords)
@@ -82,8 +83,8 @@ QString KeywordText::listOf(const QStringList &keywords)
         const bool isQuoted = keyword.size() > 2 && keyword.startsWith(kQuote) && keyword.endsWith(kQuote);
         QString phrase = isQuoted ? keyword.sliced(1, keyword.size() - 2) : keyword;
         phrase.replace(kQuote, u'\''); // nothing stands for a quote within quotes
-        if (!phrase.isEmpty())
-            list << asOneKeyword(phrase);
+        if (const QString whole = asOneKeyword(phrase); !whole.isEmpty())
+            list << whole;
     }
     return list.join(u' ');
 }
@@ -126,7 +127,7 @@ KeywordText::Completion KeywordText::completionAt(const QString &list, qsizetype
         const QString candidate = asOneKeyword(keyword);
         const qsizetype before = had.size();
         had.insert(candidate.toCaseFolded());
-        if (had.size() > before)
+        if (had.size() > before && !candidate.isEmpty())
             completion.candidates.append(candidate);
     }
     std::stable_sort(completion.candidates.begin(), completion.candidates.end(), standsBefore);

@@ -24,7 +24,8 @@ struct Span
 [[nodiscard]] QStringView innerText(QStringView keyword);
 /// Whether people are shown the one keyword before the other.
 [[nodiscard]] bool standsBefore(const QString &left, const QString &right);
-/// The text as a list takes it for one keyword: in quotes where it would be torn apart or dropped.
+/// The text as a list takes it for one keyword: in quotes where it would be torn apart or dropped. Empty when it has
+/// nothing but quotes and blanks.
 [[nodiscard]] QString asOneKeyword(const QString &text);
 /// The list of just these keywords, each as one; quotes within one become apostrophes.
 [[nodiscard]] QString listOf(const QStringList &keywords);

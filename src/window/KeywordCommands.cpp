@@ -4,8 +4,7 @@
 #include "PIAddKeywordDialog.h"
 #include "PIKeywordDialog.h"
 
-KeywordCommands::KeywordCommands(LibraryEditor &editor, QVUndoManager &undo, LibraryActions &actions, QWidget &window)
-    : QObject(&window)
+void bindKeywordCommands(LibraryEditor &editor, QVUndoManager &undo, LibraryActions &actions, QWidget &window)
 {
     actions.bind(Command::AddKeyword, [&editor, &window](bool) { PIAddKeywordDialog::addKeyword(editor, window); });
     actions.bind(Command::ManageKeywords,

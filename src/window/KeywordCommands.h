@@ -1,18 +1,9 @@
 #pragma once
 
-#include <QObject>
-
 class LibraryActions;
 class LibraryEditor;
 class QVUndoManager;
 class QWidget;
 
-/// The commands on keywords.
-class KeywordCommands final : public QObject
-{
-    Q_OBJECT
-
-public:
-    /// Lets the actions run the commands. All outlive it; `window` becomes its parent.
-    KeywordCommands(LibraryEditor &editor, QVUndoManager &undo, LibraryActions &actions, QWidget &window);
-};
+/// Lets the actions run the commands on keywords, with sheets over the window. All outlive the window.
+void bindKeywordCommands(LibraryEditor &editor, QVUndoManager &undo, LibraryActions &actions, QWidget &window);

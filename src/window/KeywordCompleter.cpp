@@ -32,6 +32,7 @@ KeywordCompleter::KeywordCompleter(const KeywordVocabulary &vocabulary, QWidget 
     m_list->setMaxVisibleItems(kMostRows);
     m_list->setWidget(&field);
     m_list->popup()->setTextElideMode(Qt::ElideMiddle);
+    m_list->popup()->setFrameStyle(QFrame::Box | QFrame::Plain); // it lies over text
     m_list->popup()->setAccessibleName(tr("Keywords"));
     m_list->popup()->installEventFilter(this);
     field.installEventFilter(this);
@@ -78,7 +79,10 @@ void KeywordCompleter::showUnder(qsizetype typedLength)
 /// In place of what was typed, as if it were typed: the field's own undo takes it back.
 void KeywordCompleter::take(const QString &keyword)
 {
-    const auto typed = KeywordText::completionAt(text(), cursor(), m_vocabulary).typed;
+    const auto completion = KeywordText::completionAt(text(), cursor(), m_vocabulary);
+    if (!completion.candidates.contains(keyword))
+        return; // the cursor is elsewhere now
+    const auto typed = completion.typed;
     QInputMethodEvent entry;
     entry.setCommitString(keyword, static_cast<int>(typed.begin) - cursor(), static_cast<int>(typed.length));
     m_isTaking = true;
@@ -112,6 +116,13 @@ bool KeywordCompleter::takeKey(QKeyEvent &event)
             QCoreApplication::sendEvent(&m_field, &event);
         return true;
     }
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Home:
+    case Qt::Key_End: // what is offered belongs where the cursor was
+        m_list->popup()->hide();
+        QCoreApplication::sendEvent(&m_field, &event);
+        return true;
     case Qt::Key_Escape:
         m_list->popup()->hide();
         return true;

@@ -9,6 +9,21 @@
 
 namespace {
 
+/// Keywords that contain a text, and those that are changed: what is committed is seen.
+class ShownRows final : public QSortFilterProxyModel
+{
+public:
+    using QSortFilterProxyModel::QSortFilterProxyModel;
+
+protected:
+    bool filterAcceptsRow(int row, const QModelIndex &parent) const override
+    {
+        const QModelIndex index = sourceModel()->index(row, KeywordTableModel::Keyword, parent);
+        return index.data(KeywordTableModel::ChangedRole).toBool() ||
+               QSortFilterProxyModel::filterAcceptsRow(row, parent);
+    }
+};
+
 /// Paints rows that are to be deleted red: their text, or what marks it when it is selected.
 class RowDelegate final : public QStyledItemDelegate
 {
@@ -33,13 +48,13 @@ protected:
 
 KeywordTable::KeywordTable(KeywordTableModel &model, QWidget *parent)
     : QTreeView(parent)
-    , m_filter(new QSortFilterProxyModel(this))
+    , m_shownRows(new ShownRows(this))
 {
-    m_filter->setDynamicSortFilter(false); // a row that is edited stays
-    m_filter->setFilterCaseSensitivity(Qt::CaseInsensitive);
-    m_filter->setFilterKeyColumn(KeywordTableModel::Keyword);
-    m_filter->setSourceModel(&model);
-    setModel(m_filter);
+    m_shownRows->setDynamicSortFilter(false); // a row that is edited stays
+    m_shownRows->setFilterCaseSensitivity(Qt::CaseInsensitive);
+    m_shownRows->setFilterKeyColumn(KeywordTableModel::Keyword);
+    m_shownRows->setSourceModel(&model);
+    setModel(m_shownRows);
     setItemDelegate(new RowDelegate(this));
     setRootIsDecorated(false);
     setUniformRowHeights(true); // there may be very many
@@ -58,22 +73,27 @@ KeywordTable::KeywordTable(KeywordTableModel &model, QWidget *parent)
 
 void KeywordTable::setFilter(const QString &text)
 {
-    m_filter->setFilterFixedString(text);
-    if (selectedRow() >= 0)
+    const int selected = selectedRow();
+    m_shownRows->setFilterFixedString(text);
+    if (selected < 0)
+        return;
+    if (m_shownRows->mapFromSource(m_shownRows->sourceModel()->index(selected, 0)).isValid())
         scrollTo(currentIndex());
+    else
+        selectionModel()->clear(); // not another in its place
 }
 
 int KeywordTable::selectedRow() const
 {
     const QModelIndexList rows = selectionModel()->selectedRows();
-    return rows.isEmpty() ? -1 : m_filter->mapToSource(rows.first()).row();
+    return rows.isEmpty() ? -1 : m_shownRows->mapToSource(rows.first()).row();
 }
 
 void KeywordTable::enter()
 {
     setFocus();
     if (selectedRow() < 0)
-        setCurrentIndex(m_filter->index(0, KeywordTableModel::Keyword));
+        setCurrentIndex(m_shownRows->index(0, KeywordTableModel::Keyword));
 }
 
 void KeywordTable::editSelected()
@@ -100,6 +120,8 @@ void KeywordTable::keyPressEvent(QKeyEvent *event)
 {
     if (event->matches(QKeySequence::Delete))
         Q_EMIT deleteWanted();
+    else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        editSelected(); // rather than close the sheet
     else
         QTreeView::keyPressEvent(event);
 }

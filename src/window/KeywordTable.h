@@ -14,7 +14,7 @@ public:
     /// `model` outlives the table.
     explicit KeywordTable(KeywordTableModel &model, QWidget *parent = nullptr);
 
-    /// Shows only keywords that contain the text.
+    /// Shows only keywords that contain the text or are changed.
     void setFilter(const QString &text);
     /// The model's row that is selected; -1 when there is none.
     [[nodiscard]] int selectedRow() const;
@@ -36,5 +36,5 @@ protected:
     void focusInEvent(QFocusEvent *event) override;
 
 private:
-    QSortFilterProxyModel *m_filter;
+    QSortFilterProxyModel *m_shownRows;
 };

@@ -48,6 +48,8 @@ QVariant KeywordTableModel::data(const QModelIndex &index, int role) const
         return index.column() == Photos ? QVariant(Qt::AlignRight | Qt::AlignVCenter) : QVariant();
     case ToBeDeletedRole:
         return row.isToBeDeleted;
+    case ChangedRole:
+        return row.isToBeDeleted || row.isRenamed;
     default:
         return {};
     }
@@ -74,9 +76,10 @@ bool KeywordTableModel::setData(const QModelIndex &index, const QVariant &value,
 {
     if (role != Qt::EditRole || index.column() != Keyword)
         return false;
-    const QString text = value.toString().trimmed();
-    if (value.toString() != m_manager.rows().at(index.row()).key)
-        m_manager.setKey(index.row(), text.isEmpty() ? QString() : KeywordText::asOneKeyword(text));
+    const QString text = value.toString();
+    const QString keyword = KeywordText::asOneKeyword(text.trimmed());
+    if (text != m_manager.rows().at(index.row()).key && (text.isEmpty() || !keyword.isEmpty()))
+        m_manager.setKey(index.row(), keyword);
     rowChanged(index.row());
     return true;
 }

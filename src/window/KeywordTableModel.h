@@ -12,7 +12,10 @@ class KeywordTableModel final : public QAbstractTableModel
 
 public:
     enum Column { Keyword, Photos, ColumnCount };
-    enum Role { ToBeDeletedRole = Qt::UserRole };
+    enum Role {
+        ToBeDeletedRole = Qt::UserRole,
+        ChangedRole, ///< in whatever way
+    };
 
     /// Both outlive the model.
     KeywordTableModel(KeywordManager &manager, const KeywordCounts &counts, QObject *parent);
@@ -22,7 +25,7 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex &index) const override;
-    /// The text becomes one keyword: in quotes where it would be several.
+    /// The text becomes one keyword: in quotes where it would be several. None of nothing but blanks and quotes.
     bool setData(const QModelIndex &index, const QVariant &value, int role) override;
 
     void toggleDeleted(int row);

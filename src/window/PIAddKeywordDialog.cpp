@@ -4,7 +4,6 @@
 #include "KeywordCompleter.h"
 #include "KeywordEdits.h"
 #include "KeywordPopup.h"
-#include "KeywordText.h"
 #include "LibraryEditor.h"
 #include "LibraryView.h"
 #include "PhotoEdits.h"
@@ -87,7 +86,7 @@ QString PIAddKeywordDialog::question() const
 
 void PIAddKeywordDialog::addFromList(const QString &keyword)
 {
-    m_keyword->setText(KeywordText::asOneKeyword(keyword));
+    m_keyword->setText(keyword);
     m_keyword->setFocus();
 }
 

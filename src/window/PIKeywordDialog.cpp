@@ -137,8 +137,9 @@ void PIKeywordDialog::observe()
     connect(m_model, &QAbstractItemModel::dataChanged, this, &PIKeywordDialog::nameDeleteButton);
     connect(m_renameButton, &QPushButton::clicked, m_keywordTable, &KeywordTable::editSelected);
     connect(m_deleteButton, &QPushButton::clicked, this, &PIKeywordDialog::toggleDeleted);
-    connect(m_jumpButton, &QPushButton::clicked, this, &PIKeywordDialog::jumpToPhoto);
-    connect(m_thumbnailView, &ThumbnailGridView::photoActivated, this, &PIKeywordDialog::jumpToPhoto);
+    connect(m_jumpButton, &QPushButton::clicked, this, [this] { jumpToPhoto(firstSelectedResult()); });
+    connect(m_thumbnailView, &ThumbnailGridView::photoActivated, this,
+            [this](int row) { jumpToPhoto(std::as_const(*m_dummyFolder).photos().value(row)); });
     connect(m_thumbnailView, &ThumbnailGridView::selectedPhotosChanged, this,
             [this] { m_jumpButton->setEnabled(firstSelectedResult() != nullptr); });
     m_keywordsObserver = m_editor.library().notifications().observe(kKeywordsNotification, [this](const auto &) {
@@ -181,9 +182,8 @@ void PIKeywordDialog::ok()
         accept();
 }
 
-void PIKeywordDialog::jumpToPhoto()
+void PIKeywordDialog::jumpToPhoto(const std::shared_ptr<PIPhoto> &photo)
 {
-    const auto photo = firstSelectedResult();
     if (!photo || !commitChanges())
         return;
     m_editor.library().notifications().post(kForcePhotoNotification, photo);

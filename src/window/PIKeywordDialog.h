@@ -42,7 +42,7 @@ private:
     /// Commits the changes and closes.
     void ok();
     void toggleDeleted();
-    void jumpToPhoto();
+    void jumpToPhoto(const std::shared_ptr<PIPhoto> &photo);
     [[nodiscard]] bool commitChanges();
     void selectionChanged();
     void nameDeleteButton();

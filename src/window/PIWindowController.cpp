@@ -99,7 +99,7 @@ PIWindowController::PIWindowController(PhotoLibrary &library, UserDefaults &defa
 {
     buildPanes();
     bindCommands();
-    new KeywordCommands(m_editor, m_undoManager, *m_actions, *m_window);
+    bindKeywordCommands(m_editor, m_undoManager, *m_actions, *m_window);
     bindViewCommands(*m_actions, *m_thumbnailView, *m_window, defaults);
     observe();
     QTimer::singleShot(0, m_paneSplitter, &PaneSplitter::setInitialSplit);
@@ -113,7 +113,7 @@ PIWindowController::~PIWindowController()
     m_undoManager.setChangeListener({});
     const auto sheets = m_window->findChildren<QDialog *>();
     for (QDialog *sheet : sheets)
-        sheet->hide();
+        sheet->hide();                        // what is being typed there is given up first
     m_window->hide();                         // whoever has the focus gives it up while everything is still there
     disconnect(qApp, nullptr, this, nullptr); // but a sheet that is open does when it goes
     m_window.reset();                         // its children refer to members that end after it

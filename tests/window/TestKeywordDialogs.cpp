@@ -148,9 +148,15 @@ private Q_SLOTS:
         manager.filter.setFocus();
         QTest::keyClicks(&manager.filter, QStringLiteral("BO"));
         QCOMPARE(manager.rows(), QStringLiteral("<b>bold</b>:0 boat:3"));
+        QCOMPARE(manager.table.selectedRow(), -1); // none takes the place of the one that went
         QTest::keyClick(&manager.filter, Qt::Key_Return);
         QCOMPARE(manager.table.selectedRow(), 1);
-        QVERIFY(desk.isOpen());
+        QTest::keyClick(&manager.table, Qt::Key_Return);
+        QVERIFY(desk.isOpen() && manager.table.viewport()->findChild<QLineEdit *>());
+        QTest::keyClick(manager.table.viewport()->findChild<QLineEdit *>(), Qt::Key_Escape);
+        QTest::keyClick(&manager.table, Qt::Key_Delete);
+        manager.filter.setText(QStringLiteral("sea"));
+        QCOMPARE(manager.rows(), QStringLiteral("<b>bold</b>:0 sea:2")); // what is to be deleted stays in sight
     }
 
     void theManagerCommitsOrForgets()
@@ -160,6 +166,8 @@ private Q_SLOTS:
         for (const bool commits : {false, true}) {
             const Manager manager{desk.open<PIKeywordDialog>(Command::ManageKeywords)};
             manager.type(2, " new york ");
+            for (const char *nothing : {"  ", "\"", "\" \""})
+                manager.type(3, nothing);
             manager.type(1, "");
             manager.select(3);
             manager.table.setFocus();
@@ -187,6 +195,8 @@ private Q_SLOTS:
         manager.type(3, "lake");
         QTRY_VERIFY(manager.shows("3 photos"));
         manager.results.setFocus();
+        QTest::keyClick(&manager.results, Qt::Key_Home);
+        QTest::keyClick(&manager.results, Qt::Key_End);
         QTest::keyClick(&manager.results, Qt::Key_Return);
         QTRY_VERIFY(!desk.isOpen());
         QCOMPARE(desk.controller->shownFolder(), desk.second);
@@ -255,6 +265,12 @@ private Q_SLOTS:
         QVERIFY(!list.isVisible());
         field.undo();
         QCOMPARE(field.text(), QStringLiteral("boat, new n"));
+
+        type("e");
+        QTest::keyClick(&list, Qt::Key_Home); // what is offered belongs where the cursor was
+        QVERIFY(!list.isVisible());
+        Q_EMIT field.findChild<QCompleter *>()->activated(QStringLiteral("news"));
+        QCOMPARE(field.text(), QStringLiteral("boat, new ne"));
 
         field.selectAll();
         type("n");
