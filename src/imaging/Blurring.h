@@ -6,7 +6,10 @@
 /// alpha weighs. Wide ones are computed on a smaller picture.
 namespace Blurring {
 
-[[nodiscard]] bool addGaussian(WorkingImage &image, double deviation);
+/// Whether what is left out of the computation may come to a part of an 8-bit step. Full is for filters that make much
+/// of small differences.
+enum class Precision { Visible, Full };
+[[nodiscard]] bool addGaussian(WorkingImage &image, double deviation, Precision precision = Precision::Visible);
 
 [[nodiscard]] bool addRowsWithGaussian(WorkingImage &image, double deviation,
                                        const WorkingImage::RowCombination &combine);

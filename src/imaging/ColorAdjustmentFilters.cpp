@@ -38,8 +38,13 @@ bool exposureAdjust(WorkingImage &image, const FilterValues &values)
 bool gammaAdjust(WorkingImage &image, const FilterValues &values)
 {
     const auto power = float(values.number("inputPower", -100, 100));
+    const float ofZero = std::pow(0.0F, power);
     return addColorStep(image, [=](Pixel &pixel) {
-        eachColor(pixel, [&](float c) { return std::copysign(std::pow(std::fabs(c), power), c); });
+        eachColor(pixel, [&](float c) {
+            const float size = std::fabs(c);
+            const float result = SrgbCurve::powerOf(size, power);
+            return std::copysign(size > 0 ? result : ofZero, c);
+        });
     });
 }
 

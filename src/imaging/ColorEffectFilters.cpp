@@ -117,9 +117,14 @@ bool addRamp(WorkingImage &image, const std::array<Pixel, count> &ramp, bool isN
     return addColorStep(image, [=](Pixel &pixel) {
         const float light = SrgbCurve::encoded(clamped(luminance(pixel)));
         const float place = (isNegative ? 1 - light : light) * float(count - 1);
-        const size_t step = std::min(size_t(place), count - 2);
         const float alpha = pixel.a;
-        pixel = mixed(ramp[step], ramp[step + 1], place - float(step));
+        pixel = ramp[0];
+        for (size_t i = 1; i < count; ++i) {
+            const float share = clamped(place - float(i - 1));
+            pixel.r += share * (ramp[i].r - ramp[i - 1].r);
+            pixel.g += share * (ramp[i].g - ramp[i - 1].g);
+            pixel.b += share * (ramp[i].b - ramp[i - 1].b);
+        }
         eachColor(pixel, SrgbCurve::linear);
         pixel.a = alpha;
     });
@@ -141,15 +146,13 @@ bool xRay(WorkingImage &image, const FilterValues &)
 bool dither(WorkingImage &image, const FilterValues &values)
 {
     const auto strength = float(values.number("inputIntensity", -5, 5) / 2);
-    return image.setAlpha(WorkingImage::Alpha::Straight) && image.addRowStep([=](Pixel *row, int count, int x, int y) {
-        for (int i = 0; i < count; ++i) {
-            quint32 channel = 0;
-            eachColor(row[i], [&](float c) {
-                const quint32 cell = PixelMath::cellHash(x + i, y, channel++);
-                const float noise = PixelMath::unit(cell) + PixelMath::unit(PixelMath::scrambled(cell)) - 1;
-                return SrgbCurve::linear(SrgbCurve::encoded(c) + strength * noise);
-            });
-        }
+    return image.setAlpha(WorkingImage::Alpha::Straight) && image.addPointStep([=](Pixel &pixel, int x, int y) {
+        quint32 channel = 0;
+        eachColor(pixel, [&](float c) {
+            const quint32 cell = PixelMath::cellHash(x, y, channel++);
+            const float noise = PixelMath::unit(cell) + PixelMath::unit(PixelMath::scrambled(cell)) - 1;
+            return SrgbCurve::linear(SrgbCurve::encoded(c) + strength * noise);
+        });
     });
 }
 

@@ -36,9 +36,10 @@ bool addFilm(WorkingImage &image, float saturation, Curves curves)
 }
 
 // Powers of what lies below nothing are nothing.
-float power(float x, float exponent)
+TAMSEL_WIDE inline float power(float x, float exponent)
 {
-    return x > 0 ? std::pow(x, exponent) : 0;
+    const float result = SrgbCurve::powerOf(x, exponent);
+    return x > 0 ? result : 0;
 }
 
 }

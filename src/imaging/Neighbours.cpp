@@ -276,6 +276,6 @@ bool Neighbours::addLightness(WorkingImage &image, double deviation)
 {
     return image.setAlpha(Alpha::Straight) && image.addPixelStep([](Pixel &pixel) {
         pixel = PixelMath::grey(SrgbCurve::encoded(luminance(pixel)), pixel.a);
-    }) && Blurring::addGaussian(image, deviation) &&
+    }) && Blurring::addGaussian(image, deviation, Blurring::Precision::Full) &&
            image.setAlpha(Alpha::Straight);
 }

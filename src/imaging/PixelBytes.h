@@ -2,23 +2,17 @@
 
 #include "WorkingImage.h"
 
-#include <array>
-
-/// Between the 8-bit sRGB of pictures and the pixels of working images.
+/// Between the 8-bit sRGB of pictures and the pixels of working images. Of pixels in blocks, at most as many as one
+/// holds; alpha is not multiplied into their colours.
 namespace PixelBytes {
 
-/// The values of bytes.
-using Levels = std::array<float, 256>;
-[[nodiscard]] Levels levelsOf(WorkingImage::Light light);
+/// Ignores alpha, which becomes 1.
+void readOpaque(PixelBlock &to, const QRgb *from, int count, WorkingImage::Light light);
+void readPremultiplied(PixelBlock &to, const QRgb *from, int count, WorkingImage::Light light);
 
-[[nodiscard]] Pixel pixelOf(QRgb premultiplied, WorkingImage::Light light, const Levels &levels);
-
-/// At most as many as a block holds; opaque.
-void read(PixelBlock &to, const QRgb *from, int count, WorkingImage::Light light, const Levels &levels);
-void load(PixelBlock &to, const Pixel *from, int count);
-void write(QRgb *to, const PixelBlock &from, int count, WorkingImage::Light light);
-
-/// Alpha is multiplied in. Tells whether every pixel is opaque.
-[[nodiscard]] bool writeClear(QRgb *to, const Pixel *from, int count, WorkingImage::Light light);
+/// Opaque, whatever alpha is.
+void writeOpaque(QRgb *to, const PixelBlock &from, int count, WorkingImage::Light light);
+/// Tells whether every pixel is opaque.
+[[nodiscard]] bool writePremultiplied(QRgb *to, const PixelBlock &from, int count, WorkingImage::Light light);
 
 }

@@ -29,7 +29,9 @@ bool sharpenLuminance(WorkingImage &image, const FilterValues &values)
 bool unsharpMask(WorkingImage &image, const FilterValues &values)
 {
     const auto intensity = float(values.number("inputIntensity"));
-    const std::array<float, 8> more{intensity, intensity, intensity, 0, intensity, intensity, intensity, 0};
+    std::array<float, 16> more{}; // for each of as many numbers as are computed together
+    for (size_t i = 0; i < more.size(); ++i)
+        more[i] = i % 4 == 3 ? 0 : intensity; // not alpha
     const auto sharpen = [more](Pixel *row, const Pixel *mean, int count) {
         float *own = &row->r;
         const float *blurred = &mean->r;

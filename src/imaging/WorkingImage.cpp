@@ -1,17 +1,12 @@
 #include "WorkingImage.h"
 
 #include "HalfFloats.h"
+#include "PixelRuns.h"
 #include "PixelSource.h"
 #include "SrgbCurve.h"
 
-#include <QThread>
-
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
-#include <thread>
-
-#include <sys/mman.h>
 
 namespace {
 
@@ -45,79 +40,12 @@ struct AddedStep
     }
 };
 
-/// libvips is C: nothing may be thrown through it.
-template<typename Run>
-int guarded(Run run)
-{
-    try {
-        return run() ? 0 : -1;
-    } catch (const std::exception &) {
-        return -1; // memory is short
-    }
-}
-
 // `regions` are those of the inputs, null when there are none.
 int runStep(VipsRegion *out, void *regions, void *, void *data, gboolean *)
 {
     const auto *step = static_cast<AddedStep *>(data);
-    return guarded([&] { return !isSet(step->cancelled) && step->run(*out, static_cast<VipsRegion **>(regions)); });
-}
-
-using Light = WorkingImage::Light;
-using PointSteps = std::vector<WorkingImage::PointStep>;
-
-// No filter makes sense of more, and sums of such values stay numbers.
-void makeSane(Pixel *row, int count)
-{
-    float *values = &row->r;
-    Wide::runFloats(count * kBands, [=](int i, auto many) TAMSEL_WIDE {
-        using Floats = typename decltype(many)::Floats;
-        const Floats most = Floats{} + 1e6F;
-        auto &value = *reinterpret_cast<Floats *>(values + i);
-        value = value == value ? value : Floats{}; // no number
-        value = value < most ? value : most;
-        value = value > -most ? value : -most;
-    });
-}
-
-// Calls `finish(row, count, x, y)` for the pixels of an area behind the steps, a few at a time.
-template<typename Finish>
-void runRows(VipsRegion &in, const VipsRect &area, const PointSteps &steps, Finish finish)
-{
-    std::array<Pixel, PixelBlock::kMost> part;
-    inBlocks(area, [&](int x, int y, int count) {
-        const Pixel *from = pixelAt(in, x, y);
-        if (!steps.empty()) {
-            std::memcpy(part.data(), from, size_t(count) * sizeof(Pixel));
-            from = part.data();
-        }
-        for (const auto &step : steps)
-            step.onRow(part.data(), count, x, y);
-        finish(from, count, x, y);
-    });
-}
-
-// The same with blocks, when no step needs to know the place.
-template<typename Finish>
-void runBlocks(VipsRegion &in, const VipsRect &area, const PointSteps &steps, Finish finish)
-{
-    PixelBlock block;
-    inBlocks(area, [&](int x, int y, int count) {
-        PixelBytes::load(block, pixelAt(in, x, y), count);
-        for (const auto &step : steps)
-            step.onBlock(block, count);
-        finish(block, count, x, y);
-    });
-}
-
-// Copies pixels into a piece.
-auto into(VipsRegion &out)
-{
-    return [&out](const Pixel *row, int count, int x, int y) {
-        Pixel *to = pixelAt(out, x, y);
-        std::memcpy(to, row, size_t(count) * sizeof(Pixel));
-        makeSane(to, count);
-    };
+    return PixelRuns::guarded(
+        [&] { return !isSet(step->cancelled) && step->run(*out, static_cast<VipsRegion **>(regions)); });
 }
 
 }
@@ -179,20 +107,13 @@ bool prepareSame(VipsRegion &in, const VipsRegion &out)
 
 }
 
-bool WorkingImage::addRowStep(RowStep step)
-{
-    m_pointSteps.push_back({std::move(step), {}});
-    return true;
-}
-
 bool WorkingImage::addRows()
 {
     if (m_source) {
-        const PixelSource source(*std::exchange(m_source, nullptr), m_sourceLight.value_or(m_light),
-                                 std::exchange(m_pointSteps, {}));
+        const PixelSource source(*std::exchange(m_source, nullptr), m_sourceLight.value_or(m_light));
         return addStep(std::vector<VipsImage *>(), m_frame, Pieces::Rows,
-                       [source](VipsRegion &out, VipsRegion *const *) {
-                           source.run(out.valid, into(out));
+                       [source, steps = std::exchange(m_pointSteps, {})](VipsRegion &out, VipsRegion *const *) {
+                           PixelRuns::run(out.valid, steps, source.reader(), PixelRuns::into(out));
                            return true;
                        });
     }
@@ -202,7 +123,7 @@ bool WorkingImage::addRows()
                    [steps = std::exchange(m_pointSteps, {})](VipsRegion &out, VipsRegion *const *in) {
                        if (!prepareSame(*in[0], out))
                            return false;
-                       runRows(*in[0], out.valid, steps, into(out));
+                       PixelRuns::run(out.valid, steps, PixelRuns::from(*in[0]), PixelRuns::into(out));
                        return true;
                    });
 }
@@ -217,15 +138,11 @@ bool WorkingImage::combineRows(const WorkingImage &other, RowCombination step)
             Pixel *row = pixelAt(out, area.left, y);
             std::memcpy(row, pixelAt(*in[0], area.left, y), size_t(area.width) * sizeof(Pixel));
             step(row, pixelAt(*in[1], area.left, y), area.width);
-            makeSane(row, area.width);
+            PixelRuns::makeSane(row, area.width);
         }
         return true;
     };
-    WorkingImage theirs = other;
-    if (!addRows() || !theirs.addRows())
-        return false;
-    m_isCostly = m_isCostly || other.m_isCostly;
-    return addStep({m_image.get(), theirs.m_image.get()}, size(), Pieces::Rows, run);
+    return addPairStep(other, run);
 }
 
 bool WorkingImage::blendWith(const WorkingImage &other, std::function<float(int x, int y)> share)
@@ -253,11 +170,16 @@ bool WorkingImage::blendWith(const WorkingImage &other, std::function<float(int 
         }
         return true;
     };
+    return addPairStep(other, run);
+}
+
+bool WorkingImage::addPairStep(const WorkingImage &other, Step step)
+{
     WorkingImage theirs = other;
     if (!addRows() || !theirs.addRows())
         return false;
     m_isCostly = m_isCostly || other.m_isCostly;
-    return addStep({m_image.get(), theirs.m_image.get()}, size(), Pieces::Rows, run);
+    return addStep({m_image.get(), theirs.m_image.get()}, size(), Pieces::Rows, std::move(step));
 }
 
 bool WorkingImage::setForm(Alpha alpha, Light light)
@@ -312,20 +234,21 @@ private:
 
 bool WorkingImage::keepPieces(Reading reading, int margin)
 {
-    constexpr int side = 64;
-    constexpr qint64 bytes = side * side * qint64(sizeof(Pixel));
+    constexpr int width = 128;
+    constexpr int height = 64;
+    constexpr qint64 bytes = width * height * qint64(sizeof(Pixel));
     constexpr int most = int((64 << 20) / bytes);
     constexpr qint64 mostOfChain = 160 << 20;
     constexpr int pieceHeight = 128; // that is asked for at a time
     if (!m_isCostly)
         return true;
     // Bands of tiles from the left to the right.
-    const int bands = reading == Reading::Around ? (pieceHeight + 2 * margin) / side + 2 : most;
-    const int kept = std::min(most, bands * (size().width() / side + 2));
+    const int bands = reading == Reading::Around ? (pieceHeight + 2 * margin) / height + 2 : most;
+    const int kept = std::min(most, bands * ((size().width() + width - 1) / width));
     if (*m_keptBytes + kept * bytes > mostOfChain)
         return settle();
     const bool isKept = add([kept](VipsImage *in, VipsImage **out) {
-        return vips_tilecache(in, out, "tile_width", side, "tile_height", side, "max_tiles", kept, "access",
+        return vips_tilecache(in, out, "tile_width", width, "tile_height", height, "max_tiles", kept, "access",
                               VIPS_ACCESS_RANDOM, "threaded", TRUE, nullptr);
     });
     m_isCostly = !isKept;
@@ -350,146 +273,4 @@ bool WorkingImage::settle()
                whole->read(out);
                return true;
            });
-}
-
-namespace {
-
-int visitPiece(VipsRegion *piece, void *, void *visit, void *, gboolean *)
-{
-    return guarded([&] { return (*static_cast<std::function<bool(VipsRegion &)> *>(visit))(*piece); });
-}
-
-// Small pictures are made side by side; a large one is waited for.
-int threadsFor(QSize size)
-{
-    constexpr qint64 large = 500'000;
-    return qint64(size.width()) * size.height() < large ? 1 : std::clamp(QThread::idealThreadCount(), 1, 8);
-}
-
-}
-
-bool WorkingImage::sink(std::function<bool(VipsRegion &)> visit) const
-{
-    VipsImage *last = nullptr;
-    if (vips_copy(m_image.get(), &last, nullptr) != 0)
-        return false;
-    vips_image_set_int(last, VIPS_META_CONCURRENCY, threadsFor(size()));
-    const bool isDone = vips_sink(last, nullptr, visitPiece, nullptr, &visit, nullptr) == 0;
-    g_object_unref(last);
-    return isDone && !isSet(m_cancelled);
-}
-
-bool WorkingImage::visitPieces(std::function<bool(VipsRegion &)> visit) const
-{
-    WorkingImage whole = *this;
-    return whole.addRows() && whole.sink(std::move(visit));
-}
-
-// What lies outside is never computed; what is not there is clear.
-bool WorkingImage::fitFrame()
-{
-    const QSize own = size();
-    if (own == m_frame)
-        return true;
-    if (own.width() < m_frame.width() || own.height() < m_frame.height())
-        m_mayBeClear = true;
-    return add([&](VipsImage *in, VipsImage **out) {
-        return vips_embed(in, out, 0, m_frame.height() - own.height(), m_frame.width(), m_frame.height(), "extend",
-                          VIPS_EXTEND_BLACK, nullptr);
-    });
-}
-
-namespace {
-
-// In large pages of memory, which the kernel hands out faster than many small ones.
-QImage largeImage(QSize size, QImage::Format format)
-{
-    constexpr size_t page = 2 << 20;
-    const size_t bytes = size_t(size.width()) * size_t(size.height()) * sizeof(QRgb);
-    void *memory = bytes >= 4 * page ? std::aligned_alloc(page, (bytes + page - 1) / page * page) : nullptr;
-    if (!memory)
-        return {size, format};
-    madvise(memory, bytes, MADV_HUGEPAGE); // if the system has them
-    return {static_cast<uchar *>(memory),
-            size.width(),
-            size.height(),
-            size.width() * qsizetype(sizeof(QRgb)),
-            format,
-            std::free,
-            memory};
-}
-
-// Calls `start` that many times; fewer threads do where the system has no more.
-template<typename Start>
-void startThreads(int count, Start start)
-{
-    try {
-        for (int i = 0; i < count; ++i)
-            start();
-    } catch (const std::exception &) {
-    }
-}
-
-// Runs `work(rows)` for bands of rows on several threads, until one of them tells false.
-bool forBands(QSize size, const std::function<bool(const VipsRect &)> &work)
-{
-    constexpr int height = 16;
-    std::atomic<int> next = 0;
-    std::atomic<bool> isDone = true;
-    const auto run = [&] {
-        for (int top = next.fetch_add(height); top < size.height() && isDone; top = next.fetch_add(height)) {
-            const VipsRect band{0, top, size.width(), std::min(height, size.height() - top)};
-            if (guarded([&] { return work(band); }) != 0)
-                isDone = false;
-        }
-    };
-    std::vector<std::thread> threads;
-    startThreads(threadsFor(size) - 1, [&] { threads.emplace_back(run); });
-    run();
-    for (std::thread &thread : threads)
-        thread.join();
-    return isDone;
-}
-
-}
-
-bool WorkingImage::computeInto(uchar *bits, qsizetype bytesPerLine, std::atomic<bool> &isOpaque)
-{
-    const auto at = [=](int x, int y) { return reinterpret_cast<QRgb *>(bits + y * bytesPerLine) + x; };
-    const auto writeBlock = [=, this](const PixelBlock &block, int count, int x, int y) {
-        PixelBytes::write(at(x, y), block, count, m_light);
-    };
-    const auto writeRow = [=, this, &isOpaque](const Pixel *row, int count, int x, int y) {
-        if (!PixelBytes::writeClear(at(x, y), row, count, m_light))
-            isOpaque = false;
-    };
-    const bool inBlocks = !m_mayBeClear && std::all_of(m_pointSteps.cbegin(), m_pointSteps.cend(),
-                                                       [](const PointStep &step) { return bool(step.onBlock); });
-    if (m_source) {
-        const PixelSource source(*m_source, m_sourceLight.value_or(m_light), m_pointSteps);
-        return forBands(m_frame, [&](const VipsRect &band) {
-            inBlocks ? source.runBlocks(band, writeBlock) : source.run(band, writeRow);
-            return !isSet(m_cancelled);
-        });
-    }
-    return sink([&](VipsRegion &piece) {
-        inBlocks ? runBlocks(piece, piece.valid, m_pointSteps, writeBlock)
-                 : runRows(piece, piece.valid, m_pointSteps, writeRow);
-        return !isSet(m_cancelled);
-    });
-}
-
-QImage WorkingImage::pixels()
-{
-    if (!setForm(Alpha::Straight, m_light) || !fitFrame())
-        return {};
-    QImage image = largeImage(m_frame, m_mayBeClear ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-    if (image.isNull())
-        return {};
-    std::atomic<bool> isOpaque = true;
-    // The bits are asked for once: the threads must not detach the image.
-    const bool isDone = computeInto(image.bits(), image.bytesPerLine(), isOpaque);
-    if (isOpaque)
-        image.reinterpretAsFormat(QImage::Format_RGB32);
-    return isDone ? image : QImage();
 }

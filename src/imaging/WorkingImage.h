@@ -45,14 +45,8 @@ public:
     enum class Pieces { Rows, Tiles };
     /// Fills the valid part of `out`; false on failure. Runs on several threads at once.
     using Step = std::function<bool(VipsRegion &out, VipsRegion *const *in)>;
-    using RowStep = std::function<void(Pixel *row, int count, int x, int y)>;
-    using BlockStep = std::function<void(PixelBlock &block, int count)>;
-    /// A step on pixels where they are, in two forms that do the same.
-    struct PointStep
-    {
-        RowStep onRow;
-        BlockStep onBlock; ///< empty for those that need to know the place
-    };
+    /// Changes pixels that stand side by side from (x, y) on.
+    using PointStep = std::function<void(PixelBlock &block, int count, int x, int y)>;
     using RowCombination = std::function<void(Pixel *row, const Pixel *other, int count)>;
 
     WorkingImage() = default;
@@ -79,8 +73,6 @@ public:
 
     /// Adds a step that computes an image of that size from this one.
     [[nodiscard]] bool addStep(QSize size, Pieces pieces, Step step);
-    /// Adds a step that changes pixels where they are.
-    [[nodiscard]] bool addRowStep(RowStep step);
     /// The same with another image of the same size and form: `step(pixel, of the other)`.
     template<typename Function>
     [[nodiscard]] bool combineWith(const WorkingImage &other, Function step)
@@ -111,18 +103,12 @@ public:
     }
     /// What has been added last costs more than a row step.
     void setCostly() { m_isCostly = true; }
-    /// Adds a step `function(pixel)` without regard to the place.
+    /// Adds a step `function(pixel, x, y)` on pixels where they are.
     template<typename Function>
-    [[nodiscard]] bool addPixelStep(Function function)
+    [[nodiscard]] bool addPointStep(Function function)
     {
-        const auto onRow = [function](Pixel *row, int count, int, int) {
-            Wide::run([row, count, function]() TAMSEL_WIDE {
-                for (int i = 0; i < count; ++i)
-                    function(row[i]);
-            });
-        };
-        const auto onBlock = [function](PixelBlock &block, int count) {
-            Wide::run([&block, count, function]() TAMSEL_WIDE {
+        m_pointSteps.push_back([function](PixelBlock &block, int count, int x, int y) {
+            Wide::run([&block, count, x, y, function]() TAMSEL_WIDE {
                 float *r = block.r.data();
                 float *g = block.g.data();
                 float *b = block.b.data();
@@ -130,25 +116,28 @@ public:
 #pragma GCC ivdep
                 for (int i = 0; i < count; ++i) {
                     Pixel pixel{r[i], g[i], b[i], a[i]};
-                    function(pixel);
+                    function(pixel, x + i, y);
                     r[i] = pixel.r;
                     g[i] = pixel.g;
                     b[i] = pixel.b;
                     a[i] = pixel.a;
                 }
             });
-        };
-        m_pointSteps.push_back({onRow, onBlock});
+        });
         return true;
     }
-    /// Adds a step `function(pixel, place)`; places count from the left bottom corner, to the middle of pixels.
+    /// The same with `function(pixel)`, without regard to the place.
+    template<typename Function>
+    [[nodiscard]] bool addPixelStep(Function function)
+    {
+        return addPointStep([function](Pixel &pixel, int, int) TAMSEL_WIDE { function(pixel); });
+    }
+    /// The same with `function(pixel, place)`; places count from the left bottom corner, to the middle of pixels.
     template<typename Function>
     [[nodiscard]] bool addPlacedStep(Function function)
     {
-        return addRowStep([function, height = size().height()](Pixel *row, int count, int x, int y) {
-            for (int i = 0; i < count; ++i)
-                function(row[i], QPointF(x + i + 0.5, height - y - 0.5));
-        });
+        return addPointStep([function, height = size().height()](Pixel &pixel, int x, int y)
+                                TAMSEL_WIDE { function(pixel, QPointF(x + 0.5, height - y - 0.5)); });
     }
     /// Where a next step reads.
     enum class Reading { Around, Anywhere };
@@ -177,6 +166,7 @@ private:
     [[nodiscard]] bool take(VipsImage *image);
     [[nodiscard]] bool sink(std::function<bool(VipsRegion &)> visit) const;
     [[nodiscard]] bool addStep(const std::vector<VipsImage *> &inputs, QSize size, Pieces pieces, Step step);
+    [[nodiscard]] bool addPairStep(const WorkingImage &other, Step step);
 
     const std::atomic<bool> *m_cancelled = nullptr;
     const QImage *m_source = nullptr; // until a step needs more than single pixels
