@@ -36,23 +36,25 @@ double varianceOf(const std::vector<float> &weights)
     return sum;
 }
 
-// Weighs floats with those `step` floats and its multiples to either side.
-void weigh(float *to, const float *middle, int count, ptrdiff_t step, const std::vector<float> &weights)
+enum class To { Empty, Sums };
+
+// Weighs floats from `before` backward and from `behind` on, each `step` floats from the last, perhaps beside others.
+void weigh(float *to, const float *before, const float *behind, int count, ptrdiff_t step,
+           const std::vector<float> &weights, To state = To::Empty)
 {
     const float *weight = weights.data();
     const size_t reach = weights.size();
     const auto weighAt = [=](int i, auto many) TAMSEL_WIDE {
         using Floats = typename decltype(many)::Floats;
         constexpr size_t sums = sizeof(Floats) > sizeof(Wide::Four::Floats) ? 4 : 1; // side by side, as each waits
-        const auto *own = reinterpret_cast<const Floats *>(middle + i);
-        Floats sum[sums];
-        for (size_t n = 0; n < sums; ++n)
-            sum[n] = weight[0] * own[n];
-        for (size_t k = 1; k < reach; ++k) {
-            const auto *before = reinterpret_cast<const Floats *>(middle + i - ptrdiff_t(k) * step);
-            const auto *behind = reinterpret_cast<const Floats *>(middle + i + ptrdiff_t(k) * step);
+        Floats sum[sums] = {};
+        for (size_t n = 0; n < sums && state == To::Sums; ++n)
+            sum[n] = reinterpret_cast<const Floats *>(to + i)[n];
+        for (size_t k = 0; k < reach; ++k) {
+            const auto *left = reinterpret_cast<const Floats *>(before + i - ptrdiff_t(k) * step);
+            const auto *right = reinterpret_cast<const Floats *>(behind + i + ptrdiff_t(k) * step);
             for (size_t n = 0; n < sums; ++n)
-                sum[n] += weight[k] * (before[n] + behind[n]);
+                sum[n] += weight[k] * (left[n] + right[n]);
         }
         for (size_t n = 0; n < sums; ++n)
             reinterpret_cast<Floats *>(to + i)[n] = sum[n];
@@ -77,7 +79,8 @@ void finishRow(Pixel *row, const Pixel *own, const Pixel *blurred, int count, co
 
 bool addDirectly(WorkingImage &image, double deviation, const Combine &combine)
 {
-    const std::vector<float> weights = bell(deviation);
+    std::vector<float> weights = bell(deviation);
+    weights[0] /= 2; // it is taken twice
     const int margin = int(weights.size()) - 1;
     return Neighbours::addStep(image, margin, [=](VipsRegion &out, VipsRegion &in) {
         const VipsRect &area = out.valid;
@@ -85,30 +88,39 @@ bool addDirectly(WorkingImage &image, double deviation, const Combine &combine)
         std::vector<Pixel> line(static_cast<size_t>(width));
         std::vector<Pixel> blurred(static_cast<size_t>(area.width));
         const ptrdiff_t below = ptrdiff_t(in.bpl / int(sizeof(float)));
+        const float *middle = &line[size_t(margin)].r;
         for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
-            weigh(&line[0].r, &pixelAt(in, area.left, y + margin)->r, width * 4, below, weights);
-            weigh(&blurred[0].r, &line[size_t(margin)].r, area.width * 4, 4, weights);
+            const float *from = &pixelAt(in, area.left, y + margin)->r;
+            weigh(&line[0].r, from, from, width * 4, below, weights);
+            weigh(&blurred[0].r, middle, middle, area.width * 4, 4, weights);
             finishRow(pixelAt(out, area.left, y), pixelAt(in, area.left + margin, y + margin), blurred.data(),
                       area.width, combine);
         }
     });
 }
 
-// What remains to be blurred of a bell in a picture made smaller by `factor`: making it so from means of squares, and
-// large again with smooth curves, blurs as well.
-double restOf(double deviation, int factor)
+constexpr double kCut = 0.9733; // what cutting a bell leaves of its variance
+
+/// The weights of pixels to either side of a place between two, for a bell that gets wider by the smooth curves that go
+/// through every second such place.
+std::vector<float> bellBetween(double deviation)
 {
-    constexpr double cut = 0.9733; // what cutting a bell leaves of its variance
-    const double square = double(factor) * factor;
-    const double wanted = varianceOf(bell(deviation)) / square;
-    const double ofMeans = (1 - 1 / square) / 12;
-    const double ofCurves = 1.0 / 3;
-    return std::sqrt(std::max(wanted - ofMeans - ofCurves, 0.1) / cut);
+    constexpr double ofCurves = 4.0 / 3;
+    const double variance = (varianceOf(bell(deviation)) - ofCurves) / kCut;
+    std::vector<float> weights;
+    float sum = 0;
+    for (int i = 0; i < int(3 * std::sqrt(variance) + 0.5); ++i) {
+        weights.push_back(float(std::exp(-(i + 0.5) * (i + 0.5) / (2 * variance))));
+        sum += 2 * weights.back();
+    }
+    for (float &weight : weights)
+        weight /= sum;
+    return weights;
 }
 
 using Four = Wide::Four::Floats;
 
-/// A part of a picture at half its size, where pixel (x, y) stands for (2 x, 2 y) and those to the right and below.
+/// A part of a picture at half its size, where pixel (x, y) lies between (2 x, 2 y) and those to the right and below.
 struct Half
 {
     int left;
@@ -118,33 +130,45 @@ struct Half
     std::vector<Pixel> pixels{size_t(width) * size_t(height)};
 
     [[nodiscard]] Pixel *at(int x, int y) { return &pixels[size_t(y - top) * size_t(width) + size_t(x - left)]; }
-    [[nodiscard]] Half around(int reach) const
-    {
-        return {left - reach, top - reach, width + 2 * reach, height + 2 * reach};
-    }
 };
 
-void fillMeans(Half &half, VipsRegion &in, int margin)
+// How many pixels of half the size there are to either side of one that is made of them.
+int aroundOf(const std::vector<float> &weights)
 {
-    for (int y = 0; y < half.height; ++y) {
-        const int line = 2 * (half.top + y) + margin;
-        const auto *upper = reinterpret_cast<const Four *>(pixelAt(in, 2 * half.left + margin, line));
-        const auto *lower = reinterpret_cast<const Four *>(pixelAt(in, 2 * half.left + margin, line + 1));
-        auto *to = reinterpret_cast<Four *>(half.at(half.left, half.top + y));
-        Wide::run([=, width = half.width]() TAMSEL_WIDE {
-            for (int x = 0; x < width; ++x)
-                to[x] = 0.25F * (upper[2 * x] + upper[2 * x + 1] + (lower[2 * x] + lower[2 * x + 1]));
-        });
-    }
+    return int(weights.size()) / 2;
 }
 
-void fillBlurred(Half &blurred, Half &half, const std::vector<float> &weights)
+// Parts pixels into those in even places and those in odd ones.
+void part(std::vector<Pixel> &even, std::vector<Pixel> &odd, const std::vector<Pixel> &line)
 {
-    std::vector<Pixel> line(static_cast<size_t>(half.width));
-    for (int y = blurred.top; y < blurred.top + blurred.height; ++y) {
-        weigh(&line[0].r, &half.at(half.left, y)->r, half.width * 4, half.width * 4, weights);
-        weigh(&blurred.at(blurred.left, y)->r, &line[size_t(blurred.left - half.left)].r, blurred.width * 4, 4,
-              weights);
+    Wide::run([a = reinterpret_cast<Four *>(even.data()), b = reinterpret_cast<Four *>(odd.data()),
+               from = reinterpret_cast<const Four *>(line.data()), count = even.size()]() TAMSEL_WIDE {
+        for (size_t i = 0; i < count; ++i) {
+            a[i] = from[2 * i];
+            b[i] = from[2 * i + 1];
+        }
+    });
+}
+
+void fillBlurred(Half &blurred, VipsRegion &in, int margin, const std::vector<float> &weights)
+{
+    std::array<std::vector<float>, 2> byPlace; // of neighbours in the same places, and in the others
+    for (size_t i = 0; i < weights.size(); ++i)
+        byPlace[i % 2].push_back(weights[i]);
+    const int around = aroundOf(weights);
+    const int width = blurred.width + 2 * around;
+    const ptrdiff_t below = ptrdiff_t(in.bpl / int(sizeof(float)));
+    std::vector<Pixel> line(2 * size_t(width));
+    std::vector<Pixel> even(static_cast<size_t>(width));
+    std::vector<Pixel> odd(static_cast<size_t>(width));
+    for (int y = 0; y < blurred.height; ++y) {
+        const float *from = &pixelAt(in, 2 * (blurred.left - around) + margin, 2 * (blurred.top + y) + margin)->r;
+        weigh(&line[0].r, from, from + below, width * 8, below, weights);
+        part(even, odd, line);
+        float *to = &blurred.at(blurred.left, blurred.top + y)->r;
+        const auto first = size_t(around);
+        weigh(to, &even[first].r, &odd[first].r, blurred.width * 4, 4, byPlace[0]);
+        weigh(to, &odd[first - 1].r, &even[first + 1].r, blurred.width * 4, 4, byPlace[1], To::Sums);
     }
 }
 
@@ -179,21 +203,18 @@ void fillTwice(std::vector<Pixel> &row, const std::vector<Pixel> &line)
     });
 }
 
-// The same on pixels half as many either way, where no one can tell.
+// Computes every second pixel either way, and those between by smooth curves, which blur as well.
 bool addHalved(WorkingImage &image, double deviation, const Combine &combine)
 {
-    const std::vector<float> weights = bell(restOf(deviation, 2));
-    const int reach = int(weights.size()) - 1;
-    const int margin = 2 * reach + 5;
+    const std::vector<float> weights = bellBetween(deviation);
+    const int margin = 2 * aroundOf(weights) + 5;
     return Neighbours::addStep(image, margin, [=](VipsRegion &out, VipsRegion &in) {
         const VipsRect &area = out.valid;
         const int left = area.left / 2 - 2;
         const int top = area.top / 2 - 2;
         Half blurred{left, top, (VIPS_RECT_RIGHT(&area) - 1) / 2 + 3 - left,
                      (VIPS_RECT_BOTTOM(&area) - 1) / 2 + 3 - top};
-        Half half = blurred.around(reach);
-        fillMeans(half, in, margin);
-        fillBlurred(blurred, half, weights);
+        fillBlurred(blurred, in, margin, weights);
         std::vector<Pixel> line(static_cast<size_t>(blurred.width));
         std::vector<Pixel> row(2 * line.size());
         for (int y = area.top; y < VIPS_RECT_BOTTOM(&area); ++y) {
@@ -207,7 +228,11 @@ bool addHalved(WorkingImage &image, double deviation, const Combine &combine)
 
 bool addReduced(WorkingImage &image, double deviation, int factor)
 {
-    const double rest = restOf(deviation, factor);
+    const double square = double(factor) * factor;
+    const double wanted = varianceOf(bell(deviation)) / square;
+    const double ofMeans = (1 - 1 / square) / 12;
+    const double ofCurves = 1.0 / 3;
+    const double rest = std::sqrt(std::max(wanted - ofMeans - ofCurves, 0.1) / kCut);
     return Reduction::addReduced(image, {factor, Reduction::Merging::Mean, Reduction::Curve::Smooth},
                                  [=](WorkingImage &reduced) { return addDirectly(reduced, rest, {}); });
 }

@@ -254,6 +254,8 @@ private Q_SLOTS:
                      "CIBokehBlur",
                      {{"inputRadius", 40.0}, {"inputRingAmount", 1.0}, {"inputRingSize", 0.2}, {"inputSoftness", 4.0}}),
                  43, bokeh, 1, 3),
+            wide(effect("CIGaussianBlur", {{"inputRadius", 2.5}}), 7, bell(2.5), 0.5, 1),
+            wide(effect("CIGaussianBlur", {{"inputRadius", 7.9}}), 23, bell(7.9), 0.5, 1),
             wide(effect("CIGaussianBlur", {{"inputRadius", 31.0}}), 93, bell(31), 0.5, 2),
             streak(effect("CIMotionBlur", {{"inputRadius", 90.0}, {"inputAngle", 0.5}}), line, 0.8, 2),
             streak(effect("CIZoomBlur", {{"inputCenter", stored}, {"inputAmount", 150.0}}), ray, 4, 24)};
