@@ -11,11 +11,6 @@ namespace {
 
 using Alpha = WorkingImage::Alpha;
 using Pieces = WorkingImage::Pieces;
-
-}
-
-namespace {
-
 using Sum = std::array<double, 4>;
 
 // Adds the pixels of a line to the sums of the squares in which they lie.
