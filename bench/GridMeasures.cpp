@@ -1,8 +1,8 @@
 #include "GridMeasures.h"
 
-#include "Pair.h"
-
 #include "FileFinder.h"
+#include "Pair.h"
+#include "PeakMemory.h"
 #include "PhotoLibrary.h"
 #include "ThumbnailGridModel.h"
 #include "ThumbnailGridView.h"
@@ -112,23 +112,6 @@ Turn runUntil(IsDone isDone)
             QThread::usleep(200);
     }
     return longest;
-}
-
-/// The kernel's note of the most memory since the note was cleared.
-double peakMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QFile::ReadOnly))
-        return 0;
-    const QByteArray text = status.readAll();
-    return text.mid(text.indexOf("VmHWM:") + 6).simplified().split(' ').first().toDouble() / 1024;
-}
-
-void clearPeak()
-{
-    QFile file(QStringLiteral("/proc/self/clear_refs"));
-    if (file.open(QFile::WriteOnly))
-        file.write("5");
 }
 
 /// As many processes as we have threads, each with its share of the photos and one thread.

@@ -1,5 +1,7 @@
 #include "SamplePhoto.h"
 
+#include "ImageEncoders.h"
+
 #include <algorithm>
 #include <cmath>
 #include <random>
@@ -33,4 +35,9 @@ QImage samplePhoto(QSize size)
         }
     }
     return image;
+}
+
+QByteArray sampleJpeg(QSize size)
+{
+    return ImageEncoders::jpeg(samplePhoto(size), 90, ImageEncoders::Chroma::Halved, {});
 }

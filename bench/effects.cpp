@@ -1,8 +1,8 @@
+#include "FilterLibrary.h"
 #include "OpenCvEffects.h"
 #include "Pair.h"
+#include "PeakMemory.h"
 #include "SamplePhoto.h"
-
-#include "FilterLibrary.h"
 
 #include <QFile>
 #include <QProcess>
@@ -81,16 +81,6 @@ void render(PairRunner &runner, const EffectChain &chain, const QImage &photo, d
         runner.fail("an effect yielded no picture");
 }
 
-/// The kernel's note of the most memory of a process.
-double peakMegabytes(const QString &process)
-{
-    QFile status(QStringLiteral("/proc/%1/status").arg(process));
-    if (!status.open(QFile::ReadOnly))
-        return 0;
-    const auto note = QRegularExpression(QStringLiteral("VmHWM:\\s*(\\d+)")).match(QString::fromUtf8(status.readAll()));
-    return note.captured(1).toDouble() / 1024;
-}
-
 /// What a process of its own has in memory at most during `work`, its input and its result among that.
 template<typename Prepare, typename Run>
 double peakOf(Prepare prepare, Run run)
@@ -102,12 +92,9 @@ double peakOf(Prepare prepare, Run run)
     const pid_t child = fork();
     if (child == 0) {
         const auto input = prepare();
-        QFile note(QStringLiteral("/proc/self/clear_refs"));
-        if (note.open(QFile::WriteOnly))
-            note.write("5");
-        note.close();
+        clearPeak();
         run(*input);
-        peak = peakMegabytes(QStringLiteral("self"));
+        peak = peakMegabytes();
         _exit(write(ends[1], &peak, sizeof peak) == sizeof peak ? 0 : 1);
     }
     close(ends[1]);

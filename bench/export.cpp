@@ -2,7 +2,6 @@
 #include "SamplePhoto.h"
 
 #include "Decoder.h"
-#include "ImageEncoders.h"
 #include "PhotoExport.h"
 
 #include <QCoreApplication>
@@ -23,13 +22,11 @@ constexpr QSize kPhotoSize(6000, 4000);
 constexpr int kPhotos = 100;
 constexpr int kDifferent = 4;
 constexpr int kThousandPixels = 2;
-constexpr int kJpeg = 0;
 
 /// Photos of camera size; names of a few files, or the disk would be measured.
 QStringList writePhotos(PairRunner &runner)
 {
-    const QByteArray bytes =
-        ImageEncoders::jpeg(samplePhoto(kPhotoSize), 90, ImageEncoders::Chroma::Halved, QByteArray());
+    const QByteArray bytes = sampleJpeg(kPhotoSize);
     QStringList paths;
     for (int i = 0; i < kPhotos; ++i) {
         paths << runner.folder() + QStringLiteral("/photo%1.jpg").arg(i);
@@ -48,7 +45,7 @@ void exportAll(PairRunner &runner, const QStringList &paths, const QString &fold
 {
     ExportOrder order;
     order.folder = folder;
-    order.settings = {kJpeg, kThousandPixels, 0.75};
+    order.settings = {kJpegFormat, kThousandPixels, 0.75};
     for (const QString &path : paths)
         order.photos << ExportedPhoto{{path, {}, {}, {}}, QFileInfo(path).completeBaseName()};
     PhotoExport run;

@@ -1,8 +1,8 @@
 // Printing many photos of a camera: how long it takes, and how much memory at most.
 
 #include "Decoder.h"
-#include "ImageEncoders.h"
 #include "Pair.h"
+#include "PeakMemory.h"
 #include "PrintRun.h"
 #include "SamplePhoto.h"
 
@@ -23,8 +23,7 @@ constexpr int kDotsPerInch = 600;
 
 QList<PrintedPhoto> photosIn(const QString &folder)
 {
-    const QByteArray bytes =
-        ImageEncoders::jpeg(samplePhoto(kPhotoSize), 90, ImageEncoders::Chroma::Halved, QByteArray());
+    const QByteArray bytes = sampleJpeg(kPhotoSize);
     QList<PrintedPhoto> photos;
     for (int i = 0; i < kPhotos; ++i) {
         const QString name = QStringLiteral("photo%1.jpg").arg(i % kDifferent);
@@ -35,16 +34,6 @@ QList<PrintedPhoto> photosIn(const QString &folder)
         photos << PrintedPhoto{{path, {}, {}, {}}, name};
     }
     return photos;
-}
-
-/// The kernel's note of the most memory since it was cleared.
-double peakMegabytes()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QFile::ReadOnly))
-        return 0;
-    const QByteArray text = status.readAll();
-    return text.mid(text.indexOf("VmHWM:") + 6).simplified().split(' ').first().toDouble() / 1024;
 }
 
 PrintRun::Outcome print(const PrintJob &job, const PIPrintView &view)
@@ -78,10 +67,7 @@ int main(int argc, char **argv)
     for (int page = 1; page <= view.totalPages(); ++page)
         job.pages << page;
 
-    QFile clear(QStringLiteral("/proc/self/clear_refs"));
-    if (clear.open(QFile::WriteOnly))
-        clear.write("5");
-    clear.close();
+    clearPeak();
     QElapsedTimer timer;
     timer.start();
     const PrintRun::Outcome outcome = print(job, view);

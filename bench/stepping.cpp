@@ -5,7 +5,6 @@
 
 #include "Decoder.h"
 #include "FileFinder.h"
-#include "ImageEncoders.h"
 #include "PhotoLibrary.h"
 #include "PhotoView.h"
 #include "PreviewList.h"
@@ -31,7 +30,7 @@ constexpr int kPatienceMilliseconds = 20'000;
 /// Files of their own, each with a number in it.
 QStringList writePhotos(PairRunner &runner)
 {
-    const QByteArray bytes = ImageEncoders::jpeg(samplePhoto(kPhotoSize), 90, ImageEncoders::Chroma::Halved, {});
+    const QByteArray bytes = sampleJpeg(kPhotoSize);
     QStringList paths;
     for (int i = 0; i < kPhotos; ++i) {
         paths << runner.folder() + QStringLiteral("/photo%1.jpg").arg(i);

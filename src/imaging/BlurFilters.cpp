@@ -46,7 +46,6 @@ bool addDisc(WorkingImage &image, double radius, double soft, Weight weight)
 {
     constexpr double least = 0.5;
     constexpr double enough = 10;
-    radius = within(image, radius);
     if (radius < least)
         return true;
     const int factor = Reduction::factorFor(radius, enough);
@@ -144,8 +143,7 @@ const FilterTable kFilters{
      boxBlur},
     {"CIDiscBlur",
      QT_TRANSLATE_NOOP("FilterLibrary", "Disc Blur"),
-     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs by averaging the disc around every pixel, like "
-                                        "an out-of-focus lens."),
+     QT_TRANSLATE_NOOP("FilterLibrary", "Blurs by averaging the disc around every pixel, like an out-of-focus lens."),
      {{"inputRadius", QT_TRANSLATE_NOOP("FilterLibrary", "Radius"), InputKind::Pixels, 8.0, {}, 0.0, 100.0}},
      discBlur},
     {"CIGaussianBlur",

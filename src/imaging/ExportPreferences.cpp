@@ -7,7 +7,6 @@ constexpr Preference<int> kSaveSizeOption{"hmphoto.saveSizeOption", 0};
 constexpr Preference<double> kSaveJpeg{"hmphoto.saveJpeg", 7.0};
 constexpr Preference<bool> kSaveTiff{"hmphoto.saveTiff", true};
 
-constexpr int kJpeg = 0;
 constexpr int kTiff = 3;
 constexpr double kBestJpeg = 10;
 
@@ -20,7 +19,7 @@ bool g_tiffCompression = kSaveTiff.fallback;
 
 void readExportPreferences(const UserDefaults &defaults)
 {
-    g_saveFormat = qBound(kJpeg, defaults.value(kSaveFormat), kTiff);
+    g_saveFormat = qBound(kJpegFormat, defaults.value(kSaveFormat), kTiff);
     g_sizeOption = defaults.value(kSaveSizeOption);
     const double quality = defaults.value(kSaveJpeg);
     g_jpegCompression = quality >= 0 && quality <= kBestJpeg ? quality : kSaveJpeg.fallback;
@@ -39,7 +38,7 @@ namespace {
 
 double compressionFor(int format)
 {
-    if (format == kJpeg)
+    if (format == kJpegFormat)
         return g_jpegCompression / kBestJpeg;
     return format == kTiff && !g_tiffCompression ? 0.0 : 1.0;
 }

@@ -2,8 +2,11 @@
 
 #include "UserDefaults.h"
 
+/// The number of a format that is named in more than one place.
+inline constexpr int kJpegFormat = 0;
+
 // What the user chose for exports: read at launch, written at quit. Main thread.
-extern int g_saveFormat;         ///< 0 JPEG, 1 PDF, 2 PNG, 3 TIFF
+extern int g_saveFormat;         ///< kJpegFormat, 1 PDF, 2 PNG, 3 TIFF
 extern int g_sizeOption;         ///< see exportSideLimit
 extern double g_jpegCompression; ///< 0 to 10
 extern bool g_tiffCompression;
@@ -18,7 +21,7 @@ void writeExportPreferences(UserDefaults &defaults);
 /// How an export is made, copied for a job.
 struct ExportSettings
 {
-    int format = 0;
+    int format = kJpegFormat;
     int sizeOption = 0;
     double compression = 1.0;
 

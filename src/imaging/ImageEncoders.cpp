@@ -10,6 +10,8 @@
 #include <QPdfWriter>
 #include <QtEndian>
 
+#include <zlib.h>
+
 namespace {
 
 /// Runs a saver of libvips on pixels. What it puts into the buffer is copied into the result.
@@ -42,18 +44,6 @@ QByteArray encode(const QImage &pixels, const QByteArray &profile, const Picture
 
 namespace {
 
-quint32 pngChecksum(QByteArrayView bytes)
-{
-    constexpr quint32 polynomial = 0xedb88320;
-    quint32 checksum = ~0U;
-    for (const char byte : bytes) {
-        checksum ^= quint8(byte);
-        for (int bit = 0; bit < 8; ++bit)
-            checksum = (checksum & 1U) != 0 ? checksum >> 1U ^ polynomial : checksum >> 1U;
-    }
-    return ~checksum;
-}
-
 QByteArray pngChunk(const QByteArray &type, const QByteArray &content)
 {
     const auto number = [](quint32 value) {
@@ -61,7 +51,8 @@ QByteArray pngChunk(const QByteArray &type, const QByteArray &content)
         return QByteArray(reinterpret_cast<const char *>(&value), sizeof(value));
     };
     const QByteArray checked = type + content;
-    return number(quint32(content.size())) + checked + number(pngChecksum(checked));
+    const auto *bytes = reinterpret_cast<const Bytef *>(checked.constData());
+    return number(quint32(content.size())) + checked + number(quint32(crc32(0, bytes, uInt(checked.size()))));
 }
 
 /// The file with the notes where its standard wants them: libvips packs them into chunks that few programs look into.

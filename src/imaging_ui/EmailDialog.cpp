@@ -21,7 +21,6 @@
 namespace {
 
 constexpr Preference<int> kEmailSizeOption{"hmphoto.emailSizeOption", 2};
-constexpr int kJpeg = 0;
 const QLatin1String kFolderName("tamsel-mail-");
 
 /// Ways of handing files to mail programs put the paths between quotes, with commas between them.
@@ -138,7 +137,7 @@ void EmailDialog::startExport(const QString &folder)
         m_copies = copies;
         showCopies();
     });
-    m_export->start({m_photos, folder, {}, ExportSettings::chosenFor(kJpeg, m_size->currentIndex())});
+    m_export->start({m_photos, folder, {}, ExportSettings::chosenFor(kJpegFormat, m_size->currentIndex())});
 }
 
 QString EmailDialog::summary(const ExportOutcome &copies) const
