@@ -21,6 +21,15 @@ namespace {
 constexpr qint64 kSliceMilliseconds = 8;
 /// The walk waits when it is this far ahead, so that a huge tree costs no memory.
 constexpr size_t kMaxPending = 20000;
+constexpr qsizetype kMostPendingLetters = 4'000'000; ///< of captions and keywords
+
+qsizetype lettersIn(const PictureWords &words)
+{
+    qsizetype letters = words.caption.size();
+    for (const QString &keyword : words.keywords)
+        letters += keyword.size();
+    return letters;
+}
 
 }
 
@@ -35,6 +44,7 @@ struct PhotoImport::Channel
         PictureWords words;
     };
     std::deque<Step> steps;
+    qsizetype letters = 0; ///< in the steps
     bool wakeUpSent = false;
     bool walkDone = false;
     ScanSummary summary;
@@ -53,7 +63,11 @@ struct PhotoImport::Channel
     static void add(const std::shared_ptr<Channel> &channel, Step step)
     {
         std::unique_lock lock(channel->mutex);
-        channel->room.wait(lock, [&] { return channel->steps.size() < kMaxPending || channel->cancelled; });
+        channel->room.wait(lock, [&] {
+            const bool hasRoom = channel->steps.size() < kMaxPending && channel->letters < kMostPendingLetters;
+            return hasRoom || channel->cancelled;
+        });
+        channel->letters += lettersIn(step.words);
         channel->steps.push_back(std::move(step));
         if (std::exchange(channel->wakeUpSent, true))
             return;
@@ -132,11 +146,14 @@ void PhotoImport::takeSlice()
         bool done = false;
         {
             const std::lock_guard lock(m_channel->mutex);
-            if (m_channel->cancelled)
+            if (m_channel->cancelled) {
                 m_channel->steps.clear();
+                m_channel->letters = 0;
+            }
             if (!m_channel->steps.empty()) {
                 step = std::move(m_channel->steps.front());
                 m_channel->steps.pop_front();
+                m_channel->letters -= lettersIn(step->words);
             } else {
                 m_channel->wakeUpSent = false;
                 done = m_channel->walkDone;

@@ -28,7 +28,7 @@ QString textOf(const Exiv2::ExifData &exif, const char *key)
 double numberOf(const Exiv2::ExifData &exif, const char *key)
 {
     const auto found = exif.findKey(Exiv2::ExifKey(key));
-    if (found == exif.end() || found->count() < 1)
+    if (found == exif.end() || found->count() < 1 || found->typeId() == Exiv2::asciiString)
         return 0;
     const auto [above, below] = found->toRational();
     const double number = below != 0 ? double(above) / below : 0;

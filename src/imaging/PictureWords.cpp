@@ -18,7 +18,7 @@ namespace {
 QString tidied(const QString &text)
 {
     QString tidy;
-    for (const QChar unit : text) {
+    for (const QChar unit : QString(text).replace(QLatin1String("\r\n"), QLatin1String("\n"))) {
         const bool isEnd = unit.isSpace() || unit.category() == QChar::Other_Control;
         if (isEnd)
             tidy += u' ';
@@ -98,13 +98,31 @@ PictureWords wordsInXmp(const QByteArray &packet, const QString &source)
     }
 }
 
-/// Programs that tell nothing of their characters wrote UTF-8 or Latin 1.
-QString recordText(const std::string &bytes, bool isUtf8)
+/// In the Windows characters for the West, which most programs mean that do not tell.
+QString westernText(const QByteArray &bytes)
 {
-    const QByteArrayView view(bytes.data(), qsizetype(bytes.size()));
-    QStringDecoder decoder(QStringConverter::Utf8);
-    const QString text = decoder(view);
-    return isUtf8 || !decoder.hasError() ? text : QString::fromLatin1(view);
+    static constexpr char16_t kFrom128[] = u"€\x81‚ƒ„…†‡ˆ‰Š‹Œ\x8dŽ\x8f\x90‘’“”•–—˜™š›œ\x9džŸ";
+    QString text = QString::fromLatin1(bytes);
+    for (QChar &unit : text) {
+        if (unit >= QChar(0x80) && unit < QChar(0xa0))
+            unit = kFrom128[unit.unicode() - 0x80];
+    }
+    return text;
+}
+
+/// Programs that tell nothing of their characters wrote all records in UTF-8, or none.
+QStringList recordTexts(const QByteArrayList &records, bool isUtf8)
+{
+    QStringDecoder decoder(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
+    QStringList texts;
+    for (const QByteArray &record : records)
+        texts << QString(decoder(record));
+    if (isUtf8 || !decoder.hasError())
+        return texts;
+    texts.clear();
+    for (const QByteArray &record : records)
+        texts << westernText(record);
+    return texts;
 }
 
 PictureWords wordsInIptc(const QByteArray &records, const QString &source)
@@ -113,17 +131,18 @@ PictureWords wordsInIptc(const QByteArray &records, const QString &source)
         const Exiv2::IptcData iptc = SafeMetadata::iptc(records, source);
         const auto characters = iptc.findKey(Exiv2::IptcKey("Iptc.Envelope.CharacterSet"));
         const bool isUtf8 = characters != iptc.end() && characters->toString() == "\x1b%G";
-        QString caption;
-        QStringList keywords;
+        QByteArrayList texts{QByteArray()}; // the caption, then the keywords
         for (const Exiv2::Iptcdatum &datum : iptc) {
             if (datum.record() != Exiv2::IptcDataSets::application2)
                 continue;
             if (datum.tag() == Exiv2::IptcDataSets::Caption)
-                caption = recordText(datum.toString(), isUtf8);
+                texts.first() = QByteArray::fromStdString(datum.toString());
             else if (datum.tag() == Exiv2::IptcDataSets::Keywords)
-                keywords << recordText(datum.toString(), isUtf8);
+                texts << QByteArray::fromStdString(datum.toString());
         }
-        return {captionFrom(caption), keywordsFrom(keywords)};
+        QStringList words = recordTexts(texts, isUtf8);
+        const QString caption = words.takeFirst();
+        return {captionFrom(caption), keywordsFrom(words)};
     } catch (const std::exception &) {
         LogException(source, QStringLiteral("reading words from IPTC"));
         return {};

@@ -3,6 +3,8 @@
 #include "LogString.h"
 #include "XmpPacket.h"
 
+#include <QtEndian>
+
 #include <mutex>
 
 namespace {
@@ -39,10 +41,27 @@ void guarded(const QString &source, const char *kind, Read read)
     }
 }
 
-/// A packet without these words need not be looked through for them: most that cameras write are such.
-bool mayHoldWords(const std::string &packet)
+/// The records that are of use, few enough for a parser that looks through all records for each new one.
+QByteArray usefulRecords(const QByteArray &records)
 {
-    return packet.find("description") != std::string::npos || packet.find("subject") != std::string::npos;
+    constexpr int mostKeywords = 1'000;
+    constexpr char marker = 0x1c;
+    constexpr qsizetype head = 5;
+    QByteArray useful;
+    int keywords = 0;
+    int others = 0;
+    for (qsizetype at = records.indexOf(marker); at >= 0 && at + head <= records.size();
+         at = records.indexOf(marker, at)) {
+        const qsizetype size = qFromBigEndian<quint16>(records.constData() + at + 3);
+        const bool isShort = size < 0x8000; // longer ones are no words
+        const QByteArrayView kind = QByteArrayView(records).sliced(at + 1, 2);
+        const bool isKeyword = kind == QByteArrayView("\x02\x19");
+        const bool isOther = kind == QByteArrayView("\x01\x5a") || kind == QByteArrayView("\x02\x78");
+        if (isShort && ((isKeyword && keywords++ < mostKeywords) || (isOther && others++ < 8)))
+            useful += records.mid(at, head + size);
+        at += isShort ? head + size : 1;
+    }
+    return useful;
 }
 
 }
@@ -50,9 +69,9 @@ bool mayHoldWords(const std::string &packet)
 Exiv2::XmpData SafeMetadata::xmp(const QByteArray &packet, XmpPart part, const QString &source)
 {
     Exiv2::XmpData data;
-    auto text = packet.isEmpty() ? std::string() : harmlessXmp(packet);
-    if (text && part == XmpPart::Words)
-        text = mayHoldWords(*text) ? wordsOfXmp(*text) : std::string();
+    std::optional<std::string> text = std::string();
+    if (!packet.isEmpty())
+        text = part == XmpPart::Words ? wordsOfXmp(packet) : harmlessXmp(packet);
     if (!text)
         LogString("The XMP block of %@ is broken or unreasonable.", source);
     if (!text || text->empty())
@@ -70,10 +89,11 @@ Exiv2::XmpData SafeMetadata::xmp(const QByteArray &packet, XmpPart part, const Q
 Exiv2::IptcData SafeMetadata::iptc(const QByteArray &records, const QString &source)
 {
     Exiv2::IptcData data;
-    const auto *bytes = reinterpret_cast<const Exiv2::byte *>(records.constData());
+    const QByteArray useful = usefulRecords(records);
+    const auto *bytes = reinterpret_cast<const Exiv2::byte *>(useful.constData());
     guarded(source, "IPTC", [&] {
-        if (!records.isEmpty())
-            Exiv2::IptcParser::decode(data, bytes, std::uint32_t(records.size()));
+        if (!useful.isEmpty())
+            Exiv2::IptcParser::decode(data, bytes, std::uint32_t(useful.size()));
     });
     return data;
 }
@@ -95,7 +115,13 @@ QByteArray SafeMetadata::recordsInResources(const QByteArray &resources)
 
 Exiv2::ExifData SafeMetadata::exif(const QByteArray &block, const QString &source)
 {
+    // Entries may all lead to the same bytes, which are copied for each of them.
+    constexpr qsizetype mostBytes = 128 << 10;
     Exiv2::ExifData data;
+    if (block.size() > mostBytes) {
+        LogString("The EXIF block of %@ is unreasonably large.", source);
+        return data;
+    }
     const auto *bytes = reinterpret_cast<const Exiv2::byte *>(block.constData());
     guarded(source, "EXIF", [&] {
         if (!block.isEmpty())

@@ -17,7 +17,7 @@ enum class XmpPart {
 
 /// Also refuses packets with entities of their own, very deep ones and those with very many properties.
 [[nodiscard]] Exiv2::XmpData xmp(const QByteArray &packet, XmpPart part, const QString &source);
-/// From bare records.
+/// From bare records: those of captions, keywords and their characters, not very many.
 [[nodiscard]] Exiv2::IptcData iptc(const QByteArray &records, const QString &source);
 /// The records among an image editor's resources; empty when there are none.
 [[nodiscard]] QByteArray recordsInResources(const QByteArray &resources);

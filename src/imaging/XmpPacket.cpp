@@ -6,8 +6,6 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
-#include <utility>
-
 namespace {
 
 /// Without what has no place in XML.
@@ -16,6 +14,8 @@ QString textOf(const QByteArray &packet)
     const auto encoding = QStringConverter::encodingForData(packet, u'<').value_or(QStringConverter::Utf8);
     QStringDecoder decoder(encoding);
     QString text = decoder(packet);
+    if (decoder.hasError())
+        text = QString::fromLatin1(packet);
     for (QChar &unit : text) {
         const bool isSpace = unit == u'\t' || unit == u'\n' || unit == u'\r';
         if ((unit < u' ' && !isSpace) || unit == QChar(0xfffe) || unit == QChar(0xffff))
@@ -36,10 +36,9 @@ public:
         : m_xml(xml)
     {}
 
-    [[nodiscard]] bool isHarmless()
+    [[nodiscard]] bool isHarmless(qsizetype mostProperties)
     {
         constexpr int deepest = 100;
-        constexpr qsizetype mostProperties = 20'000;
         for (qsizetype at = m_xml.indexOf(u'<'); at >= 0; at = m_xml.indexOf(u'<', at)) {
             at = behindMarkup(at);
             if (at < 0 || m_depth > deepest || m_properties > mostProperties)
@@ -99,7 +98,8 @@ private:
     [[nodiscard]] static bool isListItem(QStringView tag)
     {
         constexpr QLatin1String item("<rdf:li");
-        return tag.startsWith(item) && (tag.size() == item.size() || !tag.at(item.size()).isLetterOrNumber());
+        const QStringView rest = tag.startsWith(item) ? tag.sliced(item.size()) : QStringView(u"-");
+        return rest.isEmpty() || rest.startsWith(u'/') || rest.front().isSpace();
     }
 
     QStringView m_xml;
@@ -111,18 +111,19 @@ private:
 
 std::optional<std::string> harmlessXmp(const QByteArray &packet)
 {
-    if (packet.size() > PictureBlocks::kMostBytes)
-        return std::nullopt;
-    const QString text = textOf(packet);
-    return TagWalk(text).isHarmless() ? std::optional(text.toStdString()) : std::nullopt;
+    constexpr qsizetype mostProperties = 2'000;
+    const QString text = packet.size() > PictureBlocks::kMostBytes ? QString() : textOf(packet);
+    return TagWalk(text).isHarmless(mostProperties) ? std::optional(text.toStdString()) : std::nullopt;
 }
 
 namespace {
 
 const QString kRdf = QStringLiteral("http://www.w3.org/1999/02/22-rdf-syntax-ns#");
 const QString kDublinCore = QStringLiteral("http://purl.org/dc/elements/1.1/");
+const QString kXml = QStringLiteral("http://www.w3.org/XML/1998/namespace");
 
-/// Copies the words of a packet as they stand, each kind once.
+/// Writes a packet anew with nothing but the picture's own words, each kind once. What stands deeper tells of parts of
+/// the picture, or of other pictures.
 class WordCopy
 {
 public:
@@ -138,52 +139,122 @@ public:
 
     void finish() { m_writer.writeEndDocument(); }
 
-    /// From the element on which the reader stands.
+    /// The element on which the reader stands, and what is in it.
     void take(QXmlStreamReader &reader)
     {
-        if (isWanted(reader.namespaceUri(), reader.name()))
-            return copyElement(reader);
-        const QXmlStreamAttributes attributes = reader.attributes();
-        for (const QXmlStreamAttribute &attribute : attributes) { // short for elements
+        const Place above = m_places.isEmpty() ? Place::Outside : m_places.last();
+        if (above == Place::InDescription) {
+            if (isWanted(reader.namespaceUri(), reader.name()))
+                copyList(reader.name().toString(), reader);
+            else
+                reader.skipCurrentElement();
+            return;
+        }
+        const bool isRdf = reader.namespaceUri() == kRdf;
+        if (above == Place::InRdf && isRdf && reader.name() == QLatin1String("Description")) {
+            copyAttributes(reader.attributes());
+            m_places << Place::InDescription;
+        } else {
+            m_places << (isRdf && reader.name() == QLatin1String("RDF") ? Place::InRdf : Place::Outside);
+        }
+    }
+    void leave() { m_places.removeLast(); }
+
+private:
+    enum class Place { Outside, InRdf, InDescription };
+    struct Item
+    {
+        QString language;
+        QString text;
+    };
+
+    [[nodiscard]] bool isWanted(QStringView space, QStringView name) const
+    {
+        const bool isWord = name == QLatin1String("description") || name == QLatin1String("subject");
+        return space == kDublinCore && isWord && !m_written.contains(name.toString());
+    }
+
+    /// Properties may be told by attributes.
+    void copyAttributes(const QXmlStreamAttributes &attributes)
+    {
+        for (const QXmlStreamAttribute &attribute : attributes) {
             if (isWanted(attribute.namespaceUri(), attribute.name()))
-                m_writer.writeTextElement(kDublinCore, attribute.name().toString(), attribute.value().toString());
+                write(attribute.name().toString(), {{QString(), attribute.value().toString()}});
         }
     }
 
-private:
-    bool isWanted(QStringView space, QStringView name)
+    void copyList(const QString &name, QXmlStreamReader &reader)
     {
-        const bool isDescription = name == QLatin1String("description");
-        if (space != kDublinCore || (!isDescription && name != QLatin1String("subject")))
-            return false;
-        return !std::exchange(isDescription ? m_hasDescription : m_hasSubjects, true);
+        constexpr qsizetype mostItems = 5'000;
+        QList<Item> items;
+        QString bare;
+        for (int depth = 1; depth > 0 && !reader.atEnd();) {
+            const auto token = reader.readNext();
+            if (token == QXmlStreamReader::StartElement && reader.name() == QLatin1String("li")) {
+                const QString language = reader.attributes().value(kXml, QStringLiteral("lang")).toString();
+                const QString text = reader.readElementText(QXmlStreamReader::IncludeChildElements);
+                if (items.size() < mostItems)
+                    items.append({language, text});
+            } else if (token == QXmlStreamReader::Characters) {
+                bare += reader.text();
+            } else {
+                depth += token == QXmlStreamReader::StartElement ? 1 : token == QXmlStreamReader::EndElement ? -1 : 0;
+            }
+        }
+        if (items.isEmpty() && !bare.trimmed().isEmpty())
+            items.append({QString(), bare});
+        if (!items.isEmpty())
+            write(name, items);
     }
 
-    void copyElement(QXmlStreamReader &reader)
+    void write(const QString &name, const QList<Item> &items)
     {
-        int depth = 0;
-        do {
-            if (reader.isStartElement() || reader.isEndElement() || reader.isCharacters())
-                m_writer.writeCurrentToken(reader);
-            depth += reader.isStartElement() ? 1 : (reader.isEndElement() ? -1 : 0);
-        } while (depth > 0 && reader.readNext() != QXmlStreamReader::Invalid);
+        const bool isDescription = name == QLatin1String("description");
+        m_written << name;
+        m_writer.writeStartElement(kDublinCore, name);
+        m_writer.writeStartElement(kRdf, isDescription ? QStringLiteral("Alt") : QStringLiteral("Bag"));
+        for (const Item &item : items) {
+            m_writer.writeStartElement(kRdf, QStringLiteral("li"));
+            if (isDescription)
+                m_writer.writeAttribute(QStringLiteral("xml:lang"),
+                                        item.language.isEmpty() ? QStringLiteral("x-default") : item.language);
+            m_writer.writeCharacters(item.text);
+            m_writer.writeEndElement();
+        }
+        m_writer.writeEndElement();
+        m_writer.writeEndElement();
     }
 
     QXmlStreamWriter m_writer;
-    bool m_hasDescription = false;
-    bool m_hasSubjects = false;
+    QList<Place> m_places;
+    QStringList m_written;
 };
+
+/// Qt's reader looks through all namespaces for each name.
+bool hasFewNamespaces(const QString &xml)
+{
+    constexpr qsizetype most = 500;
+    return xml.count(QLatin1String("xmlns")) <= most;
+}
 
 }
 
-std::optional<std::string> wordsOfXmp(const std::string &packet)
+std::optional<std::string> wordsOfXmp(const QByteArray &packet)
 {
-    QXmlStreamReader reader(QString::fromStdString(packet));
+    const QString text = packet.size() > PictureBlocks::kMostBytes ? QString() : textOf(packet);
+    if (!text.contains(QLatin1String("description")) && !text.contains(QLatin1String("subject")))
+        return std::string(); // most that cameras write are such
+    if (!hasFewNamespaces(text) || !TagWalk(text).isHarmless(text.size()))
+        return std::nullopt;
+    QXmlStreamReader reader(text);
     QString words;
     WordCopy copy(words);
     while (!reader.atEnd()) {
-        if (reader.readNext() == QXmlStreamReader::StartElement)
+        const auto token = reader.readNext();
+        if (token == QXmlStreamReader::StartElement)
             copy.take(reader);
+        else if (token == QXmlStreamReader::EndElement)
+            copy.leave();
     }
     copy.finish();
     return reader.hasError() ? std::nullopt : std::optional(words.toStdString());

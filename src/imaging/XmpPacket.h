@@ -10,6 +10,7 @@
 /// lists aside, are not very many. It need not be well-formed.
 [[nodiscard]] std::optional<std::string> harmlessXmp(const QByteArray &packet);
 
-/// A packet with nothing but the description and the subjects of the given harmless one: programs leave much behind
-/// in packets that a strict parser does not take. Nothing when it is not well-formed.
-[[nodiscard]] std::optional<std::string> wordsOfXmp(const std::string &packet);
+/// A packet with nothing but the description and the subjects of the given one: programs leave much behind in packets
+/// that a strict parser does not take. Empty when it has none. Nothing when it is not well-formed, or made to keep
+/// whoever reads it busy.
+[[nodiscard]] std::optional<std::string> wordsOfXmp(const QByteArray &packet);

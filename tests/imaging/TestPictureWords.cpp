@@ -202,7 +202,19 @@ private Q_SLOTS:
         QTest::newRow("marked UTF-8") << inRecords(kUtf8Records + record(120, "Möwe")) << QStringLiteral("Möwe|");
         QTest::newRow("unmarked UTF-8") << inRecords(record(120, "Möwe") + record(25, "Süd"))
                                         << QStringLiteral("Möwe|Süd");
-        QTest::newRow("Latin 1") << inRecords(record(120, "M\xf6we")) << QStringLiteral("Möwe|");
+        QTest::newRow("marked UTF-8, broken")
+            << inRecords(kUtf8Records + record(120, "M\xf6we")) << QStringLiteral("M\ufffdwe|");
+        QTest::newRow("Windows, all alike") << inRecords(record(120, "O\x92"
+                                                                     "Brien") +
+                                                         record(25, "10 \x80, M\xc3\xb6we"))
+                                            << QStringLiteral("O’Brien|10 €, MÃ¶we");
+        QTest::newRow("the first caption") << inRecords(record(120, "own") + record(120, "other")) << "own|";
+        QTest::newRow("parts and other pictures")
+            << withPacket(picture(), packetOf("<dc:relation rdf:parseType='Resource'><dc:description>not this"
+                                              "</dc:description><dc:subject>nor this</dc:subject></dc:relation>"
+                                              "<dc:subject/><dc:subject><rdf:Bag><rdf:li xml:lang='en'>sea</rdf:li>"
+                                              "<rdf:li>old <b>town</b></rdf:li></rdf:Bag></dc:subject>"))
+            << "|sea,old town";
         QTest::newRow("not for XML") << inRecords(record(120, QByteArray("a\0b\x01", 4) + "c\xef\xbf\xbe"
                                                                                           "d"))
                                      << "a b cd|";
@@ -239,6 +251,16 @@ private Q_SLOTS:
         for (int i = 0; i < 40'000; ++i)
             properties += "<rdf:li" + QByteArray::number(i) + "/>";
         QTest::newRow("siblings") << packetOf(properties);
+        QByteArray items;
+        for (int i = 0; i < 20'000; ++i)
+            items += "<rdf:li-" + QByteArray::number(i) + "/>";
+        QTest::newRow("like items") << packetOf("<dc:description rdf:parseType='Resource'>" + items +
+                                                "</dc:description>");
+        QByteArray spaces;
+        for (int i = 0; i < 20'000; ++i)
+            spaces += " xmlns:a" + QByteArray::number(i) + "='u'";
+        QTest::newRow("namespaces") << packetOf("<dc:subject" + spaces + "><rdf:Bag>" +
+                                                QByteArray(lots).replace(" ", "<rdf:li/>") + "</rdf:Bag></dc:subject>");
         QTest::newRow("attributes") << packetOf("<dc:a" + properties.replace("<rdf:", " dc:").replace("/>", "=''") +
                                                 "/>");
     }
@@ -252,6 +274,22 @@ private Q_SLOTS:
         const PictureWords words = PictureWords::ofFile(path);
         QCOMPARE(words.caption, QStringLiteral("own"));
         QCOMPARE(words.keywords, QStringList(QStringLiteral("o")));
+    }
+
+    /// Exiv2 looks through all records for each, and copies what entries lead to for each of them.
+    void hostileBlocksEndSoon()
+    {
+        const Folder folder;
+        QByteArray records;
+        for (int i = 0; i < 60'000; ++i)
+            records += record(25, QByteArray::number(i)) + record(120, {});
+        const PictureWords words =
+            PictureWords::ofFile(folder.add(QStringLiteral("a.tif"), tiffWith(QByteArray(1, ' '), records)));
+        QCOMPARE(words.keywords.size(), PictureWords::kMostKeywords);
+
+        QByteArray block = cameraNotes();
+        block.resize(4 << 20);
+        QCOMPARE(CameraFacts::ofFile(folder.add(QStringLiteral("a.png"), pngWith(block, {}))), CameraFacts());
     }
 
     void whatIsNoUsualFileIsPassedOver()
