@@ -14,6 +14,7 @@ FileSystemCalls &fileSystemCalls()
         ::rename,
         [](const char *from, const char *to) { return ::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE); },
         ::link,
+        ::unlink,
     };
     return calls;
 }

@@ -14,6 +14,7 @@ struct FileSystemCalls
     /// Fails with EEXIST when something stands at the target, with EINVAL where the file system cannot promise that.
     int (*renameNoReplace)(const char *from, const char *to);
     int (*link)(const char *from, const char *to);
+    int (*unlink)(const char *path);
 };
 
 [[nodiscard]] FileSystemCalls &fileSystemCalls();

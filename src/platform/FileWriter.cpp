@@ -242,6 +242,12 @@ bool isUnchanged(const QByteArray &path, const struct stat &opened)
     return isSame;
 }
 
+/// A server that is asked again for what it has done already says that there is no such name.
+bool removeName(const QByteArray &path)
+{
+    return fileSystemCalls().unlink(path.constData()) == 0 || errno == ENOENT;
+}
+
 /// For file systems without links: a copy takes the name, which must be free, and then the file goes. To rename over a
 /// name that was taken with an empty file would replace what somebody else brought there meanwhile; this never does.
 int moveByCopy(const QByteArray &from, const QByteArray &to)
@@ -257,12 +263,31 @@ int moveByCopy(const QByteArray &from, const QByteArray &to)
     if (!target.isOpen())
         return errno;
     const timespec times[2] = {status.st_atim, status.st_mtim};
-    if (target.setMode(status.st_mode & 0777U) && copyContent(source.number(), target) &&
-        ::utimensat(AT_FDCWD, to.constData(), times, AT_SYMLINK_NOFOLLOW) == 0 && isUnchanged(from, status) &&
-        ::unlink(from.constData()) == 0)
+    const bool isCopied = target.setMode(status.st_mode & 0777U) && copyContent(source.number(), target) &&
+                          ::utimensat(AT_FDCWD, to.constData(), times, AT_SYMLINK_NOFOLLOW) == 0 && syncFolderOf(to) &&
+                          isUnchanged(from, status);
+    if (isCopied && removeName(from))
         return 0;
     const int error = errno;
-    ::unlink(to.constData());
+    if (!isCopied || isUnchanged(from, status))
+        ::unlink(to.constData());
+    return error;
+}
+
+/// Takes the former name from a file that has two. What another program put in its place meanwhile stays, and so does
+/// then the file under its new name: nobody but the user knows which of the two is the right one.
+int leaveName(const QByteArray &from, const QByteArray &to)
+{
+    struct stat former = {};
+    if (::lstat(from.constData(), &former) != 0 && errno == ENOENT)
+        return 0;
+    if (!factsOfSame(from, to))
+        return EBUSY;
+    if (removeName(from))
+        return 0;
+    const int error = errno;
+    if (factsOfSame(from, to))
+        ::unlink(to.constData());
     return error;
 }
 
@@ -274,11 +299,7 @@ int renameByLink(const QByteArray &from, const QByteArray &to, WithoutLinks with
             return errno;
         return withoutLinks == WithoutLinks::Copy ? moveByCopy(from, to) : EOPNOTSUPP;
     }
-    if (::unlink(from.constData()) == 0)
-        return 0;
-    const int error = errno;
-    ::unlink(to.constData());
-    return error;
+    return leaveName(from, to);
 }
 
 }

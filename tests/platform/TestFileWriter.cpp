@@ -71,6 +71,28 @@ int failRename(const char *, const char *)
     return -1;
 }
 
+/// A server that did what it was told and answers with an error.
+template<int error>
+int unlinkAndFail(const char *path)
+{
+    (void)realCalls.unlink(path);
+    errno = error;
+    return -1;
+}
+
+int refuseUnlink(const char *)
+{
+    errno = EACCES;
+    return -1;
+}
+
+/// Another program saves the file right after it got its second name.
+int linkAndSave(const char *from, const char *to)
+{
+    const int result = realCalls.link(from, to);
+    return result == 0 && FileWriter::replace(QFile::decodeName(from), "newer", Flush::No) ? 0 : -1;
+}
+
 enum class Fault { DiskFull, Sync, Close, Rename };
 
 void inject(Fault fault)
@@ -130,6 +152,9 @@ private Q_SLOTS:
     void renameNeverReplaces_data();
     void renameNeverReplaces();
     void failedRenameLeavesNothingBehind();
+    void noRenameRemovesTheLastName_data();
+    void noRenameRemovesTheLastName();
+    void aCopyIsSafeBeforeTheFileGoes();
     void secondNameTakesTheOldOnesPlaceOrNothingChanges();
     void copyMakesASecondFileOrNothing();
     void impossiblePathsTouchNoOtherFile();
@@ -281,6 +306,57 @@ void TestFileWriter::failedRenameLeavesNothingBehind()
     QCOMPARE(contentOf(m_path), QByteArray("mine"));
     QVERIFY(!FileWriter::renameNoReplace(inFolder("missing"), inFolder("target")));
     QCOMPARE(names().size(), 1);
+}
+
+void TestFileWriter::noRenameRemovesTheLastName_data()
+{
+    using Link = decltype(FileSystemCalls::link);
+    using Unlink = decltype(FileSystemCalls::unlink);
+    QTest::addColumn<Link>("link");
+    QTest::addColumn<Unlink>("unlink");
+    QTest::addColumn<QString>("left"); ///< names with contents
+    const auto row = [](const char *name, Link link, Unlink unlink, const char *left) {
+        QTest::newRow(name) << link << unlink << QString::fromUtf8(left);
+    };
+    row("told twice", realCalls.link, unlinkAndFail<ENOENT>, "to mine");
+    row("the answer is lost", realCalls.link, unlinkAndFail<EIO>, "to mine");
+    row("the name cannot go", realCalls.link, refuseUnlink, "from mine");
+    row("saved meanwhile", linkAndSave, realCalls.unlink, "from newer, to mine");
+    row("a copy, told twice", failRename<EPERM>, unlinkAndFail<ENOENT>, "to mine");
+    row("a copy, the answer is lost", failRename<EPERM>, unlinkAndFail<EIO>, "to mine");
+    row("a copy, the name cannot go", failRename<EPERM>, refuseUnlink, "from mine");
+}
+
+/// Where the file system cannot promise to replace nothing.
+void TestFileWriter::noRenameRemovesTheLastName()
+{
+    put(inFolder("from"), "mine");
+    QFETCH(decltype(FileSystemCalls::link), link);
+    QFETCH(decltype(FileSystemCalls::unlink), unlink);
+    fileSystemCalls().renameNoReplace = failRename<EINVAL>;
+    fileSystemCalls().link = link;
+    fileSystemCalls().unlink = unlink;
+    const bool isDone = FileWriter::renameNoReplace(inFolder("from"), inFolder("to"));
+    QCOMPARE(isDone, unlink == &unlinkAndFail<ENOENT>);
+    QStringList left;
+    for (const QString &name : names())
+        left << name + u' ' + QString::fromUtf8(contentOf(m_folder->filePath(name)));
+    QTEST(left.join(QStringLiteral(", ")), "left");
+}
+
+/// Nor may the copy be on its way to the disk still when the file goes.
+void TestFileWriter::aCopyIsSafeBeforeTheFileGoes()
+{
+    fileSystemCalls().renameNoReplace = failRename<EINVAL>;
+    fileSystemCalls().link = failRename<EPERM>;
+    fileSystemCalls().fsync = countSync;
+    fileSystemCalls().unlink = [](const char *path) {
+        return synced == 2 ? realCalls.unlink(path) : refuseUnlink(path);
+    };
+    synced = 0;
+    put(m_path, "mine");
+    QVERIFY(FileWriter::renameNoReplace(m_path, inFolder("to")));
+    QCOMPARE(names(), QStringList(QStringLiteral("to")));
 }
 
 void TestFileWriter::secondNameTakesTheOldOnesPlaceOrNothingChanges()
