@@ -9,10 +9,15 @@ namespace BatchRename {
 /// Those whose files are not lost.
 [[nodiscard]] PIGroup::PhotoList renamable(const PIGroup::PhotoList &photos);
 
-/// Begins to rename the files of these photos, which must be renamable, in their order. Ends at the first that cannot
-/// be renamed; the others keep their new names.
-[[nodiscard]] std::unique_ptr<FileRun> start(LibraryEditor &editor, DispatchQueue &queue,
-                                             const RenameSettings &settings, const PIGroup::PhotoList &photos,
-                                             const FileRun::Progress &progress, const FileRun::Ended &ended);
+/// Where their files are.
+[[nodiscard]] QStringList pathsOf(const PIGroup::PhotoList &photos);
+/// Of all lost files of the library: a file that got such a path would be taken for the lost one. For a plan.
+[[nodiscard]] QStringList lostPaths(const PhotoLibrary &library);
+
+/// Begins to carry out a plan for the paths of these photos, as it is: what is no longer as it was then is in its way.
+/// Ends at the first file that cannot be renamed; the others keep their new names.
+[[nodiscard]] std::unique_ptr<FileRun> start(LibraryEditor &editor, DispatchQueue &queue, const RenamePlan &plan,
+                                             const PIGroup::PhotoList &photos, const FileRun::Progress &progress,
+                                             const FileRun::Ended &ended);
 
 }

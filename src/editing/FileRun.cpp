@@ -12,11 +12,13 @@ QList<FileRun::File> FileRun::filesOf(const PIGroup::PhotoList &photos, const Ph
 {
     QHash<QString, QList<std::shared_ptr<PIFileRef>>> references;
     for (const auto &photo : photos) {
-        if (const auto &file = photo->fileRef(); file && !references[file->path()].contains(file))
+        if (const auto &file = photo->fileRef();
+            file && !file->isFileLost() && !references[file->path()].contains(file))
             references[file->path()].append(file);
     }
-    // The library may have more than one for a path.
-    const auto used = library.usedFileRefs([&](const PIFileRef &file) { return references.contains(file.path()); });
+    // The library may have more than one for a path. A lost one means another file, which stood there once.
+    const auto used = library.usedFileRefs(
+        [&](const PIFileRef &file) { return !file.isFileLost() && references.contains(file.path()); });
     for (const auto &file : used) {
         if (auto &known = references[file->path()]; !known.contains(file))
             known.append(file);

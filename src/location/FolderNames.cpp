@@ -2,12 +2,57 @@
 
 #include "DirectoryReader.h"
 #include "ImageFormat.h"
-#include "LogString.h"
+#include "PosixSupport.h"
 #include "StringUtilities.h"
 
 #include <QFileInfo>
 
+#include <sys/stat.h>
+
 namespace {
+
+/// Names that are no text are left out: nothing that can be typed is like them.
+std::optional<QStringList> namesOnDisk(const QString &path, QString *reason)
+{
+    const auto listing = readDirectory(path, reason);
+    if (!listing)
+        return {};
+    QStringList names;
+    names.reserve(listing->entries.size());
+    for (const DirectoryEntry &entry : listing->entries)
+        names.append(entry.name);
+    return names;
+}
+
+/// Of pictures of one stem, that with the lowest has its sidecar.
+int rankOf(const QString &name)
+{
+    const auto format = imageFormatForFileName(name);
+    return format == ImageFormat::Raw ? 0 : format == ImageFormat::Jpeg ? 1 : 2;
+}
+
+bool isBefore(const QString &name, const QString &other)
+{
+    const int rank = rankOf(name);
+    const int otherRank = rankOf(other);
+    return rank != otherRank ? rank < otherRank : name < other;
+}
+
+/// A whole name counts for more than a stem.
+void findOwners(FolderNames::Folder &folder)
+{
+    for (const QString &name : std::as_const(folder.names)) {
+        const QString stem = QVString::fileNameMinusExtension(name);
+        if (!folder.sidecars.contains(stem) || !isReadableImageExtension(QVString::pathExtension(name)))
+            continue;
+        QString &owner = folder.owners[stem];
+        if (owner.isEmpty() || isBefore(name, owner))
+            owner = name;
+    }
+    for (auto sidecar = folder.sidecars.cbegin(); sidecar != folder.sidecars.cend(); ++sidecar)
+        if (folder.names.contains(sidecar.key()) && isReadableImageExtension(QVString::pathExtension(sidecar.key())))
+            folder.owners[sidecar.key()] = sidecar.key();
+}
 
 void indexSidecars(FolderNames::Folder &folder)
 {
@@ -15,35 +60,19 @@ void indexSidecars(FolderNames::Folder &folder)
     for (const QString &name : std::as_const(folder.names))
         if (QVString::isFuzzyEqualToString(QVString::pathExtension(name), sidecar))
             folder.sidecars[QVString::fileNameMinusExtension(name)].append(name);
-    if (folder.sidecars.isEmpty())
-        return;
-    for (const QString &name : std::as_const(folder.names)) {
-        const QString stem = QVString::fileNameMinusExtension(name);
-        if (folder.sidecars.contains(stem) && isReadableImageExtension(QVString::pathExtension(name)))
-            folder.pictures[stem].append(name);
-    }
     for (QStringList &names : folder.sidecars)
         names.sort();
+    if (!folder.sidecars.isEmpty())
+        findOwners(folder);
 }
 
 }
 
-/// Names that are no text are left out: nothing that can be typed is like them.
-QStringList FolderNames::namesIn(const QString &path) const
+FolderNames::FolderNames(Listing listing, const QStringList &reserved)
+    : m_listing(std::move(listing))
 {
-    if (m_listing)
-        return m_listing(path);
-    QString reason;
-    const auto listing = readDirectory(path, &reason);
-    if (!listing) {
-        LogString("Can't read %@. %@", path, reason);
-        return {};
-    }
-    QStringList names;
-    names.reserve(listing->entries.size());
-    for (const DirectoryEntry &entry : listing->entries)
-        names.append(entry.name);
-    return names;
+    for (const QString &path : reserved)
+        m_reserved[QVString::deletingLastPathComponent(path)].insert(QVString::lastPathComponent(path));
 }
 
 const FolderNames::Folder &FolderNames::at(const QString &path)
@@ -57,11 +86,20 @@ const FolderNames::Folder &FolderNames::at(const QString &path)
     if (!folder) {
         folder = std::make_shared<Folder>();
         folder->place = place;
-        const QStringList names = namesIn(path);
-        folder->names = QSet<QString>(names.cbegin(), names.cend());
+        const auto names = m_listing ? m_listing(path, &folder->failure) : namesOnDisk(path, &folder->failure);
+        if (names)
+            folder->names = QSet<QString>(names->cbegin(), names->cend());
+        folder->reserved = m_reserved.value(place);
         indexSidecars(*folder);
         m_folders.insert(place, folder);
     }
+    folder->reserved.unite(m_reserved.value(path));
     m_folders.insert(path, folder);
     return *folder;
+}
+
+bool FolderNames::isOnDisk(const QString &path) const
+{
+    struct stat facts = {};
+    return !m_listing && ::lstat(Posix::nativePath(path).constData(), &facts) == 0;
 }

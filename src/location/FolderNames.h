@@ -7,35 +7,37 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// What stands in folders, each read once, when it is first asked for. One thread at a time.
 class FolderNames
 {
 public:
-    /// The names in a folder, as far as they can be read.
-    using Listing = std::function<QStringList(const QString &folder)>;
+    /// The names in a folder, as far as they can be read; nothing, with the reason, when none can.
+    using Listing = std::function<std::optional<QStringList>(const QString &folder, QString *reason)>;
 
     struct Folder
     {
         QString place; ///< one for all the paths that lead there
         QSet<QString> names;
+        QSet<QString> reserved; ///< nothing bears these, but nothing may get them
+        QString failure;        ///< why the names could not be read; empty when they could
         /// Files of notes on pictures, ".xmp", by what stands before that: the name of a picture, or its stem.
         QHash<QString, QStringList> sidecars;
-        /// The pictures that have such a stem, by it.
-        QHash<QString, QStringList> pictures;
+        /// The picture to which those belong, by the same; none when no picture has the name or the stem.
+        QHash<QString, QString> owners;
     };
 
-    /// Without a listing the disk is read.
-    explicit FolderNames(Listing listing = {})
-        : m_listing(std::move(listing))
-    {}
+    /// Without a listing the disk is read. `reserved` are paths.
+    explicit FolderNames(Listing listing = {}, const QStringList &reserved = {});
 
     /// `path` without a slash at its end. The answer stays where it is.
     [[nodiscard]] const Folder &at(const QString &path);
+    /// Whether the disk knows the path, also by another spelling than that in the folder.
+    [[nodiscard]] bool isOnDisk(const QString &path) const;
 
 private:
-    [[nodiscard]] QStringList namesIn(const QString &path) const;
-
     Listing m_listing;
+    QHash<QString, QSet<QString>> m_reserved;          ///< names by folder
     QHash<QString, std::shared_ptr<Folder>> m_folders; ///< by every path that was asked for, and by place
 };

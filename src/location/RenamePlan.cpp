@@ -54,8 +54,9 @@ qint64 largestNumber(const Folder &folder, const Stems &stems)
     for (auto stem = stems.cbegin(); stem != stems.cend(); ++stem)
         lengths.insert(stem.key().size());
     qint64 largest = 0;
-    for (const QString &name : folder.names)
-        largest = std::max(largest, numberOf(name, stems, lengths));
+    for (const auto &names : {folder.names, folder.reserved})
+        for (const QString &name : names)
+            largest = std::max(largest, numberOf(name, stems, lengths));
     return largest;
 }
 
@@ -115,51 +116,53 @@ public:
         : m_folder(folder)
     {}
 
-    [[nodiscard]] bool holds(const QString &name) const
+    [[nodiscard]] bool holds(const QString &name) const { return m_come.contains(name) || isInPlace(name); }
+    /// What stood there before anything moved, and still does.
+    [[nodiscard]] bool isInPlace(const QString &name) const
     {
-        return m_come.contains(name) || (m_folder.names.contains(name) && !m_gone.contains(name));
+        return m_folder.names.contains(name) && !m_gone.contains(name);
     }
     void move(const QString &from, const QString &to)
     {
         m_come.remove(from);
         m_gone.insert(from);
         m_come.insert(to);
-        m_gone.remove(to);
     }
 
-    /// The sidecars that go with a picture to its new name, as names.
+    /// The sidecars that go with a picture to its new name, as names. Those of pictures that have moved there do not.
     [[nodiscard]] QList<RenamePlan::Move> sidecarsOf(const Name &from, const Name &to) const
     {
         QList<RenamePlan::Move> moves;
         const QString name = from.whole();
         const auto add = [&](const QString &stem, const QString &newStem) {
+            if (stem == newStem || m_folder.owners.value(stem, name) != name)
+                return;
             for (const QString &sidecar : m_folder.sidecars.value(stem))
-                if (stem != newStem && holds(sidecar))
+                if (isInPlace(sidecar))
                     moves.append({sidecar, newStem + sidecar.sliced(stem.size())});
         };
         if (m_folder.sidecars.isEmpty())
             return moves;
         add(name, to.whole());
-        if (from.stem != name && belongsTo(name, from.stem))
+        if (from.stem != name)
             add(from.stem, to.stem);
         return moves;
     }
-
-private:
-    /// Pictures of one stem share its sidecar, which is that of the raw one; else it stays with who keeps the name.
-    [[nodiscard]] bool belongsTo(const QString &name, const QString &stem) const
+    /// Whether a sidecar that is not the picture's stands where it will have its own.
+    [[nodiscard]] bool meetsSidecar(const Name &from, const Name &to) const
     {
-        const auto isRaw = [](const QString &file) { return imageFormatForFileName(file) == ImageFormat::Raw; };
-        if (isReadableImageExtension(QVString::pathExtension(stem)) && holds(stem))
-            return false; // it is that picture's own, by its whole name
-        QStringList others = m_folder.pictures.value(stem);
-        others.removeIf([&](const QString &other) { return other == name || !holds(other); });
-        return others.isEmpty() || (isRaw(name) && std::none_of(others.cbegin(), others.cend(), isRaw));
+        const auto hasAny = [this](const QString &stem) {
+            const QStringList sidecars = m_folder.sidecars.value(stem);
+            return std::any_of(sidecars.cbegin(), sidecars.cend(),
+                               [this](const QString &name) { return isInPlace(name); });
+        };
+        return hasAny(to.whole()) || (to.stem != from.stem && hasAny(to.stem));
     }
 
+private:
     const Folder &m_folder;
     QSet<QString> m_come;
-    QSet<QString> m_gone;
+    QSet<QString> m_gone; ///< of those that stood there
 };
 
 /// Makes the steps one after the other, as if each were taken at once.
@@ -190,7 +193,7 @@ public:
             return step;
         newName = wanted->whole();
         step.newPath = pathOf(folder, newName);
-        move(step, name, *wanted, m_changing.try_emplace(read.place, read).first->second);
+        move(step, name, *wanted, read, m_changing.try_emplace(read.place, read).first->second);
         return step;
     }
 
@@ -200,23 +203,47 @@ private:
         return folder.endsWith(u'/') ? QString(folder + name) : QString(folder + u'/' + name);
     }
 
-    static void move(RenamePlan::Step &step, const Name &from, const Name &to, ChangingFolder &folder)
+    /// Why nothing is known of the file, or it is not there.
+    [[nodiscard]] Obstacle obstacleAt(const QString &path, const Folder &read, const ChangingFolder &folder) const
+    {
+        if (!read.failure.isEmpty())
+            return Obstacle::Unreadable;
+        const QString name = QVString::lastPathComponent(path);
+        const bool isThere = folder.isInPlace(name) || (!read.names.contains(name) && m_folders.isOnDisk(path));
+        return isThere ? Obstacle::None : Obstacle::Missing;
+    }
+    static Obstacle obstacleTo(const Name &to, const Folder &read, const ChangingFolder &folder)
+    {
+        if (to.stem.isEmpty())
+            return Obstacle::NoName;
+        if (const Obstacle obstacle = obstacleIn(to.whole()); obstacle != Obstacle::None)
+            return obstacle;
+        if (folder.holds(to.whole()))
+            return Obstacle::Taken;
+        return read.reserved.contains(to.whole()) ? Obstacle::Reserved : Obstacle::None;
+    }
+    void move(RenamePlan::Step &step, const Name &from, const Name &to, const Folder &read,
+              ChangingFolder &folder) const
     {
         const QString folderPath = QVString::deletingLastPathComponent(step.oldPath);
         const auto sidecars = folder.sidecarsOf(from, to);
-        step.obstacle = to.stem.isEmpty() ? Obstacle::NoName : obstacleIn(to.whole());
-        if (step.obstacle == Obstacle::None && folder.holds(to.whole()))
-            step.obstacle = Obstacle::Taken;
+        step.obstacle = obstacleTo(to, read, folder);
+        if (step.obstacle == Obstacle::None)
+            step.obstacle = obstacleAt(step.oldPath, read, folder);
+        step.detail = read.failure;
         for (const RenamePlan::Move &sidecar : sidecars) {
             step.sidecars.append({pathOf(folderPath, sidecar.from), pathOf(folderPath, sidecar.to)});
-            if (step.obstacle == Obstacle::None)
-                step.obstacle = folder.holds(sidecar.to) ? Obstacle::SidecarTaken : obstacleIn(sidecar.to);
+            if (step.obstacle != Obstacle::None)
+                continue;
+            step.obstacle = folder.holds(sidecar.to) ? Obstacle::SidecarTaken : obstacleIn(sidecar.to);
+            step.detail = sidecar.from;
         }
         if (step.obstacle != Obstacle::None)
             return;
         folder.move(from.whole(), to.whole());
         for (const RenamePlan::Move &sidecar : sidecars)
             folder.move(sidecar.from, sidecar.to);
+        step.meetsSidecar = folder.meetsSidecar(from, to);
     }
 
     const RenameSettings &m_settings;

@@ -65,13 +65,18 @@ public:
         TooLong,      ///< nor one of so many bytes
         Taken,        ///< something will bear the name when the file's turn comes
         SidecarTaken, ///< the same for a sidecar of the file
+        Reserved,     ///< a photo whose file is lost waits for a file of that name
+        Missing,      ///< the file is not in its folder
+        Unreadable,   ///< nobody can tell what is in its folder
     };
     struct Step
     {
         QString oldPath;
         QString newPath = {}; ///< empty when the file keeps its name
         Obstacle obstacle = Obstacle::None;
+        QString detail = {};        ///< what the disk says to the obstacle, if anything
         bool isMovedBefore = false; ///< an earlier step renames the same file
+        bool meetsSidecar = false;  ///< a sidecar that is not the file's will look like it
         QList<Move> sidecars = {};  ///< go with it
     };
 
@@ -79,6 +84,8 @@ public:
     RenamePlan(const RenameSettings &settings, const QStringList &paths, FolderNames folders = FolderNames());
 
     [[nodiscard]] const QList<Step> &steps() const { return m_steps; }
+    /// What was found to stand in a step's way since.
+    void setObstacle(qsizetype step, Obstacle obstacle) { m_steps[step].obstacle = obstacle; }
     /// Files that would get another name if nothing stood in the way.
     [[nodiscard]] qsizetype renamedCount() const;
     [[nodiscard]] qsizetype obstacleCount() const;

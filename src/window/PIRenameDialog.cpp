@@ -1,8 +1,10 @@
 #include "PIRenameDialog.h"
 
 #include "BatchRename.h"
+#include "LibraryNotifications.h"
 #include "PIPhoto.h"
 #include "PhotoEdits.h"
+#include "PhotoLibrary.h"
 #include "RenamePreview.h"
 #include "UserDefaults.h"
 
@@ -58,26 +60,22 @@ void check(QButtonGroup &group, int id)
     (button ? button : group.button(0))->setChecked(true);
 }
 
-QStringList pathsOf(const PIGroup::PhotoList &photos)
-{
-    QStringList paths;
-    for (const auto &photo : photos)
-        paths.append(photo->fileRef()->path());
-    return paths;
-}
-
 }
 
 PIRenameDialog *PIRenameDialog::initWithController(LibraryEditor &editor, UserDefaults &defaults, QWidget &window)
 {
     const PIGroup::PhotoList photos = BatchRename::renamable(PhotoEdits(editor).selectedPhotos());
-    return photos.isEmpty() ? nullptr : new PIRenameDialog(photos, defaults, &window);
+    return photos.isEmpty() ? nullptr : new PIRenameDialog(photos, editor, defaults, &window);
 }
 
-PIRenameDialog::PIRenameDialog(const PIGroup::PhotoList &photos, UserDefaults &defaults, QWidget *parent)
+PIRenameDialog::PIRenameDialog(const PIGroup::PhotoList &photos, LibraryEditor &editor, UserDefaults &defaults,
+                               QWidget *parent)
     : QDialog(parent)
+    , m_editor(editor)
     , m_defaults(defaults)
     , m_photos(photos)
+    , m_paths(BatchRename::pathsOf(photos))
+    , m_lostPaths(BatchRename::lostPaths(editor.library()))
     , m_styleOptions(new QButtonGroup(this))
     , m_oldPrefixField(textField(tr("Old prefix"), this))
     , m_newPrefixField(textField(tr("New prefix"), this))
@@ -86,7 +84,7 @@ PIRenameDialog::PIRenameDialog(const PIGroup::PhotoList &photos, UserDefaults &d
     , m_prefixField(textField(tr("Prefix of new names"), this))
     , m_completeOptions(new QButtonGroup(this))
     , m_completeNumberField(numberField(tr("Number of the first new name"), this))
-    , m_preview(new RenamePreview(pathsOf(photos), this))
+    , m_preview(new RenamePreview(this))
     , m_okButton(new QPushButton(tr("&Rename"), this))
 {
     setObjectName(QStringLiteral("RenameDialog"));
@@ -95,6 +93,7 @@ PIRenameDialog::PIRenameDialog(const PIGroup::PhotoList &photos, UserDefaults &d
     build();
     readPreferences();
     observe();
+    observeFiles();
     changeStyle();
 }
 
@@ -199,6 +198,39 @@ void PIRenameDialog::observe()
     connect(m_completeNumberField, &QSpinBox::textChanged, this, &PIRenameDialog::controlTextDidChange);
 }
 
+/// Files are moved and removed also while the sheet is open.
+void PIRenameDialog::observeFiles()
+{
+    constexpr int kMilliseconds = 200; // all photos of the library are looked at
+    m_filesChanged.setSingleShot(true);
+    m_filesChanged.setInterval(kMilliseconds);
+    connect(&m_filesChanged, &QTimer::timeout, this, &PIRenameDialog::takeFiles);
+    m_fileObserver =
+        m_editor.library().notifications().observe(kThumbnailNotification, [this](const NotificationObject &) {
+            if (!m_filesChanged.isActive())
+                m_filesChanged.start();
+        });
+    connect(m_preview, &RenamePreview::becameUpToDate, this, &PIRenameDialog::acceptWhenPlanned);
+}
+
+void PIRenameDialog::takeFiles()
+{
+    const PIGroup::PhotoList present = BatchRename::renamable(m_photos);
+    const QStringList paths = BatchRename::pathsOf(present);
+    const QStringList lost = BatchRename::lostPaths(m_editor.library());
+    if (paths == m_paths && lost == m_lostPaths)
+        return;
+    m_photos = present;
+    m_paths = paths;
+    m_lostPaths = lost;
+    enableRename();
+}
+
+const RenamePlan &PIRenameDialog::plan() const
+{
+    return m_preview->plan();
+}
+
 RenameSettings PIRenameDialog::settings() const
 {
     RenameSettings settings{.style = static_cast<Style>(m_styleOptions->checkedId()),
@@ -234,7 +266,8 @@ void PIRenameDialog::enableRename()
 {
     const RenameSettings chosen = settings();
     m_okButton->setEnabled(chosen.isComplete());
-    m_preview->showPlan(chosen);
+    m_isPressed = false; // that was for something else
+    m_preview->showPlan(chosen, m_paths, m_lostPaths);
 }
 
 void PIRenameDialog::controlTextDidChange()
@@ -250,5 +283,13 @@ void PIRenameDialog::rename()
     store(m_defaults, kNewPrefix, m_newPrefixField->text());
     store(m_defaults, kPrefix, m_prefixField->text());
     m_defaults.setValue(kComplete, m_completeOptions->checkedId());
-    accept();
+    m_isPressed = true;
+    acceptWhenPlanned();
+}
+
+/// Nothing is done that was not on show.
+void PIRenameDialog::acceptWhenPlanned()
+{
+    if (m_isPressed && m_preview->isUpToDate())
+        accept();
 }

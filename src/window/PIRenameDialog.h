@@ -1,9 +1,11 @@
 #pragma once
 
+#include "NotificationCenter.h"
 #include "PIGroup.h"
 #include "RenamePlan.h"
 
 #include <QDialog>
+#include <QTimer>
 
 class LibraryEditor;
 class QButtonGroup;
@@ -27,25 +29,35 @@ public:
                                                             QWidget &window);
 
     [[nodiscard]] const PIGroup::PhotoList &photos() const { return m_photos; }
-    /// As they are chosen now.
-    [[nodiscard]] RenameSettings settings() const;
+    /// For the files of these photos, as it is on show. When the dialog is accepted, it is for what was chosen.
+    [[nodiscard]] const RenamePlan &plan() const;
 
 private:
-    PIRenameDialog(const PIGroup::PhotoList &photos, UserDefaults &defaults, QWidget *parent);
+    PIRenameDialog(const PIGroup::PhotoList &photos, LibraryEditor &editor, UserDefaults &defaults, QWidget *parent);
 
     void build();
     [[nodiscard]] QWidget *buildStyles();
     [[nodiscard]] QRadioButton *addChoice(QButtonGroup &group, int id, const QString &text, const QString &toolTip);
     void readPreferences();
     void observe();
+    void observeFiles();
+    void takeFiles();
+    [[nodiscard]] RenameSettings settings() const;
 
     void changeStyle();
     void enableRename();
     void controlTextDidChange();
     void rename();
+    void acceptWhenPlanned();
 
+    LibraryEditor &m_editor;
     UserDefaults &m_defaults;
     PIGroup::PhotoList m_photos;
+    QStringList m_paths;
+    QStringList m_lostPaths;
+    QTimer m_filesChanged; ///< many change at a time
+    NotificationCenter::Observer m_fileObserver;
+    bool m_isPressed = false; ///< the button, before the plan was ready
     QButtonGroup *m_styleOptions;
     QLineEdit *m_oldPrefixField;
     QLineEdit *m_newPrefixField;

@@ -17,8 +17,10 @@ using Obstacle = RenamePlan::Obstacle;
 /// On one line, whatever characters that have no shape are in it.
 QString shownName(QString name)
 {
+    static const QList<QChar::Category> kShapeless{QChar::Other_Control, QChar::Other_Format, QChar::Separator_Line,
+                                                   QChar::Separator_Paragraph};
     for (QChar &character : name)
-        if (character.category() == QChar::Other_Control)
+        if (kShapeless.contains(character.category()))
             character = QChar::ReplacementCharacter;
     return name;
 }
@@ -45,6 +47,12 @@ QString textOf(Obstacle obstacle)
         return RenamePlanModel::tr("Name is taken");
     case Obstacle::SidecarTaken:
         return RenamePlanModel::tr("Sidecar's name is taken");
+    case Obstacle::Reserved:
+        return RenamePlanModel::tr("Name of a missing file");
+    case Obstacle::Missing:
+        return RenamePlanModel::tr("File is missing");
+    case Obstacle::Unreadable:
+        return RenamePlanModel::tr("Folder can't be read");
     case Obstacle::None:
         break;
     }
@@ -57,6 +65,8 @@ QString noteOn(const RenamePlan::Step &step)
         return textOf(step.obstacle);
     if (step.newPath.isEmpty())
         return RenamePlanModel::tr("Keeps its name");
+    if (step.meetsSidecar)
+        return RenamePlanModel::tr("Another sidecar has that name");
     return step.sidecars.isEmpty() ? QString() : RenamePlanModel::tr("With its sidecar");
 }
 
@@ -116,6 +126,8 @@ QVariant RenamePlanModel::data(const QModelIndex &index, int role) const
         return QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
     if (role == Qt::ForegroundRole && shown.newPath.isEmpty())
         return QApplication::palette().brush(QPalette::PlaceholderText);
+    if (role == Qt::ToolTipRole && index.column() == Note)
+        return shown.obstacle == Obstacle::Unreadable ? plainText(shown.detail) : QString();
     if (role == Qt::ToolTipRole)
         return plainText(QVString::abbreviateHomeFolderPath(isOld ? shown.oldPath : shown.newPath));
     return {};

@@ -14,6 +14,7 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
     void setPlan(const RenamePlan &plan);
+    [[nodiscard]] const RenamePlan &plan() const { return m_plan; }
     /// The row of the first file that cannot get its name; -1 when all can.
     [[nodiscard]] int firstObstacle() const;
     /// What will happen, in a sentence.

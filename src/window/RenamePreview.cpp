@@ -8,9 +8,8 @@
 #include <QLabel>
 #include <QTreeView>
 
-RenamePreview::RenamePreview(const QStringList &paths, QWidget *parent)
+RenamePreview::RenamePreview(QWidget *parent)
     : QWidget(parent)
-    , m_paths(paths)
     , m_model(new RenamePlanModel(this))
     , m_table(new QTreeView(this))
     , m_summary(new QLabel(tr("Looking at the folders…"), this))
@@ -36,19 +35,27 @@ RenamePreview::RenamePreview(const QStringList &paths, QWidget *parent)
     layout->addWidget(m_summary);
 }
 
-void RenamePreview::showPlan(const RenameSettings &settings)
+const RenamePlan &RenamePreview::plan() const
 {
-    m_wanted = settings;
-    if (!m_isPlanning)
-        plan();
+    return m_model->plan();
 }
 
-void RenamePreview::plan()
+void RenamePreview::showPlan(const RenameSettings &settings, const QStringList &paths, const QStringList &reserved)
+{
+    m_wanted = {settings, paths, reserved};
+    if (!m_isPlanning)
+        work();
+}
+
+void RenamePreview::work()
 {
     m_isPlanning = true;
     m_planned = m_wanted;
     inBackground(
-        m_worker, this, [settings = m_planned, paths = m_paths] { return RenamePlan(settings, paths); },
+        m_worker, this,
+        [question = m_planned] {
+            return RenamePlan(question.settings, question.paths, FolderNames({}, question.reserved));
+        },
         [this](const RenamePlan &plan) { show(plan); });
 }
 
@@ -60,5 +67,7 @@ void RenamePreview::show(const RenamePlan &plan)
     if (const int row = m_model->firstObstacle(); row >= 0)
         m_table->scrollTo(m_model->index(row, 0));
     if (m_wanted != m_planned)
-        this->plan();
+        work();
+    else
+        Q_EMIT becameUpToDate();
 }

@@ -16,18 +16,31 @@ class RenamePreview final : public QWidget
     Q_OBJECT
 
 public:
-    RenamePreview(const QStringList &paths, QWidget *parent);
+    explicit RenamePreview(QWidget *parent);
 
-    /// Of several asked for in one go, only the last is worked out.
-    void showPlan(const RenameSettings &settings);
+    /// Of several asked for in one go, only the last is worked out. `reserved` are paths that no file may get.
+    void showPlan(const RenameSettings &settings, const QStringList &paths, const QStringList &reserved);
+    /// What was asked for last is on show.
+    [[nodiscard]] bool isUpToDate() const { return !m_isPlanning; }
+    /// The plan on show.
+    [[nodiscard]] const RenamePlan &plan() const;
+
+Q_SIGNALS:
+    void becameUpToDate();
 
 private:
-    void plan();
+    void work();
     void show(const RenamePlan &plan);
 
-    const QStringList m_paths;
-    RenameSettings m_wanted;
-    RenameSettings m_planned;
+    struct Question
+    {
+        RenameSettings settings;
+        QStringList paths;
+        QStringList reserved;
+        bool operator==(const Question &) const = default;
+    };
+    Question m_wanted;
+    Question m_planned;
     bool m_isPlanning = false;
     RenamePlanModel *m_model;
     QTreeView *m_table;

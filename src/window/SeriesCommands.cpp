@@ -36,7 +36,7 @@ void SeriesCommands::performRenameForWindow()
     connect(dialog, &QDialog::accepted, this, [this, dialog] {
         run(tr("Rename Files"), {tr("One file renamed"), tr("%n files renamed")}, tr("Rename failed."),
             [&](const FileRun::Progress &progress, const FileRun::Ended &ended) {
-                return BatchRename::start(m_editor, m_worker, dialog->settings(), dialog->photos(), progress, ended);
+                return BatchRename::start(m_editor, m_worker, dialog->plan(), dialog->photos(), progress, ended);
             });
     });
     dialog->open();

@@ -38,6 +38,11 @@ QByteArray contentOf(const QString &path)
     return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
 
+RenamePlan planFor(const RenameSettings &settings, const PIGroup::PhotoList &photos, const PhotoLibrary &library)
+{
+    return {settings, BatchRename::pathsOf(photos), FolderNames({}, BatchRename::lostPaths(library))};
+}
+
 /// A house whose folder "A" is shown, with files on disk whose contents are their first names.
 struct Disk : House
 {
@@ -64,7 +69,8 @@ struct Disk : House
     void rename(const RenameSettings &settings)
     {
         outcome.reset();
-        run = BatchRename::start(editor, queue, settings, BatchRename::renamable(a->photos()), progress, ended);
+        const auto photos = BatchRename::renamable(a->photos());
+        run = BatchRename::start(editor, queue, planFor(settings, photos, library), photos, progress, ended);
     }
     /// The names by which the photos of the folder know their files.
     [[nodiscard]] QString names(const std::shared_ptr<PIFolder> &folder) const
@@ -154,6 +160,42 @@ private Q_SLOTS:
         QCOMPARE(contentOf(disk.at(QStringLiteral("taken1"))), QByteArray("taken1"));
     }
 
+    void noPhotoGetsTheFileOfAnother_data()
+    {
+        QTest::addColumn<bool>("isKnown"); ///< that a file is gone, to the library
+        QTest::addColumn<QString>("gone");
+        QTest::addColumn<QString>("failure");
+        QTest::newRow("gone since the plan was made")
+            << false << QStringLiteral("II.jpg") << QStringLiteral("No such file or directory");
+        QTest::newRow("lost since the plan was made")
+            << true << QStringLiteral("II.jpg") << QStringLiteral("No such file or directory");
+        QTest::newRow("another was lost, whose name it would be")
+            << true << QStringLiteral("III.jpg") << QStringLiteral("its file is missing.");
+    }
+    void noPhotoGetsTheFileOfAnother()
+    {
+        QFETCH(bool, isKnown);
+        QFETCH(QString, gone);
+        Disk disk;
+        const auto photos = QList{disk.photo("II.jpg", disk.a), disk.photo("I.jpg", disk.a)};
+        const auto lost = gone == u"II.jpg" ? photos.first() : disk.photo("III.jpg", disk.b);
+        if (lost != photos.first())
+            QVERIFY(QFile::remove(disk.at(gone)));
+        const RenameSettings settings{.oldPrefix = QStringLiteral("I"), .newPrefix = QStringLiteral("II")};
+        const RenamePlan plan = planFor(settings, photos, disk.library);
+        QCOMPARE(plan.obstacleCount(), 0);
+        if (lost == photos.first())
+            QVERIFY(QFile::remove(disk.at(gone)));
+        lost->fileRef()->setFileLost(isKnown);
+        disk.run = BatchRename::start(disk.editor, disk.queue, plan, photos, disk.progress, disk.ended);
+        QTRY_VERIFY(disk.outcome);
+        QFETCH(QString, failure);
+        QVERIFY2(disk.outcome->failure.endsWith(failure), qPrintable(disk.outcome->failure));
+        QCOMPARE(disk.names(disk.a), QStringLiteral("II.jpg I.jpg"));
+        QCOMPARE(contentOf(photos.last()->fileRef()->path()), QByteArray("I.jpg"));
+        QVERIFY(!QFile::exists(disk.at(QStringLiteral("III.jpg"))));
+    }
+
     /// Nor is a photo led anywhere that was shown another file while its own was renamed.
     void whatIsDoneBeforeTheCancelStays()
     {
@@ -193,10 +235,10 @@ private Q_SLOTS:
         DispatchQueue queue(QStringLiteral("test"));
         for (int round = 0; round < 4; ++round) {
             std::optional<FileRun::Outcome> outcome;
+            const RenameSettings settings{.oldPrefix = QStringLiteral("I"), .newPrefix = QStringLiteral("II")};
             const auto run = BatchRename::start(
-                editor, queue, {.oldPrefix = QStringLiteral("I"), .newPrefix = QStringLiteral("II")},
-                house.folder->photos(), [&](qsizetype) { follower.lookAgain(); },
-                [&](const FileRun::Outcome &told) { outcome = told; });
+                editor, queue, planFor(settings, house.folder->photos(), *house.library), house.folder->photos(),
+                [&](qsizetype) { follower.lookAgain(); }, [&](const FileRun::Outcome &told) { outcome = told; });
             QTRY_VERIFY(outcome);
             QCOMPARE(outcome->failure, QString());
             QCOMPARE(outcome->done, kFiles);

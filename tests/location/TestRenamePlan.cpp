@@ -16,8 +16,13 @@ QString nameOf(const QString &path)
 /// out.
 QString told(const RenamePlan &plan)
 {
-    static const QStringList signs{QString(), QStringLiteral("?"), QStringLiteral("&"), QStringLiteral("!"),
-                                   QStringLiteral("!!")};
+    static const QStringList signs{QString(),
+                                   QStringLiteral("?"),
+                                   QStringLiteral("&"),
+                                   QStringLiteral("!"),
+                                   QStringLiteral("!!"),
+                                   QStringLiteral("lost "),
+                                   QStringLiteral("missing ")};
     QStringList lines;
     for (const RenamePlan::Step &step : plan.steps()) {
         if (step.newPath.isEmpty())
@@ -26,6 +31,8 @@ QString told(const RenamePlan &plan)
                        nameOf(step.oldPath) + QStringLiteral(" > ") + step.newPath.mid(3);
         for (const RenamePlan::Move &sidecar : step.sidecars)
             line += QStringLiteral(" +") + nameOf(sidecar.from) + QStringLiteral(">") + nameOf(sidecar.to);
+        if (step.meetsSidecar)
+            line += QStringLiteral(" ?sidecar");
         lines << line;
     }
     return lines.join(QStringLiteral(", "));
@@ -120,7 +127,21 @@ private Q_SLOTS:
         row("it is the raw one's", "a.cr2 a.jpg a.xmp", "a.cr2 a.jpg", names("T"),
             "a.cr2 > T0001.cr2 +a.xmp>T0001.xmp, a.jpg > T0002.jpg");
         row("and stays with it", "a.cr2 a.jpg a.xmp", "a.jpg", names("T"), "a.jpg > T0001.jpg");
-        row("or with who is not renamed", "a.png a.jpg a.xmp", "a.jpg", names("T"), "a.jpg > T0001.jpg");
+        row("of others it is the JPEG's, whoever goes first", "a.png a.jpg a.xmp", "a.png a.jpg", names("T"),
+            "a.png > T0001.png, a.jpg > T0002.jpg +a.xmp>T0002.xmp");
+        row("and no newcomer's", "I1.png I1.tif I1.xmp a1.jpg", "I1.png a1.jpg I1.tif", prefixes("a", "I"),
+            "a1.jpg > I1.jpg ?sidecar");
+        row("names are handed on, sidecars are not", "II1.jpg II1.png II1.xmp I1.jpg", "II1.jpg I1.jpg II1.png",
+            prefixes("I", "II"), "II1.jpg > III1.jpg +II1.xmp>III1.xmp, I1.jpg > II1.jpg, II1.png > III1.png");
+        row("even where one is left behind", "II1.jpg II1.png II1.xmp I1.tif", "II1.png I1.tif", prefixes("I", "II"),
+            "II1.png > III1.png, I1.tif > II1.tif ?sidecar");
+        row("a sidecar of another stands there", "IMG_1.jpg DSC_1.cr2 DSC_1.xmp", "IMG_1.jpg", prefixes("IMG", "DSC"),
+            "IMG_1.jpg > DSC_1.jpg ?sidecar");
+        row("a file that is gone makes no room", "I.jpg", "I.jpg II.jpg", prefixes("I", "II"),
+            "I.jpg > II.jpg, missing II.jpg > III.jpg");
+        row("a lost photo waits for the name", "p1.jpg lost1.jpg", "p1.jpg lost1.jpg", prefixes("p", "gone"),
+            "lost p1.jpg > gone1.jpg");
+        row("nor is it among numbers", "a.jpg", "a.jpg", names("gone"), "a.jpg > gone0002.jpg");
         row("a sidecar has no room", "a.jpg a.xmp z.xmp", "a.jpg", prefixes("a", "z"), "!!a.jpg > z.jpg +a.xmp>z.xmp");
     }
     void filesGetTheirNames()
@@ -134,17 +155,18 @@ private Q_SLOTS:
         for (const QString &file : files)
             paths << QString(QStringLiteral("/p/") + file);
         int listed = 0;
-        const RenamePlan plan(settings, paths, FolderNames([&](const QString &path) {
-                                  ++listed;
-                                  return path == u"/p" ? folder : QStringList();
-                              }));
+        const auto list = [&](const QString &path, QString *) {
+            ++listed;
+            return path == u"/p" ? folder : QStringList();
+        };
+        const RenamePlan plan(settings, paths, FolderNames(list, {QStringLiteral("/p/gone1.jpg")}));
         QTEST(told(plan), "plan");
         QCOMPARE(listed, 1);
     }
 
     void numbersCountInEveryFolder()
     {
-        FolderNames listing([](const QString &folder) {
+        FolderNames listing([](const QString &folder, QString *) {
             return folder == u"/a" ? QStringList{QStringLiteral("x 9.jpg")} : QStringList{QStringLiteral("x 0020")};
         });
         const QStringList paths{QStringLiteral("/a/x 9.jpg"), QStringLiteral("/b/y.jpg")};
@@ -156,11 +178,26 @@ private Q_SLOTS:
         QCOMPARE(beginningOfName(QStringLiteral("/a/Été 2012.jpg")), QStringLiteral("Été"));
         QCOMPARE(beginningOfName(QStringLiteral("/a/0012.jpg")), QString());
     }
+    void nothingIsKnownOfAFolderThatCannotBeRead()
+    {
+        const RenamePlan plan({.oldPrefix = QStringLiteral("a"), .newPrefix = QStringLiteral("b")},
+                              {QStringLiteral("/p/a.jpg"), QStringLiteral("/p/x.jpg")},
+                              FolderNames([](const QString &, QString *reason) {
+                                  *reason = QStringLiteral("locked");
+                                  return std::optional<QStringList>();
+                              }));
+        QCOMPARE(plan.obstacleCount(), 1);
+        QCOMPARE(plan.steps().first().obstacle, RenamePlan::Obstacle::Unreadable);
+        QCOMPARE(plan.steps().first().detail, QStringLiteral("locked"));
+    }
     void aRunEndsAtTheFirstObstacle()
     {
-        const RenamePlan plan({.style = Style::Extension, .extension = QStringLiteral("jpg")},
-                              {QStringLiteral("/a.tif"), QStringLiteral("/b.tif"), QStringLiteral("/b.png")},
-                              FolderNames([](const QString &) { return QStringList(); }));
+        const RenamePlan plan(
+            {.style = Style::Extension, .extension = QStringLiteral("jpg")},
+            {QStringLiteral("/a.tif"), QStringLiteral("/b.tif"), QStringLiteral("/b.png")},
+            FolderNames([](const QString &, QString *) {
+                return QStringList{QStringLiteral("a.tif"), QStringLiteral("b.tif"), QStringLiteral("b.png")};
+            }));
         QCOMPARE(plan.renamedCount(), 3);
         QCOMPARE(plan.obstacleCount(), 1);
         QCOMPARE(plan.renamedBeforeObstacle(), 2);

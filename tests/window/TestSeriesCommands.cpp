@@ -5,6 +5,7 @@
 #include "PIDateSeriesDialog.h"
 #include "PIFolder.h"
 #include "PIRenameDialog.h"
+#include "SeriesCommands.h"
 #include "StringUtilities.h"
 
 #include <QComboBox>
@@ -41,6 +42,7 @@ struct SeriesDesk : WindowDesk
             names << QVString::lastPathComponent(photo->fileRef()->path());
         return names.join(u' ');
     }
+    [[nodiscard]] bool isBusy() const { return controller->window().findChild<SeriesCommands *>()->isBusy(); }
     template<typename Dialog>
     [[nodiscard]] Dialog *sheet() const
     {
@@ -123,6 +125,9 @@ private Q_SLOTS:
         };
         row("prefix", Qt::Key_P, "X_1",
             "IMG_0012.png > IMG_0012.png (Keeps its name), X_1.png > .png (Not a file name)", "IMG_0012.png X_1.png");
+        row("another prefix", Qt::Key_P, "X",
+            "IMG_0012.png > IMG_0012.png (Keeps its name), X_1.png > \ufffd_1.png (Another sidecar has that name)",
+            "IMG_0012.png \u202e_1.png");
         row("numbers", Qt::Key_N, "7", "IMG_0012.png > IMG_0101.png, X_1.png > X_0102.png", "IMG_0101.png X_0102.png");
         row("extension", Qt::Key_E, ".PnG",
             "IMG_0012.png > IMG_0012.png (Keeps its name), X_1.png > X_1.png (Keeps its name)", "IMG_0012.png X_1.png");
@@ -137,6 +142,9 @@ private Q_SLOTS:
         QFETCH(QString, names);
         SeriesDesk desk("IMG_0012.png X_1.png");
         desk.makePicture(QStringLiteral("IMG_0100.png"));
+        desk.defaults.setValue(Preference<const char *>{"hmphoto.rd.new", ""},
+                               typed == "X" ? QString(QChar(0x202e)) : QString());
+        QVERIFY(QFile(desk.dir.filePath(QChar(0x202e) + QStringLiteral("_1.xmp"))).open(QFile::WriteOnly));
         if (style == Qt::Key_M)
             QVERIFY(QFile(desk.dir.filePath(QStringLiteral("X_1.png.xmp"))).open(QFile::WriteOnly));
         auto *dialog = desk.open<PIRenameDialog>(Command::RenameFiles);
@@ -148,7 +156,11 @@ private Q_SLOTS:
         QTRY_COMPARE(rows(*dialog), shown);
         QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
         QTRY_VERIFY(!desk.sheet<PIRenameDialog>());
-        QTRY_COMPARE(desk.names(), names);
+        QTRY_VERIFY(!desk.isBusy());
+        QCOMPARE(desk.names(), names);
+        QCOMPARE(desk.alerts.said, shown.contains(QStringLiteral("Not a file name"))
+                                       ? QStringList(QStringLiteral("Rename failed."))
+                                       : QStringList());
         QCOMPARE(desk.defaults.value(Preference<int>{"hmphoto.rd.style", -1}),
                  QList({Qt::Key_P, Qt::Key_N, Qt::Key_E, Qt::Key_M}).indexOf(style));
         QCOMPARE(desk.defaults.contains(QStringLiteral("hmphoto.rd.prefix")), style == Qt::Key_M);
@@ -220,18 +232,46 @@ private Q_SLOTS:
         QCOMPARE(desk.names(), QStringLiteral("a.jpg b.jpg b.png c.png"));
     }
 
+    void whatIsShownIsDone()
+    {
+        SeriesDesk desk("a.png b.png c.png");
+        desk.defaults.setValue(Preference<int>{"hmphoto.rd.style", 0}, 3);
+        desk.defaults.setValue(Preference<const char *>{"hmphoto.rd.prefix", ""}, QStringLiteral("n"));
+        auto *dialog = desk.open<PIRenameDialog>(Command::RenameFiles);
+        QVERIFY(dialog);
+        QTRY_COMPARE(rows(*dialog), QStringLiteral("a.png > n0001.png, b.png > n0002.png, c.png > n0003.png"));
+        const auto lost = desk.folder->photos().at(1);
+        QVERIFY(QFile::remove(lost->fileRef()->path()));
+        lost->fileRef()->setFileLost(true);
+        desk.library.filesChangedPlace({lost->fileRef().get()});
+        QTRY_COMPARE(rows(*dialog), QStringLiteral("a.png > n0001.png, c.png > n0002.png"));
+        desk.makePicture(QStringLiteral("n0008.png")); // too late for these numbers
+        defaultButton(*dialog)->click();
+        QTRY_VERIFY(!desk.isBusy() && !desk.sheet<PIRenameDialog>());
+        QCOMPARE(desk.names(), QStringLiteral("n0001.png b.png n0002.png"));
+        // Pressed at once, it waits for the names.
+        dialog = desk.open<PIRenameDialog>(Command::RenameFiles);
+        QVERIFY(dialog);
+        type(*dialog, "x");
+        QTest::keyClick(dialog->focusWidget(), Qt::Key_Return);
+        QTRY_VERIFY(!desk.sheet<PIRenameDialog>());
+        QTRY_COMPARE(desk.names(), QStringLiteral("x0001.png b.png x0002.png"));
+        QVERIFY(desk.alerts.said.isEmpty());
+    }
+
     void newNamesBeginWhereTheyAreTold()
     {
         SeriesDesk desk("a.png");
         desk.defaults.setValue(Preference<int>{"hmphoto.rd.style", 0}, 3);
+        desk.defaults.setValue(Preference<const char *>{"hmphoto.rd.prefix", ""}, QStringLiteral("n"));
         auto *dialog = desk.open<PIRenameDialog>(Command::RenameFiles);
         QVERIFY(dialog);
-        QTRY_COMPARE(rows(*dialog), QStringLiteral("a.png > 0001.png"));
+        QTRY_COMPARE(rows(*dialog), QStringLiteral("a.png > n0001.png"));
         field<QSpinBox>(*dialog, "Number of the first new name")->setFocus();
         type(*dialog, "12345");
-        QTRY_COMPARE(rows(*dialog), QStringLiteral("a.png > 12345.png"));
+        QTRY_COMPARE(rows(*dialog), QStringLiteral("a.png > n12345.png"));
         defaultButton(*dialog)->click();
-        QTRY_COMPARE(desk.names(), QStringLiteral("12345.png"));
+        QTRY_COMPARE(desk.names(), QStringLiteral("n12345.png"));
         QCOMPARE(desk.defaults.value(Preference<int>{"hmphoto.rd.complete", 0}), 1);
     }
 
