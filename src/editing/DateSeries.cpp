@@ -2,11 +2,16 @@
 
 #include "FileDates.h"
 #include "FileFinder.h"
+#include "FileIdentity.h"
 #include "LogString.h"
 #include "PhotoLibrary.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QHash>
 #include <QSet>
+
+#include <utility>
 
 namespace {
 
@@ -69,17 +74,31 @@ bool redate(const QString &path, std::optional<qint64> date)
     return false;
 }
 
+/// Device and inode, links followed.
+using FileKey = std::pair<quint64, quint64>;
+constexpr FileKey kNoFile{0, 0};
+
+FileKey fileAt(const QString &path)
+{
+    const auto file = examineLinkedFile(QFile::encodeName(path).constData());
+    return file ? FileKey{file->device, file->identity.inode} : kNoFile;
+}
+
 QString carryOut(const DateSeries &series, const QStringList &paths, const std::stop_token &stop,
                  const FileFinder::Preparation &prepare, const FileRun::Tell &tell)
 {
     const auto base = FileDates::dateOf(paths.value(0));
     if (!base)
         return QCoreApplication::translate("DateSeries", "The date of the first photo's file can't be read.");
+    QHash<FileKey, bool> isDated{{fileAt(paths.first()), false}}; // there may be more paths to a file
     for (const qsizetype i : DateSeries::datedFiles(paths)) {
         if (stop.stop_requested())
             break;
         const QString &path = paths.at(i);
-        if (redate(path, series.dateAt(i, *base)))
+        const FileKey file = fileAt(path);
+        if (file == kNoFile || !isDated.contains(file))
+            isDated[file] = redate(path, series.dateAt(i, *base));
+        if (isDated.value(file))
             tell({i, path, prepare ? prepare(path) : QByteArray()}); // the file is told from others by its date, too
     }
     return {};

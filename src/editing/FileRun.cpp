@@ -31,17 +31,33 @@ QList<FileRun::File> FileRun::filesOf(const PIGroup::PhotoList &photos, const Ph
     return files;
 }
 
+namespace {
+
+constexpr int kMostUntaken = 400;
+
+void waitForRoom(QSemaphore &room, const std::stop_token &stop)
+{
+    constexpr int kMilliseconds = 50;
+    while (!stop.stop_requested() && !room.tryAcquire(1, kMilliseconds)) {
+    }
+}
+
+}
+
 FileRun::FileRun(LibraryEditor &editor, DispatchQueue &queue, const QList<File> &files, Work work, Progress progress,
                  Ended ended)
     : m_editor(editor)
     , m_files(files)
     , m_progress(std::move(progress))
     , m_ended(std::move(ended))
+    , m_room(std::make_shared<QSemaphore>(kMostUntaken))
     , m_results([this](const QList<Done> &done) { take(done); })
 {
-    queue.async([work = std::move(work), stop = m_stop.get_token(), toHere = m_link.toHere()] {
-        const QString failure =
-            work(stop, [&](const Done &done) { toHere([done](FileRun &here) { here.m_results.add(done); }); });
+    queue.async([work = std::move(work), stop = m_stop.get_token(), toHere = m_link.toHere(), room = m_room] {
+        const QString failure = work(stop, [&](const Done &done) {
+            waitForRoom(*room, stop);
+            toHere([done](FileRun &here) { here.m_results.add(done); });
+        });
         toHere([failure, isCancelled = stop.stop_requested()](FileRun &here) {
             here.m_outcome = Outcome{0, isCancelled, failure};
             here.endWhenTaken();
@@ -77,6 +93,7 @@ void FileRun::take(const QList<Done> &done)
             library.setDirtyForGood();
     }
     m_done += done.size();
+    m_room->release(static_cast<int>(done.size()));
     library.filesChangedPlace(files);
     if (const auto current = m_editor.view().currentPhoto(); current && files.contains(current->fileRef().get()))
         library.notifications().post(kSelectNotification, current);

@@ -5,6 +5,7 @@
 #include "TakenTogether.h"
 
 #include <QByteArray>
+#include <QSemaphore>
 #include <QString>
 
 #include <functional>
@@ -41,7 +42,8 @@ public:
         QString path;       ///< by now
         QByteArray bookmark = {};
     };
-    /// On the worker: does the work until that is stopped, tells each file that is done, and returns why it failed.
+    /// On the worker: does the work until that is stopped, tells each file that is done, and returns why it failed. To
+    /// tell may take a while, so that the work never runs far ahead of what the library knows.
     using Tell = std::function<void(const Done &)>;
     using Work = std::function<QString(const std::stop_token &stop, const Tell &tell)>;
     using Progress = std::function<void(qsizetype done)>;
@@ -69,6 +71,7 @@ private:
     qsizetype m_done = 0;
     std::optional<Outcome> m_outcome; ///< once nothing more will be told
     std::stop_source m_stop;
+    std::shared_ptr<QSemaphore> m_room; ///< for files that are done and not taken up yet
     TakenTogether<Done> m_results;
     MainThreadLink<FileRun> m_link{*this};
 };

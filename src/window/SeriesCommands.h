@@ -32,11 +32,19 @@ public:
     void cancel();
 
 private:
-    using Texts = QPair<QString, QString>;
-    /// `texts` are for one file and for several; `alert` is the title when something fails.
-    void run(const QString &title, const Texts &texts, const QString &alert,
-             const std::function<std::unique_ptr<FileRun>(const FileRun::Progress &, const FileRun::Ended &)> &start);
-    void ended(const QString &alert, const FileRun::Outcome &outcome);
+    /// What is told of a run.
+    struct Words
+    {
+        QString title;
+        QString failure; ///< the title when something fails
+        QString one;     ///< how many files are done
+        QString many;
+    };
+    using Start = std::function<std::unique_ptr<FileRun>(const FileRun::Progress &, const FileRun::Ended &)>;
+    /// `total` files will be done if nothing fails.
+    void run(const Words &words, qsizetype total, const Start &start);
+    void showProgress(const QString &text, qsizetype done);
+    void ended(const Words &words, const FileRun::Outcome &outcome);
 
     LibraryEditor &m_editor;
     UserDefaults &m_defaults;

@@ -14,7 +14,9 @@
 #include <QFile>
 #include <QSemaphore>
 #include <QTest>
+#include <QThread>
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -216,6 +218,29 @@ private Q_SLOTS:
         QCOMPARE(disk.names(disk.a), QStringLiteral("elsewhere q2 p3 p4"));
     }
 
+    /// Many more than are taken up at a time; the worker waits for those that know the files.
+    void noRunIsFarAheadOfTheLibrary()
+    {
+        Disk disk;
+        constexpr int kFiles = 600;
+        constexpr int kMostAhead = 401;
+        for (int i = 0; i < kFiles; ++i)
+            disk.photo(QByteArray(QByteArray("p") + QByteArray::number(i)).constData(), disk.a);
+        std::atomic<int> prepared = 0;
+        int farthest = 0;
+        disk.finder.preparing = [&] { ++prepared; };
+        disk.progress = [&](qsizetype done) { farthest = std::max(farthest, prepared - static_cast<int>(done)); };
+        disk.rename({.oldPrefix = QStringLiteral("p"), .newPrefix = QStringLiteral("q")});
+        while (prepared < kMostAhead)
+            QThread::msleep(1);
+        QTRY_VERIFY(disk.outcome);
+        QCOMPARE(disk.outcome->done, kFiles);
+        QVERIFY(farthest <= kMostAhead);
+        for (const auto &photo : std::as_const(disk.a->photos()))
+            QCOMPARE(QByteArray("p" + QVString::lastPathComponent(photo->fileRef()->path()).mid(1).toUtf8()),
+                     contentOf(photo->fileRef()->path()));
+    }
+
     /// Where names are handed on from one file to the next, both would be lost who only looked at paths.
     void itGetsOnWithWhoeverFollowsFiles()
     {
@@ -292,6 +317,11 @@ private Q_SLOTS:
         Disk disk;
         for (const char *name : {"a", "b", "a", "lost", "c", "c"})
             disk.photo(name, disk.a);
+        for (const char *name : {"a", "c"}) { // the same files by other paths
+            const QString link = QString::fromUtf8(name) + u'2';
+            QVERIFY(QFile::link(disk.at(QString::fromUtf8(name)), disk.at(link)));
+            disk.photo(link.toUtf8().constData(), disk.a);
+        }
         QVERIFY(QFile::remove(disk.at(QStringLiteral("lost"))));
         const auto date = [&](const char *name) { return FileDates::dateOf(disk.at(QString::fromUtf8(name))).value(); };
         constexpr qint64 kBase = 1'000'000'000;
@@ -308,15 +338,15 @@ private Q_SLOTS:
         const auto run = DateSeries{DateSeries::Days, 2}.start(
             disk.editor, disk.queue, disk.a->photos(), [](qsizetype) {}, disk.ended);
         QTRY_VERIFY(disk.outcome);
-        QCOMPARE(disk.outcome->done, 2);
+        QCOMPARE(disk.outcome->done, 3);
         QCOMPARE(disk.outcome->failure, QString());
         QCOMPARE(date("a"), kBase);
         QCOMPARE(date("b"), kBase + 2 * kDay);
         QCOMPARE(date("c"), kBase + 8 * kDay);
         QCOMPARE(disk.a->photos().at(1)->fileRef()->creationTime(), double(kBase + 2 * kDay));
-        QCOMPARE(told.join(u' '), QStringLiteral("b c c"));
+        QCOMPARE(told.join(u' '), QStringLiteral("b c c c2"));
         QCOMPARE(selected, 1);
-        QCOMPARE(disk.finder.handedOver.size(), 2); // made findable by their new dates, by the worker
+        QCOMPARE(disk.finder.handedOver.size(), 3); // made findable by their new dates, by the worker
         QVERIFY(!disk.library.isDirtyForGood());
     }
 };

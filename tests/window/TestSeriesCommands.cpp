@@ -2,6 +2,7 @@
 #include "WindowDesk.h"
 
 #include "FileDates.h"
+#include "FileSystemCalls.h"
 #include "PIDateSeriesDialog.h"
 #include "PIFolder.h"
 #include "PIRenameDialog.h"
@@ -12,13 +13,31 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSemaphore>
 #include <QSpinBox>
 #include <QTest>
+#include <QTimer>
 #include <QTreeView>
 
+#include <atomic>
+
 namespace {
+
+const FileSystemCalls realCalls = fileSystemCalls();
+QSemaphore g_turns;
+std::atomic<int> g_waiting = 0;
+
+/// A disk that answers when it is told to.
+int renameWhenTold(const char *from, const char *to)
+{
+    ++g_waiting;
+    g_turns.acquire();
+    return realCalls.renameNoReplace(from, to);
+}
 
 /// A window that shows photos of real files, all of them selected.
 struct SeriesDesk : WindowDesk
@@ -114,6 +133,12 @@ class TestSeriesCommands : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void cleanup()
+    {
+        fileSystemCalls() = realCalls;
+        g_turns.acquire(g_turns.available());
+    }
+
     void filesAreRenamedFromTheKeyboard_data()
     {
         QTest::addColumn<Qt::Key>("style"); ///< with the Alt key
@@ -257,6 +282,45 @@ private Q_SLOTS:
         QTRY_VERIFY(!desk.sheet<PIRenameDialog>());
         QTRY_COMPARE(desk.names(), QStringLiteral("x0001.png b.png x0002.png"));
         QVERIFY(desk.alerts.said.isEmpty());
+    }
+
+    void aRunCanBeStopped_data()
+    {
+        QTest::addColumn<bool>("closes");
+        QTest::newRow("with the Cancel button") << false;
+        QTest::newRow("by closing the window") << true;
+    }
+    /// The file that the disk is busy with is renamed still.
+    void aRunCanBeStopped()
+    {
+        QFETCH(bool, closes);
+        SeriesDesk desk("p1.png p2.png p3.png");
+        desk.defaults.setValue(Preference<const char *>{"hmphoto.rd.new", ""}, QStringLiteral("q"));
+        auto *dialog = desk.open<PIRenameDialog>(Command::RenameFiles);
+        QVERIFY(dialog);
+        g_waiting = 0;
+        fileSystemCalls().renameNoReplace = renameWhenTold;
+        const QSemaphoreReleaser atEnd(g_turns, 10);
+        defaultButton(*dialog)->click();
+        QTRY_COMPARE(g_waiting, 1);
+        desk.trigger(Command::RenameFiles);
+        QCOMPARE(desk.alerts.said, QStringList(QStringLiteral("Files are still being changed.")));
+        g_turns.release();
+        auto *progress = desk.sheet<QProgressDialog>();
+        QVERIFY(progress);
+        QTRY_COMPARE(progress->labelText(), QStringLiteral("One file renamed, of 3"));
+        QCOMPARE(progress->findChild<QProgressBar *>()->value(), 1);
+        QTRY_COMPARE(g_waiting, 2);
+        QTimer::singleShot(0, [] { g_turns.release(2); });
+        if (closes)
+            QVERIFY(desk.controller->windowShouldClose());
+        else
+            progress->findChild<QPushButton *>()->click();
+        QTRY_VERIFY(!desk.isBusy());
+        QCOMPARE(desk.names(), QStringLiteral("q1.png q2.png p3.png"));
+        if (closes)
+            QVERIFY(desk.alerts.said.contains(QStringLiteral("Stop changing files?")));
+        QCOMPARE(desk.alerts.messages.contains(QStringLiteral("Stopped. 2 files renamed.")), !closes);
     }
 
     void newNamesBeginWhereTheyAreTold()
