@@ -68,8 +68,9 @@ void indexSidecars(FolderNames::Folder &folder)
 
 }
 
-FolderNames::FolderNames(Listing listing, const QStringList &reserved)
+FolderNames::FolderNames(Listing listing, const QStringList &reserved, Look look)
     : m_listing(std::move(listing))
+    , m_look(std::move(look))
 {
     for (const QString &path : reserved)
         m_reserved[QVString::deletingLastPathComponent(path)].insert(QVString::lastPathComponent(path));
@@ -89,6 +90,9 @@ const FolderNames::Folder &FolderNames::at(const QString &path)
         const auto names = m_listing ? m_listing(path, &folder->failure) : namesOnDisk(path, &folder->failure);
         if (names)
             folder->names = QSet<QString>(names->cbegin(), names->cend());
+        folder->isCaseBlind = isCaseBlind(path, folder->names);
+        for (const QString &name : std::as_const(folder->names))
+            folder->keys.insert(folder->keyOf(name));
         folder->reserved = m_reserved.value(place);
         indexSidecars(*folder);
         m_folders.insert(place, folder);
@@ -100,6 +104,19 @@ const FolderNames::Folder &FolderNames::at(const QString &path)
 
 bool FolderNames::isOnDisk(const QString &path) const
 {
+    if (m_listing)
+        return m_look && m_look(path);
     struct stat facts = {};
-    return !m_listing && ::lstat(Posix::nativePath(path).constData(), &facts) == 0;
+    return ::lstat(Posix::nativePath(path).constData(), &facts) == 0;
+}
+
+/// The disk is asked for one name only, in the other case.
+bool FolderNames::isCaseBlind(const QString &path, const QSet<QString> &names) const
+{
+    for (const QString &name : names) {
+        const QString other = name == name.toLower() ? name.toUpper() : name.toLower();
+        if (other != name)
+            return !names.contains(other) && isOnDisk(QVString::appendingPathComponent(path, other));
+    }
+    return false;
 }

@@ -20,6 +20,10 @@ public:
     {
         QString place; ///< one for all the paths that lead there
         QSet<QString> names;
+        bool isCaseBlind = false; ///< one file answers to a name in upper and in lower case
+        QSet<QString> keys;       ///< of the names
+        /// The same for all names of which there can only be one.
+        [[nodiscard]] QString keyOf(const QString &name) const { return isCaseBlind ? name.toCaseFolded() : name; }
         QSet<QString> reserved; ///< nothing bears these, but nothing may get them
         QString failure;        ///< why the names could not be read; empty when they could
         /// Files of notes on pictures, ".xmp", by what stands before that: the name of a picture, or its stem.
@@ -28,8 +32,11 @@ public:
         QHash<QString, QString> owners;
     };
 
+    /// Whether something answers to a path.
+    using Look = std::function<bool(const QString &path)>;
+
     /// Without a listing the disk is read. `reserved` are paths.
-    explicit FolderNames(Listing listing = {}, const QStringList &reserved = {});
+    explicit FolderNames(Listing listing = {}, const QStringList &reserved = {}, Look look = {});
 
     /// `path` without a slash at its end. The answer stays where it is.
     [[nodiscard]] const Folder &at(const QString &path);
@@ -37,7 +44,10 @@ public:
     [[nodiscard]] bool isOnDisk(const QString &path) const;
 
 private:
+    [[nodiscard]] bool isCaseBlind(const QString &path, const QSet<QString> &names) const;
+
     Listing m_listing;
+    Look m_look;
     QHash<QString, QSet<QString>> m_reserved;          ///< names by folder
     QHash<QString, std::shared_ptr<Folder>> m_folders; ///< by every path that was asked for, and by place
 };

@@ -116,17 +116,21 @@ public:
         : m_folder(folder)
     {}
 
-    [[nodiscard]] bool holds(const QString &name) const { return m_come.contains(name) || isInPlace(name); }
+    [[nodiscard]] bool holds(const QString &name) const
+    {
+        return m_come.contains(m_folder.keyOf(name)) || isInPlace(name);
+    }
     /// What stood there before anything moved, and still does.
     [[nodiscard]] bool isInPlace(const QString &name) const
     {
-        return m_folder.names.contains(name) && !m_gone.contains(name);
+        const QString key = m_folder.keyOf(name);
+        return m_folder.keys.contains(key) && !m_gone.contains(key);
     }
     void move(const QString &from, const QString &to)
     {
-        m_come.remove(from);
-        m_gone.insert(from);
-        m_come.insert(to);
+        m_come.remove(m_folder.keyOf(from));
+        m_gone.insert(m_folder.keyOf(from));
+        m_come.insert(m_folder.keyOf(to));
     }
 
     /// The sidecars that go with a picture to its new name, as names. Those of pictures that have moved there do not.
@@ -161,8 +165,8 @@ public:
 
 private:
     const Folder &m_folder;
-    QSet<QString> m_come;
-    QSet<QString> m_gone; ///< of those that stood there
+    QSet<QString> m_come; ///< keys
+    QSet<QString> m_gone; ///< the same of those that stood there
 };
 
 /// Makes the steps one after the other, as if each were taken at once.
@@ -209,7 +213,8 @@ private:
         if (!read.failure.isEmpty())
             return Obstacle::Unreadable;
         const QString name = QVString::lastPathComponent(path);
-        const bool isThere = folder.isInPlace(name) || (!read.names.contains(name) && m_folders.isOnDisk(path));
+        const bool isThere =
+            folder.isInPlace(name) || (!read.keys.contains(read.keyOf(name)) && m_folders.isOnDisk(path));
         return isThere ? Obstacle::None : Obstacle::Missing;
     }
     static Obstacle obstacleTo(const Name &to, const Folder &read, const ChangingFolder &folder)

@@ -178,6 +178,22 @@ private Q_SLOTS:
         QCOMPARE(beginningOfName(QStringLiteral("/a/Été 2012.jpg")), QStringLiteral("Été"));
         QCOMPARE(beginningOfName(QStringLiteral("/a/0012.jpg")), QString());
     }
+    void whereCaseMakesNoDifferenceNamesClash()
+    {
+        const QStringList names{QStringLiteral("A.JPG"), QStringLiteral("a.jpeg"), QStringLiteral("b.Jpeg")};
+        const FolderNames folder(
+            [&](const QString &, QString *) { return names; }, {},
+            [&](const QString &path) { return names.contains(nameOf(path), Qt::CaseInsensitive); });
+        const auto planned = [&](const char *newPrefix, const QStringList &paths) {
+            return told(RenamePlan({.oldPrefix = QStringLiteral("a"), .newPrefix = QString::fromUtf8(newPrefix)}, paths,
+                                   folder));
+        };
+        QCOMPARE(planned("B", {QStringLiteral("/p/a.jpeg")}), QStringLiteral("!a.jpeg > B.jpeg"));
+        QCOMPARE(planned("c", {QStringLiteral("/p/a.JPEG")}), QStringLiteral("a.JPEG > c.JPEG"));
+        const RenamePlan extensions({.style = Style::Extension, .extension = QStringLiteral("jpg")},
+                                    {QStringLiteral("/p/a.jpeg"), QStringLiteral("/p/b.Jpeg")}, folder);
+        QCOMPARE(told(extensions), QStringLiteral("!a.jpeg > a.jpg, b.Jpeg > b.jpg"));
+    }
     void nothingIsKnownOfAFolderThatCannotBeRead()
     {
         const RenamePlan plan({.oldPrefix = QStringLiteral("a"), .newPrefix = QStringLiteral("b")},
