@@ -315,6 +315,35 @@ private Q_SLOTS:
         const QImage result = filtered({effect("CIColorThresholdOtsu")}, image);
         for (int x = 0; x < 30; ++x)
             QCOMPARE(result.pixel(x, 7), x < 12 ? qRgb(0, 0, 0) : qRgb(255, 255, 255));
+
+        // Whatever parts the picture best: the classes' sizes times the square of how far their means are apart.
+        const auto parted = [](const ReferencePicture &in) {
+            double most = 0;
+            double threshold = 0;
+            for (int candidate = 0; candidate < 255; ++candidate) {
+                std::array<double, 2> count{};
+                std::array<double, 2> sum{};
+                for (int i = 0; i < in.width() * in.height(); ++i) {
+                    const double light = srgbEncoded(luminanceOf(in.at(i % in.width(), i / in.width())));
+                    const auto bin = std::lround(light * 255);
+                    count[bin > candidate ? 1 : 0] += 1;
+                    sum[bin > candidate ? 1 : 0] += double(bin);
+                }
+                const double apart = sum[1] / count[1] - sum[0] / count[0];
+                const double variance = count[0] * count[1] * apart * apart;
+                if (variance > most) { // also false where a class is empty
+                    most = variance;
+                    threshold = (candidate + 0.5) / 255;
+                }
+            }
+            return in.mapped([&](int x, int y) {
+                ReferencePicture::Pixel out = in.at(x, y);
+                for (size_t c = 0; c < 3; ++c)
+                    out[c] = srgbEncoded(out[c]) > threshold ? 1 : 0;
+                return out;
+            });
+        };
+        QCOMPARE(firstDifference({{effect("CIColorThresholdOtsu"), parted, 1, /*isOpaque=*/true}}), QString());
     }
 };
 
