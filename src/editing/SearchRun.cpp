@@ -2,7 +2,6 @@
 
 #include <QDeadlineTimer>
 
-#include <chrono>
 #include <utility>
 
 namespace {
@@ -10,12 +9,12 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kPauseInTyping = 200ms;
-constexpr auto kSlice = 8ms;
 
 }
 
-SearchRun::SearchRun(QObject *parent)
+SearchRun::SearchRun(QObject *parent, std::chrono::milliseconds slice)
     : QObject(parent)
+    , m_slice(slice)
 {
     connect(&m_timer, &QTimer::timeout, this, &SearchRun::goOn);
 }
@@ -41,16 +40,16 @@ void SearchRun::goOn()
         m_matches = 0;
         m_timer.start(0);
     }
-    const QDeadlineTimer deadline(kSlice);
+    const QDeadlineTimer deadline(m_slice);
     PhotoSearch::Pause pause = PhotoSearch::Pause::Match;
-    while (pause == PhotoSearch::Pause::Match && !deadline.hasExpired()) {
+    do {
         pause = m_search->goOn(deadline);
         if (pause != PhotoSearch::Pause::Match || ++m_matches > 1)
             continue;
         Q_EMIT foundFirst(PhotoWalk::Place(m_search->place()));
         if (!m_search)
             return; // whoever was told has stopped it, or begun another
-    }
+    } while (pause == PhotoSearch::Pause::Match && !deadline.hasExpired());
     if (pause != PhotoSearch::Pause::End)
         return;
     stop();

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 
@@ -15,7 +16,9 @@ class SearchRun final : public QObject
     Q_OBJECT
 
 public:
-    explicit SearchRun(QObject *parent = nullptr);
+    static constexpr std::chrono::milliseconds kSlice{8};
+
+    explicit SearchRun(QObject *parent = nullptr, std::chrono::milliseconds slice = kSlice);
 
     /// Makes the search when its time has come.
     using MakeSearch = std::function<PhotoSearch()>;
@@ -32,6 +35,7 @@ Q_SIGNALS:
 private:
     void goOn();
 
+    const std::chrono::milliseconds m_slice;
     QTimer m_timer;
     MakeSearch m_makeSearch; ///< null: it was made
     std::optional<PhotoSearch> m_search;

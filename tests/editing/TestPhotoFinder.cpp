@@ -157,8 +157,8 @@ private Q_SLOTS:
     void aSearchInSlicesOutlivesChanges()
     {
         FindHouse house;
-        house.a->photos() += house.photos(QStringList(100'000, QStringLiteral("y")));
-        SearchRun run;
+        house.a->photos() += house.photos(QStringList(10'000, QStringLiteral("y")));
+        SearchRun run(nullptr, std::chrono::milliseconds(0));
         QSignalSpy ended(&run, &SearchRun::ended);
         int first = 0;
         int turnsAfterIt = 0;
