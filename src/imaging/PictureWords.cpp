@@ -11,14 +11,17 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
 /// On one line, without what cannot be shown, written to the library or told from nothing.
 QString tidied(const QString &text)
 {
+    QString lines = text;
+    lines.replace(QLatin1String("\r\n"), QLatin1String("\n"));
     QString tidy;
-    for (const QChar unit : QString(text).replace(QLatin1String("\r\n"), QLatin1String("\n"))) {
+    for (const QChar unit : std::as_const(lines)) {
         const bool isEnd = unit.isSpace() || unit.category() == QChar::Other_Control;
         if (isEnd)
             tidy += u' ';

@@ -78,7 +78,7 @@ private Q_SLOTS:
                 settings.extension = QString::fromUtf8(text);
             };
         };
-        const auto names = [](const char *prefix, std::optional<qint64> from = {}) {
+        const auto names = [](const QByteArray &prefix, std::optional<qint64> from = {}) {
             return [=](RenameSettings &settings) {
                 settings.style = Style::NewNames;
                 settings.prefix = QString::fromUtf8(prefix);
@@ -113,7 +113,7 @@ private Q_SLOTS:
         row("blanks are as good as letters", "a.jpg", "a.jpg", names("  "),
             "a.jpg > \u00a0\u00a0"
             "0001.jpg");
-        row("a name may be too long", "a.jpg", "a.jpg", names(longPrefix.constData()),
+        row("a name may be too long", "a.jpg", "a.jpg", names(longPrefix),
             QByteArray("&a.jpg > " + longPrefix + "0001.jpg").constData());
         row("two photos of one file", "a1.jpg b2.jpg", "a1.jpg a1.jpg b2.jpg", names("Trip"),
             "a1.jpg > Trip0001.jpg, =a1.jpg > Trip0001.jpg, b2.jpg > Trip0002.jpg");
